@@ -1,0 +1,18 @@
+#include "plugin/bridge/HostModule.h"
+
+#include <dlfcn.h>
+
+namespace emeg {
+
+// Any program that exports the host functions is a host.
+HostModule::HostModule() : handle_(dlopen(nullptr, RTLD_LAZY)) {}
+
+HostModule::~HostModule() {
+  if (handle_ != nullptr) dlclose(handle_);
+}
+
+void* HostModule::function(const char* name) const {
+  return dlsym(handle_, name);
+}
+
+} // namespace emeg
