@@ -1,0 +1,166 @@
+#include "artifacts/steps/CorrectionDriver.h"
+
+#include "files/formats/TriggerMarkers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+namespace {
+
+constexpr double artifactHighPassHz = 1.0;
+constexpr double splitOrder = 3.0;
+constexpr double restSeconds = 0.1; // between two values of the low-frequency rest
+constexpr double bcgTargetRate = 250.0;
+
+FilterResponse singleEdge(EdgeKind kind, double hz, double samplingInterval, int32_t log2FftLength) {
+  FilterStageList stages;
+  stages.addFilterStage(kind, hz * 2.0 * samplingInterval, splitOrder);
+  return makeFilterResponse(stages, log2FftLength);
+}
+
+} // namespace
+
+bool LMTRPluginEMEGFileConverter::processChannels() {
+  return CorrectionDriver(*this).run();
+}
+
+CorrectionDriver::CorrectionDriver(LMTRPluginEMEGFileConverter& converter)
+    : c_(converter), buffers_(converter.buffers), samples_(converter.span.nrOfIntervalTimePoints),
+      processed_(converter.span.nrOfProcessedTimePoints()) {}
+
+bool CorrectionDriver::run() {
+  if (!c_.switches.correctionNeeded) return true;
+  buildFilters();
+  allocateBuffers();
+  if (c_.switches.correctGradient || c_.switches.correctBCG) {
+    c_.protocolList.timeFactor = microsecondsPerSecond;
+    c_.protocolList.append(makeTriggerProtocol());
+  }
+  if (c_.switches.removeLineSinusoids)
+    c_.sinusoidTables =
+        prepareSinusoidTables(c_.filters.notchFrequencies, c_.values.samplingInterval, samples_);
+
+  if (c_.switches.correctBCG) {
+    if (!correctInTwoPasses()) return false;
+  } else {
+    for (int32_t channel = 0; channel < c_.selection.nrOfSelectedChannels; ++channel)
+      if (!correctInOnePass(channel)) return false;
+  }
+
+  // Every writer describes the decimated data.
+  c_.values.samplingFrequency /= c_.filters.decimationFactor;
+  c_.values.samplingInterval *= c_.filters.decimationFactor;
+  if (c_.switches.useAverageReference && !subtractReference()) return false;
+  buffers_ = CorrectionBuffers();
+  return true;
+}
+
+void CorrectionDriver::buildFilters() {
+  const int32_t log2FftLength = c_.span.log2FftLength;
+  const double dt = c_.values.samplingInterval;
+  if (c_.switches.filteringNeeded) outputFilter_ = makeFilterResponse(c_.filters.stages, log2FftLength);
+  if (c_.switches.anyArtifactCorrection)
+    artifactHighPassFilter_ = singleEdge(EdgeKind::HighPass, artifactHighPassHz, dt, log2FftLength);
+  if (c_.switches.correctBCG) {
+    buffers_.bcgLowPassHz = 35.0f;
+    bcgLowPassFilter_ =
+        singleEdge(EdgeKind::LowPass, static_cast<double>(buffers_.bcgLowPassHz), dt, log2FftLength);
+  }
+}
+
+void CorrectionDriver::allocateBuffers() {
+  const double fs = c_.values.samplingFrequency;
+  const auto nrOfChannels = static_cast<size_t>(c_.selection.nrOfSelectedChannels);
+  buffers_.chunkBuffer.assign(static_cast<size_t>(processed_), 0.0f);
+  buffers_.allocateChannelSignal(std::max(c_.span.fftLength, samples_));
+  signal_ = buffers_.channelSignal();
+
+  int64_t longestKnotRow = samples_;
+  if (c_.switches.anyArtifactCorrection) {
+    buffers_.restStep = static_cast<int64_t>(std::floor(fs * restSeconds));
+    buffers_.restLength = (samples_ - 1) / buffers_.restStep + 1;
+  }
+  if (c_.switches.correctBCG) {
+    buffers_.lowFrequencyRest.assign(nrOfChannels,
+                                     std::vector<double>(static_cast<size_t>(buffers_.restLength)));
+    buffers_.bcgStep = std::max<int64_t>(static_cast<int64_t>(std::floor(fs / bcgTargetRate)), 1);
+    buffers_.bcgLength = (samples_ - 1) / buffers_.bcgStep + 1;
+    buffers_.bcgRate = static_cast<float>(fs / static_cast<double>(buffers_.bcgStep));
+    buffers_.bcgInterval = 1 / buffers_.bcgRate;
+    buffers_.bcgSeries.assign(nrOfChannels, std::vector<double>(static_cast<size_t>(buffers_.bcgLength) + 1));
+    longestKnotRow = std::max(longestKnotRow, buffers_.bcgLength + 1);
+  }
+  for (std::vector<double>* array :
+       {&buffers_.splineScratch, &buffers_.splineB, &buffers_.splineC, &buffers_.splineD})
+    array->assign(static_cast<size_t>(longestKnotRow) + 1, 0.0);
+  if (c_.switches.correctGradient) buffers_.artifactEstimate.assign(static_cast<size_t>(samples_), 0.0);
+  if (c_.switches.useAverageReference || c_.switches.correctBCG)
+    buffers_.referenceSum.assign(static_cast<size_t>(c_.span.nrOfOutputTimePoints), 0.0f);
+}
+
+bool CorrectionDriver::correctInOnePass(int32_t channel) {
+  const StageSwitches& stages = c_.switches;
+  c_.log.logProgress("Processing channel #%d", numberOf(channel));
+  if (!readChannel(channel)) return false;
+  zeroSamplesThatAreNotNumbers(channel);
+  if (stages.correctSaturations) repairChannelSaturations();
+  if (stages.anyArtifactCorrection) {
+    filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
+    subtractHighPassedSignal();
+  }
+  if (stages.correctGradient && !removeGradientArtifact()) return false;
+  if (stages.removeLineSinusoids) removeLineSinusoids();
+  if (stages.correctOcular && !removeOcularArtifact()) return false;
+  if (stages.anyArtifactCorrection) addFullRateRest();
+  return finishChannel(channel);
+}
+
+bool CorrectionDriver::correctInTwoPasses() {
+  const int32_t nrOfChannels = c_.selection.nrOfSelectedChannels;
+  for (int32_t channel = 0; channel < nrOfChannels; ++channel)
+    if (!preprocess(channel)) return false;
+  c_.log.logProgress("Automatic detection of heart pulses");
+  if (!c_.cardiac.detectHeartPulses()) return false;
+  for (int32_t channel = 0; channel < nrOfChannels; ++channel)
+    if (!removePulses(channel)) return false;
+  return true;
+}
+
+bool CorrectionDriver::preprocess(int32_t channel) {
+  const StageSwitches& stages = c_.switches;
+  c_.log.logProgress("Pre-processing channel #%d", numberOf(channel));
+  if (!readChannel(channel)) return false;
+  zeroSamplesThatAreNotNumbers(channel);
+  if (stages.correctSaturations) repairChannelSaturations();
+  filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
+  keepLowFrequencyRest(channel);
+  if (stages.correctGradient && !removeGradientArtifact()) return false;
+  if (stages.removeLineSinusoids) removeLineSinusoids();
+
+  const int64_t margin = c_.span.firstTimePoint - c_.span.firstProcessedTimePoint;
+  for (int64_t i = 0; i < samples_; ++i)
+    buffers_.chunkBuffer[static_cast<size_t>(margin + i)] = static_cast<float>(signal_[i]);
+  if (!writeChannel(channel, processed_)) return false;
+  fillBcgSeries(channel);
+  return true;
+}
+
+bool CorrectionDriver::removePulses(int32_t channel) {
+  const StageSwitches& stages = c_.switches;
+  c_.log.logProgress("Removing heart pulse artifacts from channel #%d", numberOf(channel));
+  if (!readChannel(channel)) return false;
+  c_.cardiac.buildPulseModel(channel);
+  std::vector<double>& estimate = buffers_.bcgSeries[static_cast<size_t>(channel)];
+  estimate[static_cast<size_t>(buffers_.bcgLength)] = 0.0;
+  combineWithSpline(estimate, buffers_.bcgLength + 1, buffers_.bcgStep, -1);
+  if (stages.correctOcular && !removeOcularArtifact()) return false;
+  if (stages.anyArtifactCorrection) {
+    combineWithSpline(buffers_.lowFrequencyRest[static_cast<size_t>(channel)], buffers_.restLength,
+                      buffers_.restStep, 1);
+  }
+  return finishChannel(channel);
+}
+
+} // namespace emeg

@@ -1,0 +1,63 @@
+#include "converter/Converter.h"
+#include "converter/messages/Text.h"
+#include "converter/steps/PowerOfTen.h"
+#include "plugin/bridge/HostFunctions.h"
+
+namespace emeg {
+
+namespace {
+constexpr int maxScalingOrder = 10;
+} // namespace
+
+double powerOfTen(int32_t order) {
+  double power = 1;
+  double square = 10;
+  for (uint32_t rest = order < 0 ? 0u - static_cast<uint32_t>(order) : static_cast<uint32_t>(order);
+       rest != 0; rest /= 2) {
+    if (rest % 2 != 0) power *= square;
+    square *= square;
+  }
+  return order < 0 ? 1 / power : power;
+}
+
+bool LMTRPluginEMEGFileConverter::askScalingAndReference() {
+  switches.useAverageReference = false;
+  if (!options.applyScaling && !options.offerAverageReference) return true;
+
+  if (options.parametersFromDialog && options.applyScaling) {
+    scalingOrder = host::dialogIntegerParameter(5);
+    if (scalingOrder < 0) {
+      const std::string prompt = formatText("Please provide a scaling order (10^n) factor [0-%i] \n"
+                                            " (leave 0 for no scaling).",
+                                            maxScalingOrder);
+      scalingOrder = host::integerInput(prompt.c_str(), 0, 0, maxScalingOrder);
+      if (scalingOrder < 0) return abortRun(log);
+    }
+  }
+
+  if (options.offerAverageReference && options.isEEG) {
+    int answer = host::dialogIntegerParameter(6);
+    answer = answer > 0 ? answer - 1 : -1;
+    if (answer < 0)
+      answer = host::yesNoMessageBox("Do you want to transform the data to the average reference?");
+    if (answer < 0) return abortRun(log);
+    switches.useAverageReference = answer != 0;
+  }
+
+  if (switches.useAverageReference && selection.nrOfSelectedChannels > 0) {
+    averageReferenceWeights.assign(static_cast<size_t>(selection.nrOfSelectedChannels),
+                                   1.0 / selection.nrOfSelectedChannels);
+  }
+  return true;
+}
+
+void LMTRPluginEMEGFileConverter::applyScalingOrder() {
+  switches.scalingNeeded = scalingOrder != 0;
+  const double factor = powerOfTen(scalingOrder);
+  for (const int32_t channel : selection.selectedChannels) {
+    channels.channelScale[static_cast<size_t>(channel)] *= factor;
+    channels.channelOffset[static_cast<size_t>(channel)] *= factor;
+  }
+}
+
+} // namespace emeg

@@ -1,0 +1,55 @@
+#include "plugin/RunPlugin.h"
+
+#include "converter/Converter.h"
+#include "converter/messages/Text.h"
+#include "plugin/bridge/HostFunctions.h"
+
+#include <exception>
+#include <new>
+
+namespace {
+
+bool runConverter() {
+  emeg::EMEGArtifactPreprocessor converter("// EMEG artifacts > ", true);
+  converter.options.isEEG = true;
+  converter.options.selectChannels = false;
+  converter.options.selectTimeInterval = false;
+  converter.options.applyFilters = false;
+  converter.options.correctArtifacts = true;
+  converter.options.applyScaling = true;
+  converter.options.offerAverageReference = false;
+  converter.options.forceHeaderUpdate = false;
+  // Stricter than the check before: the run refuses older hosts with its own message.
+  return converter.emeg::EMEGArtifactPreprocessor::run(2, 1, 0);
+}
+
+bool runPlugin() {
+  if (!emeg::resolveHostFunctions()) return false;
+  const emeg::HostVersion version = emeg::host::version();
+  if (!emeg::isHostVersionAtLeast(version.major, version.minor, version.revision, 1, 9, 9)) {
+    emeg::host::messageBox("Can not execute this plugin - Lumetra version 1.9.9 or higher required.");
+    return false;
+  }
+  try {
+    return runConverter();
+  } catch (const std::bad_alloc&) {
+    emeg::host::messageBox("Not enough memory");
+  } catch (const std::exception& error) {
+    emeg::host::messageBox(
+        emeg::formatText("The run was ended by an unexpected error: %s", error.what()).c_str());
+  } catch (...) {
+    emeg::host::messageBox("The run was ended by an unexpected error.");
+  }
+  return false;
+}
+
+} // namespace
+
+extern "C" int emegRunPlugin() {
+  try {
+    return runPlugin() ? 1 : 0;
+  } catch (...) {
+    // The host's own functions threw, the message box included: nothing is left to say it with.
+    return 0;
+  }
+}
