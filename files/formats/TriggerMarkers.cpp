@@ -1,0 +1,32 @@
+#include "files/formats/TriggerMarkers.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+Protocol makeTriggerProtocol() {
+  Protocol triggers(false, triggerProtocolName, TimeResolution::Usec);
+  triggers.startConditions();
+  return triggers;
+}
+
+void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, double timeFactor,
+                        double intervalStartUs) {
+  const int64_t nrOfVolumes = std::max(timing.nrOfVolumes, 0);
+  const int64_t nrOfSlicesPerVolume = std::max(timing.nrOfSlicesPerVolume, 0);
+  triggers.findOrAddCondition("MRGradientTriggers", nrOfVolumes * nrOfSlicesPerVolume, 64, 64, 255);
+
+  const int64_t markersPerVolume = timing.onePerSlice ? nrOfSlicesPerVolume : 1;
+  const int64_t nrOfMarkers = std::min(nrOfVolumes * markersPerVolume, maxNrOfGradientMarkers);
+  for (int64_t i = 0; i < nrOfMarkers; ++i) {
+    const auto v = static_cast<double>(i / markersPerVolume);
+    const auto s = static_cast<double>(i % markersPerVolume);
+    double seconds = v * timing.volumeDuration + timing.firstTriggerTime;
+    if (timing.onePerSlice) seconds += s * timing.sliceDuration;
+    const double marker = std::floor(seconds * timeFactor + 0.5) + intervalStartUs;
+    if (std::isfinite(marker)) triggers.addInterval(marker, marker);
+  }
+}
+
+} // namespace emeg

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "files/formats/Protocol.h"
+
+#include <cstdint>
+
+namespace emeg {
+
+/// Marker positions are whole microseconds from the start of the recording.
+constexpr double microsecondsPerSecond = 1000000.0;
+
+/// More than the longest recording can hold.
+constexpr int64_t maxNrOfGradientMarkers = 10000000;
+
+/// Suffix of the protocol that holds the detected onsets.
+inline constexpr const char* triggerProtocolName = "_ArtifactsTriggers";
+
+/// An empty trigger protocol with its placeholder slot.
+Protocol makeTriggerProtocol();
+
+/// Adds "MRGradientTriggers": one marker per volume, or with `onePerSlice` one per slice of every volume, at
+/// floor((v x volumeDuration + firstTriggerTime + s x sliceDuration) x timeFactor + 0.5) plus
+/// intervalStartUs. Durations in seconds. `timeFactor` is the run's microseconds per second. Negative counts
+/// add no marker, nor do times that are not finite; markers beyond maxNrOfGradientMarkers are left out.
+struct GradientMarkerTiming {
+  int32_t nrOfVolumes = 0;
+  int32_t nrOfSlicesPerVolume = 0;
+  double volumeDuration = 0;
+  double sliceDuration = 0;
+  double firstTriggerTime = 0;
+  bool onePerSlice = false;
+};
+void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, double timeFactor,
+                        double intervalStartUs);
+
+} // namespace emeg
