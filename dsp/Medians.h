@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+namespace emeg {
+
+/// Sorts `values` ascending in place (stable) and returns the element at index count / 2, the upper one of
+/// the two middle elements of an even count. An empty series has the median 0. Straight insertion: for short
+/// lists.
+double sortMedian(double* values, int32_t count);
+
+/// Approximate median of a long series by repeated refinement of a 1000-bin histogram that starts at one
+/// standard deviation around the mean. The data are only read. An empty series has the median 0; one with
+/// values that are not finite, or whose squares are not, has a result that is not finite.
+double histogramMedian(const double* values, int32_t count);
+
+} // namespace emeg
