@@ -26,7 +26,7 @@ public:
 private:
   int64_t endOfRun(int64_t index) const;
 
-  const SplinedSignal& signal_;
+  const SplinedSignal signal_;
   const std::vector<QuietRun>& runs_;
   int32_t alignHalfWidth_;
 };

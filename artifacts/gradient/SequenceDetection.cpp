@@ -33,9 +33,23 @@ std::vector<double> bandEnvelope(const SplinedSignal& signal, double samplingFre
   return work;
 }
 
+/// Mean of the values that exist; not a number when none does.
+class MeanOfMeasured {
+public:
+  void add(double value) {
+    if (std::isnan(value)) return;
+    sum_ += value;
+    ++count_;
+  }
+  double mean() const { return sum_ / count_; }
+
+private:
+  double sum_ = 0;
+  int count_ = 0;
+};
+
 /// Seconds per volume from the slices of two volumes far apart.
-double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts, bool hasVolumeGaps,
-                             double fs) {
+double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts, bool hasVolumeGaps, double fs) {
   const int64_t spv = counts.nrOfSlicesPerVolume;
   int64_t firstVolume = 0;
   int64_t lastVolume = counts.nrOfVolumes - 1;
@@ -44,24 +58,26 @@ double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts
     firstVolume = counts.nrOfVolumes == 3 ? 0 : 1;
     lastVolume = counts.nrOfVolumes == 3 ? 1 : counts.nrOfVolumes - 2;
   }
-  double sum = 0;
+  MeanOfMeasured seconds;
   for (int64_t s = 0; s < spv; ++s) {
-    sum += delays.measureBurstDelay(firstVolume * spv + counts.firstSlice + s,
-                                    lastVolume * spv + counts.firstSlice + s) /
-           fs / static_cast<double>(lastVolume - firstVolume);
+    seconds.add(delays.measureBurstDelay(firstVolume * spv + counts.firstSlice + s,
+                                         lastVolume * spv + counts.firstSlice + s) /
+                fs / static_cast<double>(lastVolume - firstVolume));
   }
-  return sum / static_cast<double>(spv);
+  return seconds.mean();
 }
 
-/// Seconds per slice: within every volume, from its second to its second last slice gap.
+/// Seconds per slice: within every volume, from its second to its second last slice gap. A burst that the end of the
+/// recording cuts off is left out.
 double measureSliceDuration(const BurstDelay& delays, const SliceCounts& counts, double fs) {
   const int64_t spv = counts.nrOfSlicesPerVolume;
-  double sum = 0;
+  MeanOfMeasured seconds;
   for (int64_t v = 0; v < counts.nrOfVolumes; ++v) {
-    sum += delays.measureBurstDelay(spv * v + counts.firstSlice + 1, spv * (v + 1) + counts.firstSlice - 2) /
-           fs / static_cast<double>(spv - 3);
+    seconds.add(
+        delays.measureBurstDelay(spv * v + counts.firstSlice + 1, spv * (v + 1) + counts.firstSlice - 2) / fs /
+        static_cast<double>(spv - 3));
   }
-  return sum / static_cast<double>(counts.nrOfVolumes);
+  return seconds.mean();
 }
 
 bool isUsableDuration(double seconds) {

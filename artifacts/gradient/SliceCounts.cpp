@@ -116,11 +116,12 @@ SliceCounts countContinuous(const std::vector<QuietRun>& runs, const QuietBands&
   const RunPattern pattern(runs, bands);
   const int64_t start = pattern.firstSlice();
   const int64_t last = pattern.lastUsable();
-  if (start < 0) return {};
+  const SliceCounts notFound{0, 0, static_cast<int32_t>(std::max<int64_t>(start, 0))};
+  if (start < 0) return notFound;
 
   std::vector<MeasuredInterval> intervals = measureIntervals(delays, start, samplingFrequency);
   const int64_t count = static_cast<int64_t>(intervals.size());
-  if (count < 2) return {};
+  if (count < 2) return notFound;
   std::stable_sort(
       intervals.begin(), intervals.end(),
       [](const MeasuredInterval& x, const MeasuredInterval& y) { return x.seconds < y.seconds; });
@@ -147,10 +148,10 @@ SliceCounts countContinuous(const std::vector<QuietRun>& runs, const QuietBands&
 
   // A single longer interval does not tell how far apart they are.
   const int64_t nrOfDistances = count - 2 - jump;
-  if (nrOfDistances < 1) return {};
+  if (nrOfDistances < 1) return notFound;
   const double spv =
       std::floor(static_cast<double>(highest - lowest) / static_cast<double>(nrOfDistances) + 0.5);
-  if (spv < 1) return {};
+  if (spv < 1) return notFound;
   double first = static_cast<double>(lowest) - spv + 2;
   if (first < 0) first += spv;
   const double volumes = std::floor((static_cast<double>(last) - first + 2) / spv);
