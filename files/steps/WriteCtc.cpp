@@ -11,6 +11,12 @@ namespace {
 constexpr const char* cannotWrite = "Error writing file: ";
 constexpr int32_t multiplexed = 2;
 
+/// Files are little-endian whatever the machine is.
+void toFileOrder(std::vector<unsigned char>& samples, int64_t nrOfBytes, int64_t sampleSize) {
+  if (!hostIsLittleEndian && sampleSize > 1)
+    swapByteGroups(samples.data(), static_cast<size_t>(nrOfBytes), static_cast<int>(sampleSize));
+}
+
 } // namespace
 
 bool LMTRPluginEMEGFileConverter::writeCtc(int32_t dataType, int32_t dataOrganisation) {
@@ -54,13 +60,15 @@ bool LMTRPluginEMEGFileConverter::writeCtc(int32_t dataType, int32_t dataOrganis
         storeSample(dataType, value, out.data(), dataOrganisation == multiplexed ? j * selected + k : j);
       }
       if (dataOrganisation == multiplexed) continue;
+      toFileOrder(out, count * sampleSize, sampleSize);
       const int64_t position =
           static_cast<int64_t>(ctcHeaderSize) + (k * span.nrOfOutputTimePoints + start) * sampleSize;
       if (!file.seek(position) || !file.write(out.data(), static_cast<size_t>(count * sampleSize)))
         return reportFileError(cannotWrite);
     }
-    if (dataOrganisation == multiplexed &&
-        !file.write(out.data(), static_cast<size_t>(count * selected * sampleSize)))
+    if (dataOrganisation != multiplexed) continue;
+    toFileOrder(out, count * selected * sampleSize, sampleSize);
+    if (!file.write(out.data(), static_cast<size_t>(count * selected * sampleSize)))
       return reportFileError(cannotWrite);
   }
   if (!file.commit()) return reportFileError(cannotWrite);

@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Installs what it needs, builds, and runs every test: with the sanitizers (short recordings), then the release build
+# (the long reference recordings too). Ends with ctest's summary.
+set -eu
+cd "$(dirname "$0")"
+
+scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev \
+  libbenchmark-dev
+
+jobs=$(nproc)
+cmake --preset asan >/dev/null
+cmake --build --preset asan -- -k 0 --quiet
+ctest --preset asan -j "$jobs" --label-exclude long
+
+cmake --preset release >/dev/null
+cmake --build --preset release -- -k 0 --quiet
+ctest --preset release -j "$jobs"

@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Floor {
+  std::string folder;
+  int level;
+};
+
+// The longest matching folder counts. docs/architecture.md draws the same picture.
+const std::vector<Floor> floors = {
+    {"plugin/bridge/", 0},
+    {"converter/messages/", 0},
+    {"dsp/", 1},
+    {"files/formats/", 1},
+    {"artifacts/", 1},
+    {"converter/", 2},
+    {"converter/steps/", 3},
+    {"files/steps/", 3},
+    {"artifacts/steps/", 3},
+    {"plugin/", 4},
+    {"host/", 5},
+    {"app/", 5},
+};
+
+std::optional<int> floorOf(const std::string& path) {
+  std::optional<int> level;
+  size_t longest = 0;
+  for (const Floor& floor : floors) {
+    if (path.rfind(floor.folder, 0) == 0 && floor.folder.size() > longest) {
+      longest = floor.folder.size();
+      level = floor.level;
+    }
+  }
+  return level;
+}
+
+std::vector<std::string> projectIncludesOf(const fs::path& file) {
+  static const std::regex include("^\\s*#\\s*include\\s*\"([^\"]+)\"");
+  std::ifstream stream(file);
+  std::vector<std::string> names;
+  std::string line;
+  std::smatch match;
+  while (std::getline(stream, line))
+    if (std::regex_search(line, match, include)) names.push_back(match[1]);
+  return names;
+}
+
+std::vector<std::string> sourceFiles() {
+  std::vector<std::string> files;
+  const fs::path root = EMEG_SOURCE_DIR;
+  for (const char* folder : {"dsp", "files", "artifacts", "converter", "plugin", "host", "app"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
+      const std::string extension = entry.path().extension().string();
+      if (extension == ".h" || extension == ".cpp")
+        files.push_back(fs::relative(entry.path(), root).string());
+    }
+  }
+  return files;
+}
+
+} // namespace
+
+TEST(Includes, EveryIncludeOfTheProjectIsWrittenFromItsRootAndExists) {
+  const std::vector<std::string> files = sourceFiles();
+  ASSERT_GT(files.size(), 50u);
+  for (const std::string& file : files)
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file))
+      EXPECT_TRUE(fs::exists(fs::path(EMEG_SOURCE_DIR) / include)) << file << " includes " << include;
+}
+
+TEST(Includes, NoFileIncludesOneFromAHigherFloor) {
+  for (const std::string& file : sourceFiles()) {
+    const std::optional<int> own = floorOf(file);
+    ASSERT_TRUE(own) << file << " stands on no floor";
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file)) {
+      const std::optional<int> other = floorOf(include);
+      if (other) {
+        EXPECT_LE(*other, *own) << file << " looks up to " << include;
+      }
+    }
+  }
+}
+
+// Computations can be read, tested and timed alone: they know neither the host nor the converter.
+TEST(Includes, ComputationsIncludeNothingOfTheHostBridgeOrTheMessages) {
+  for (const std::string& file : sourceFiles()) {
+    if (floorOf(file) != 1) continue;
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file))
+      EXPECT_NE(floorOf(include), 0) << file << " includes " << include;
+  }
+}
+
+TEST(Includes, ProgramsDoNotIncludeThePlugInsShell) {
+  for (const std::string& file : sourceFiles()) {
+    if (file.rfind("host/", 0) != 0) continue;
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file))
+      EXPECT_NE(include.rfind("plugin/", 0), 0u) << file << " includes " << include;
+  }
+}
