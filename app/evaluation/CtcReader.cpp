@@ -1,0 +1,47 @@
+#include "app/evaluation/CtcReader.h"
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+namespace emeg {
+
+CtcReader::CtcReader(const std::string& path) : path_(path) {
+  if (!file_.openForReading(path)) throw UnreadableFile("cannot open " + path + ": " + std::strerror(errno));
+  std::array<unsigned char, ctcHeaderSize> bytes{};
+  if (!file_.read(bytes.data(), bytes.size())) throw UnreadableFile(path + " is shorter than a CTC header");
+  header_ = decodeCtcHeader(bytes);
+  format_ = inputSampleFormatOf(header_.dataType);
+  if (format_ == SampleFormat::Unsupported)
+    throw UnreadableFile(path + " holds samples of the unknown type " + std::to_string(header_.dataType));
+  if (header_.nrOfChannels < 1 || header_.nrOfTimePoints < 1 || !(header_.samplingFrequency > 0) ||
+      !std::isfinite(header_.samplingFrequency))
+    throw UnreadableFile(path + " has no channels, no time points or no sampling frequency in its header");
+  const int64_t needed = int64_t{header_.nrOfChannels} * header_.nrOfTimePoints * bytesPerSampleOf(format_);
+  if (file_.size() - static_cast<int64_t>(ctcHeaderSize) < needed)
+    throw UnreadableFile(path + " is shorter than its header says");
+}
+
+void CtcReader::readBytes(int64_t position, int64_t nrOfBytes) {
+  bytes_.resize(static_cast<size_t>(nrOfBytes));
+  if (!file_.seek(static_cast<int64_t>(ctcHeaderSize) + position) ||
+      !file_.read(bytes_.data(), bytes_.size()))
+    throw UnreadableFile("cannot read " + path_);
+  if (!hostIsLittleEndian) swapByteGroups(bytes_.data(), bytes_.size(), bytesPerSampleOf(format_));
+}
+
+void CtcReader::read(int64_t first, int64_t count, std::vector<float>& samples) {
+  const int64_t channels = header_.nrOfChannels;
+  const int64_t sampleSize = bytesPerSampleOf(format_);
+  samples.resize(static_cast<size_t>(channels * count));
+  const bool multiplexed = header_.dataOrganisation != 1;
+  if (multiplexed) readBytes(first * channels * sampleSize, count * channels * sampleSize);
+  for (int64_t c = 0; c < channels; ++c) {
+    if (!multiplexed) readBytes((c * header_.nrOfTimePoints + first) * sampleSize, count * sampleSize);
+    const unsigned char* const from = bytes_.data() + (multiplexed ? c * sampleSize : 0);
+    convertSamplesToFloat(format_, from, multiplexed ? channels : 1, count, samples.data() + c * count);
+  }
+}
+
+} // namespace emeg

@@ -1,0 +1,96 @@
+#include "app/evaluation/Residual.h"
+
+#include "app/evaluation/CtcReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace emeg {
+
+namespace {
+
+constexpr int64_t blockLength = 65536; // time points
+
+struct Sums {
+  double artifact = 0, residual = 0, outside = 0;
+};
+
+void requireSameShape(const CtcReader& one, const CtcReader& other) {
+  const CtcHeader& a = one.header();
+  const CtcHeader& b = other.header();
+  if (a.nrOfChannels != b.nrOfChannels || a.nrOfTimePoints != b.nrOfTimePoints ||
+      a.samplingFrequency != b.samplingFrequency)
+    throw UnreadableFile(one.path() + " and " + other.path() +
+                         " differ in channels, time points or sampling frequency");
+}
+
+double rootMean(double sum, int64_t count) {
+  return count > 0 ? std::sqrt(sum / static_cast<double>(count)) : 0;
+}
+
+} // namespace
+
+double ChannelResidual::decibels() const {
+  return 20 * std::log10(artifactUv / residualUv);
+}
+
+std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, const SimulatedTruth& truth) {
+  CtcReader corrected(correctedPath);
+  CtcReader recorded(truth.recordingPath);
+  CtcReader clean(truth.cleanPath);
+  const auto pulse = truth.pulsePath.empty() ? nullptr : std::make_unique<CtcReader>(truth.pulsePath);
+  requireSameShape(corrected, recorded);
+  requireSameShape(clean, recorded);
+  if (pulse) requireSameShape(*pulse, recorded);
+
+  const int64_t n = recorded.header().nrOfTimePoints;
+  const int64_t channels = recorded.header().nrOfChannels;
+  const double fs = static_cast<double>(recorded.header().samplingFrequency);
+  const auto scanBegin = static_cast<int64_t>(std::ceil(truth.firstVolumeOnset * fs));
+  const auto scanEnd = std::min(static_cast<int64_t>(std::ceil(truth.endOfScan * fs)), n);
+  const auto margin = static_cast<int64_t>(std::ceil(truth.volumeDuration * fs));
+  const double unit = truth.microvoltsPerUnit;
+
+  std::vector<Sums> sums(static_cast<size_t>(channels));
+  std::vector<float> correctedBlock, recordedBlock, cleanBlock, pulseBlock;
+  int64_t outsideCount = 0;
+  for (int64_t first = 0; first < n; first += blockLength) {
+    const int64_t count = std::min(blockLength, n - first);
+    corrected.read(first, count, correctedBlock);
+    recorded.read(first, count, recordedBlock);
+    clean.read(first, count, cleanBlock);
+    if (pulse) pulse->read(first, count, pulseBlock);
+    for (int64_t c = 0; c < channels; ++c) {
+      Sums& sum = sums[static_cast<size_t>(c)];
+      for (int64_t t = 0; t < count; ++t) {
+        const auto index = static_cast<size_t>(c * count + t);
+        const double after = static_cast<double>(correctedBlock[index]) * unit;
+        const double before = static_cast<double>(recordedBlock[index]) * unit;
+        const double target =
+            static_cast<double>(cleanBlock[index]) + (pulse ? static_cast<double>(pulseBlock[index]) : 0.0);
+        const int64_t sample = first + t;
+        if (sample >= scanBegin && sample < scanEnd) {
+          sum.artifact += (before - target) * (before - target);
+          sum.residual += (after - target) * (after - target);
+        } else if (sample < scanBegin - margin || sample >= scanEnd + margin) {
+          sum.outside += (after - before) * (after - before);
+          outsideCount += c == 0 ? 1 : 0;
+        }
+      }
+    }
+  }
+
+  std::vector<ChannelResidual> residuals;
+  for (size_t c = 0; c < sums.size(); ++c) {
+    ChannelResidual residual;
+    residual.name = c < truth.channelNames.size() ? truth.channelNames[c] : std::to_string(c);
+    residual.artifactUv = rootMean(sums[c].artifact, scanEnd - scanBegin);
+    residual.residualUv = rootMean(sums[c].residual, scanEnd - scanBegin);
+    residual.outsideUv = rootMean(sums[c].outside, outsideCount);
+    residuals.push_back(residual);
+  }
+  return residuals;
+}
+
+} // namespace emeg

@@ -1,0 +1,40 @@
+#include "app/evaluation/SimulatedTruth.h"
+
+#include "app/evaluation/CtcReader.h"
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+namespace emeg {
+
+SimulatedTruth readSimulatedTruth(const std::string& path) {
+  std::ifstream stream(path);
+  if (!stream) throw UnreadableFile("cannot open " + path);
+  SimulatedTruth truth;
+  try {
+    const nlohmann::json json = nlohmann::json::parse(stream);
+    const auto beside = [&](const std::string& name) {
+      return (std::filesystem::path(path).parent_path() / name).string();
+    };
+    const nlohmann::json& files = json.at("files");
+    truth.recordingPath = beside(files.at("recording"));
+    truth.cleanPath = beside(files.at("clean"));
+    if (files.contains("pulse")) truth.pulsePath = beside(files.at("pulse"));
+    truth.microvoltsPerUnit = json.at("microvoltsPerUnit");
+    truth.channelNames = json.at("channelNames");
+    if (!json.contains("gradient")) throw UnreadableFile(path + " describes a recording without a scan");
+    const nlohmann::json& gradient = json.at("gradient");
+    truth.nrOfVolumes = gradient.at("nrOfVolumes");
+    truth.nrOfSlicesPerVolume = gradient.at("nrOfSlicesPerVolume");
+    truth.volumeDuration = gradient.at("volumeDuration");
+    truth.sliceDuration = gradient.at("sliceDuration");
+    truth.firstVolumeOnset = gradient.at("firstVolumeOnset");
+    truth.endOfScan = gradient.at("endOfScan");
+  } catch (const nlohmann::json::exception& error) {
+    throw UnreadableFile(path + " is not the truth of a simulated recording: " + error.what());
+  }
+  return truth;
+}
+
+} // namespace emeg

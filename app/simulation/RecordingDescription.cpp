@@ -1,0 +1,63 @@
+#include "app/simulation/RecordingDescription.h"
+
+#include "app/simulation/Electrodes.h"
+#include "files/formats/Protocol.h"
+#include "files/formats/ProtocolFile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace emeg {
+
+namespace {
+
+constexpr int eegChannelType = 0;
+constexpr double longestBlockSeconds = 10;
+constexpr int fewestBlocks = 6;
+
+} // namespace
+
+ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
+                                    const std::string& prtFileName) {
+  ChannelDescription description;
+  const double fs = parameters.samplingFrequency;
+  const double endMs = 1000 * static_cast<double>(parameters.nrOfTimePoints() - 1) / fs;
+  description.header.setCtcFileName(ctcFileName);
+  description.header.setPrtFileName(prtFileName);
+  description.header.setNrOfChannels(parameters.nrOfChannels);
+  description.header.setNrOfSelectedChannels(parameters.nrOfChannels);
+  description.header.setDecimationFactor(1);
+  description.header.setSamplingFrequency(fs);
+  description.header.setIntervalStartMs(0);
+  description.header.setIntervalEndMs(endMs);
+  description.header.setIntervalLengthMs(endMs);
+  description.header.setNrOfTimePoints(static_cast<int32_t>(parameters.nrOfTimePoints()));
+  for (int c = 0; c < parameters.nrOfChannels; c++)
+    description.channelRecords.push_back(CcdChannelRecord::make(electrodeName(c), eegChannelType, fs));
+  return description;
+}
+
+std::string blockDesignProtocol(const SimulationParameters& parameters, const std::string& ctcFileName) {
+  const double blockSeconds = std::min(longestBlockSeconds, parameters.seconds / fewestBlocks);
+  const double blockUs = std::floor(blockSeconds * 1000000);
+  const double endUs = parameters.seconds * 1000000;
+  Protocol protocol(false, "", TimeResolution::Usec);
+  protocol.startConditions();
+  const auto addBlocks = [&](const char* name, double firstOnset, int r, int g, int b) {
+    protocol.findOrAddCondition(name, -1, r, g, b);
+    for (double onset = firstOnset; onset + blockUs <= endUs; onset += 2 * blockUs)
+      protocol.addInterval(onset, onset + blockUs);
+  };
+  addBlocks("Rest", 0, 128, 128, 128);
+  addBlocks("Task", blockUs, 255, 128, 0);
+
+  std::vector<std::string> labels;
+  labels.reserve(protocol.conditions.size());
+  for (int c = 0; c < protocol.nrOfConditions(); c++)
+    labels.push_back(c == 0 ? std::string() : conditionLabel(protocol, c));
+  const double factor = timeFactorOf(protocol.resolutionOfTime, parameters.samplingFrequency);
+  return formatProtocol(protocol, ctcFileName, factor, labels, std::vector<double>(labels.size(), 0.0));
+}
+
+} // namespace emeg

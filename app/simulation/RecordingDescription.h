@@ -1,0 +1,19 @@
+#pragma once
+
+#include "app/simulation/SimulationParameters.h"
+#include "files/formats/CcdFile.h"
+
+#include <string>
+
+namespace emeg {
+
+/// The channel description of a simulated recording: electrode names, every channel good, and the names
+/// (without folder) of the recording and of its protocol, the latter empty when there is none.
+ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
+                                    const std::string& prtFileName);
+
+/// The text of a protocol file for a simulated recording: a block design with the conditions "Rest" and
+/// "Task" that take turns every ten seconds (at least three blocks of each fit into short recordings).
+std::string blockDesignProtocol(const SimulationParameters& parameters, const std::string& ctcFileName);
+
+} // namespace emeg

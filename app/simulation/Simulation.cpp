@@ -1,0 +1,41 @@
+#include "app/simulation/Simulation.h"
+
+#include <algorithm>
+
+namespace emeg {
+
+Simulation::Simulation(const SimulationParameters& parameters)
+    : parameters_(parameters),
+      eeg_(parameters.eeg, parameters.seed, parameters.nrOfChannels, parameters.samplingFrequency),
+      lineNoise_(parameters) {
+  if (parameters.gradient) gradient_.emplace(parameters);
+  if (parameters.heart) pulse_.emplace(parameters);
+}
+
+bool Simulation::next(int64_t largestCount, SimulatedBlock& block) {
+  const int64_t count = std::min(largestCount, parameters_.nrOfTimePoints() - position_);
+  if (count <= 0) return false;
+  const auto length = static_cast<size_t>(count);
+  const auto nrOfChannels = static_cast<size_t>(parameters_.nrOfChannels);
+  block.firstTimePoint = position_;
+  block.nrOfTimePoints = count;
+  block.nrOfChannels = parameters_.nrOfChannels;
+  block.clean.resize(nrOfChannels * length);
+  block.pulse.assign(nrOfChannels * length, 0.0);
+  block.bursts.assign(length, 0.0);
+  block.gains.assign(nrOfChannels, 0.0);
+
+  eeg_.next(count, block.clean);
+  lineNoise_.add(position_, count, block.clean);
+  if (pulse_) pulse_->fill(position_, count, block.pulse);
+  if (gradient_) {
+    block.gains = gradient_->gains();
+    for (int64_t t = 0; t < count; t++)
+      block.bursts[static_cast<size_t>(t)] =
+          gradient_->value(static_cast<double>(position_ + t) / parameters_.samplingFrequency);
+  }
+  position_ += count;
+  return true;
+}
+
+} // namespace emeg

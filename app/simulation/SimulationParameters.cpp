@@ -1,0 +1,159 @@
+#include "app/simulation/SimulationParameters.h"
+
+#include "app/simulation/BurstWaveform.h"
+#include "app/simulation/GradientArtifact.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <utility>
+
+namespace emeg {
+
+namespace {
+
+constexpr std::array<std::pair<Preset, const char*>, 4> presetNames = {
+    {{Preset::Gap, "gap"}, {Preset::Continuous, "continuous"}, {Preset::Bcg, "bcg"}, {Preset::Both, "both"}}};
+
+constexpr double lowestSamplingFrequency = 100;
+constexpr double highestSamplingFrequency = 100000;
+constexpr double slowRate = 4000; // Hz; recordings below it are those of amplifiers with a wide pass band
+constexpr double quietBetweenBursts = 0.020;
+
+std::string rangeProblem(const char* what, double value, double low, double high, const char* unit) {
+  if (value >= low && value <= high) return "";
+  std::ostringstream text;
+  text << what << " is " << value << unit << "; it must lie between " << low << " and " << high << unit
+       << ".";
+  return text.str();
+}
+
+template <typename... Texts>
+std::string firstProblem(const Texts&... texts) {
+  std::string first;
+  ((first.empty() ? first = texts : first), ...);
+  return first;
+}
+
+std::string problemWithEeg(const EegParameters& eeg) {
+  // Without any noise the beats of two channels resemble each other in a way that no recording shows.
+  return firstProblem(rangeProblem("The EEG's RMS", eeg.backgroundRmsUv, 0, 1000, " uV"),
+                      rangeProblem("The alpha rhythm's amplitude", eeg.alphaPeakUv, 0, 1000, " uV"),
+                      rangeProblem("The sensor noise", eeg.sensorNoiseRmsUv, 0.01, 1000, " uV"));
+}
+
+std::string problemWithLineNoise(const SimulationParameters& parameters) {
+  return firstProblem(
+      rangeProblem("The line noise's frequency", parameters.lineNoise.frequencyHz, 0,
+                   parameters.samplingFrequency / 2, " Hz"),
+      rangeProblem("The line noise's amplitude", parameters.lineNoise.amplitudeUv, 0, 100000, " uV"));
+}
+
+std::string problemWithHeart(const HeartParameters& heart) {
+  return firstProblem(rangeProblem("The heart rate", heart.beatsPerMinute, 30, 200, " beats per minute"),
+                      rangeProblem("The RMSSD", heart.rmssd * 1000, 0, 200, " ms"),
+                      rangeProblem("The heart beat artifact's peak", heart.peakUv, 0, 10000, " uV"));
+}
+
+std::string problemWithBurst(const GradientParameters& gradient, double samplingFrequency) {
+  std::ostringstream text;
+  if (gradient.burstDuration > gradient.sliceDuration - quietBetweenBursts)
+    text << "A burst of " << gradient.burstDuration * 1000 << " ms leaves less than "
+         << quietBetweenBursts * 1000 << " ms of quiet in a slice of " << gradient.sliceDuration * 1000
+         << " ms.";
+  else if (BurstWaveform::plateauDuration(gradient, samplingFrequency) < gradient.burstDuration / 4)
+    text << "A burst of " << gradient.burstDuration * 1000 << " ms with a readout at " << gradient.readoutHz
+         << " Hz cannot be sampled at " << samplingFrequency
+         << " Hz without aliasing; use a higher sampling frequency, a lower readout frequency or longer "
+            "bursts.";
+  return text.str();
+}
+
+std::string problemWithVolumes(const GradientParameters& gradient, double seconds) {
+  const int64_t fitting = nrOfVolumesThatFit(gradient, seconds);
+  const int64_t wanted = gradient.nrOfVolumes.value_or(fitting);
+  std::ostringstream text;
+  if (gradient.nrOfVolumes && wanted < 1)
+    text << "The number of volumes is " << wanted << "; it must be at least 1.";
+  else if (fitting < std::max<int64_t>(1, wanted))
+    text << "A recording of " << seconds << " s has room for " << fitting << " volumes of "
+         << gradient.volumeDuration() << " s between its quiet stretches of " << gradient.quietBefore
+         << " and " << gradient.quietAfter << " s; make it longer or ask for fewer volumes.";
+  return text.str();
+}
+
+std::string problemWithGradient(const GradientParameters& gradient, const SimulationParameters& parameters) {
+  std::string range = firstProblem(
+      rangeProblem("The number of slices per volume", gradient.nrOfSlicesPerVolume, 1, 1000, ""),
+      rangeProblem("The slice duration", gradient.sliceDuration * 1000, 25, 10000, " ms"),
+      rangeProblem("The gap after a volume", gradient.gapDuration * 1000, 0, 60000, " ms"),
+      rangeProblem("The quiet stretch before the scan", gradient.quietBefore, 0.5, 3600, " s"),
+      rangeProblem("The quiet stretch after the scan", gradient.quietAfter, 0.5, 3600, " s"),
+      rangeProblem("The burst duration", gradient.burstDuration * 1000, 5, 10000, " ms"),
+      rangeProblem("The artifact's peak", gradient.peakUv, 0, 1000000, " uV"),
+      rangeProblem("The difference of each first slice", gradient.firstSliceDifference * 100, 0, 100, " %"),
+      rangeProblem("The amplifier's low-pass", gradient.lowPassHz, 10, highestSamplingFrequency, " Hz"),
+      rangeProblem("The readout's frequency", gradient.readoutHz, 10, highestSamplingFrequency, " Hz"),
+      rangeProblem("The drift", gradient.driftRms * 100, 0, 50, " %"));
+  if (!range.empty()) return range;
+  return firstProblem(problemWithBurst(gradient, parameters.samplingFrequency),
+                      problemWithVolumes(gradient, parameters.seconds));
+}
+
+} // namespace
+
+std::optional<Preset> presetNamed(const std::string& name) {
+  for (const auto& [preset, presetName] : presetNames)
+    if (name == presetName) return preset;
+  return std::nullopt;
+}
+
+std::string nameOf(Preset preset) {
+  return presetNames[static_cast<size_t>(preset)].second;
+}
+
+int64_t SimulationParameters::nrOfTimePoints() const {
+  return static_cast<int64_t>(std::floor(seconds * samplingFrequency + 0.5));
+}
+
+SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
+  SimulationParameters parameters;
+  parameters.preset = preset;
+  parameters.samplingFrequency = static_cast<double>(static_cast<float>(samplingFrequency));
+  if (preset != Preset::Bcg) {
+    GradientParameters gradient;
+    if (preset == Preset::Continuous) {
+      gradient.nrOfSlicesPerVolume = 25;
+      gradient.sliceDuration = 0.0720227;
+      gradient.gapDuration = 0.0043;
+    }
+    if (samplingFrequency < slowRate) {
+      gradient.lowPassHz = std::min(560.0, 0.28 * samplingFrequency);
+      gradient.readoutHz = std::min(500.0, 0.25 * samplingFrequency);
+      gradient.driftRms = 0.01;
+    }
+    parameters.gradient = gradient;
+  }
+  if (preset == Preset::Bcg || preset == Preset::Both) parameters.heart = HeartParameters();
+  return parameters;
+}
+
+std::string problemWith(const SimulationParameters& parameters) {
+  const double longest =
+      static_cast<double>(std::numeric_limits<int32_t>::max()) / std::max(1.0, parameters.samplingFrequency);
+  std::string frame = firstProblem(
+      rangeProblem("The number of channels", parameters.nrOfChannels, 1, maxNrOfSimulatedChannels, ""),
+      rangeProblem("The sampling frequency", parameters.samplingFrequency, lowestSamplingFrequency,
+                   highestSamplingFrequency, " Hz"),
+      rangeProblem("The length of the recording", parameters.seconds, 1, std::floor(longest), " s"),
+      problemWithEeg(parameters.eeg));
+  if (!frame.empty()) return frame;
+  return firstProblem(problemWithLineNoise(parameters),
+                      parameters.heart ? problemWithHeart(*parameters.heart) : std::string(),
+                      parameters.gradient ? problemWithGradient(*parameters.gradient, parameters)
+                                          : std::string());
+}
+
+} // namespace emeg

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace emeg {
+
+/// The kinds of recording that can be simulated.
+enum class Preset {
+  Gap,        ///< scanning with a pause at the end of every volume
+  Continuous, ///< slice after slice, with a few milliseconds of dead time per volume
+  Bcg,        ///< heart beats in the magnet, no scanning
+  Both        ///< the scan of Gap and heart beats
+};
+
+/// "gap", "continuous", "bcg" or "both".
+std::optional<Preset> presetNamed(const std::string& name);
+std::string nameOf(Preset preset);
+
+struct EegParameters {
+  double backgroundRmsUv = 15;   ///< expected RMS of the 1/f background
+  double alphaPeakUv = 30;       ///< the alpha rhythm's largest amplitude, over the back of the head
+  double sensorNoiseRmsUv = 0.7; ///< white noise of electrode and amplifier
+};
+
+/// The scan and the artifact that it leaves in the EEG.
+struct GradientParameters {
+  int nrOfSlicesPerVolume = 20;
+  double sliceDuration = 0.0750142;   ///< seconds from one slice's onset to the next
+  double gapDuration = 0.3000531;     ///< seconds between the last slice's end and the next volume
+  std::optional<int64_t> nrOfVolumes; ///< as many as fit when not given
+  double quietBefore = 3;             ///< seconds without scanning in front of the scan
+  double quietAfter = 5;              ///< least seconds without scanning behind it
+  double burstDuration = 0.048;       ///< seconds of gradient activity per slice
+  double peakUv = 2500;               ///< largest absolute value of an ordinary slice's burst at gain 1
+  double firstSliceDifference = 0.15; ///< RMS of what the first slice of a volume adds, relative to its burst
+  double lowPassHz = 250;             ///< the amplifier's low-pass (half power)
+  double readoutHz = 220;             ///< frequency of the readout gradient
+  double driftRms = 0;                ///< relative slow change of the artifact's amplitude
+
+  double volumeDuration() const { return nrOfSlicesPerVolume * sliceDuration + gapDuration; }
+};
+
+struct HeartParameters {
+  double beatsPerMinute = 65;
+  double rmssd = 0.030;    ///< seconds, root mean square of successive differences of beat intervals
+  double pulseDelay = 0.2; ///< seconds from the R peak to the onset of the artifact
+  double peakUv = 80;      ///< mean over channels of the artifact's peak; channels lie within 25 % of it
+  double amplitudeJitter = 0.04; ///< relative standard deviation from beat to beat
+};
+
+struct LineNoiseParameters {
+  double frequencyHz = 0; ///< 0: none
+  double amplitudeUv = 5;
+};
+
+/// Everything that determines the samples of a simulated recording.
+struct SimulationParameters {
+  Preset preset = Preset::Gap;
+  uint64_t seed = 1;
+  int nrOfChannels = 32;
+  double seconds = 120;
+  double samplingFrequency = 5000; ///< Hz, a value that a 32-bit float holds exactly
+  EegParameters eeg;
+  std::optional<GradientParameters> gradient;
+  std::optional<HeartParameters> heart;
+  LineNoiseParameters lineNoise;
+
+  int64_t nrOfTimePoints() const;
+};
+
+constexpr int maxNrOfSimulatedChannels = 256;
+
+/// The reference recording of a preset. At 4000 Hz and more the amplifier passes 250 Hz and the artifact
+/// keeps its size; below, it passes 560 Hz (or what the sampling frequency allows) and the artifact drifts by
+/// 1 % RMS. `samplingFrequency` is rounded to 32-bit float, as the file's header holds it.
+SimulationParameters presetParameters(Preset preset, double samplingFrequency);
+
+/// A sentence that says why these parameters cannot be simulated; empty when they can.
+std::string problemWith(const SimulationParameters& parameters);
+
+} // namespace emeg

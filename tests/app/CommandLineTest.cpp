@@ -1,0 +1,121 @@
+#include "tests/app/SimulatedFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace emeg {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(CommandLine, HelpAndVersionSucceed) {
+  const ProgramRun help = runEmeg({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, HasSubstr("simulate"));
+  const ProgramRun version = runEmeg({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_THAT(version.out, testing::StartsWith("emeg "));
+  EXPECT_THAT(version.out, HasSubstr("."));
+}
+
+TEST(CommandLine, HelpOfACommandShowsExamples) {
+  const ProgramRun help = runEmeg({"simulate", "--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, HasSubstr("Examples:"));
+  EXPECT_THAT(help.out, HasSubstr("emeg simulate gap run1.ctc"));
+  EXPECT_THAT(help.out, HasSubstr("--heart-rate"));
+}
+
+TEST(CommandLine, NoCommandAndUnknownCommandsAreWrongUsage) {
+  EXPECT_EQ(runEmeg({}).status, 2);
+  EXPECT_EQ(runEmeg({"dance"}).status, 2);
+  EXPECT_FALSE(runEmeg({"dance"}).err.empty());
+}
+
+TEST(CommandLine, SummaryNamesWhatWasSimulated) {
+  const TestFolder folder;
+  const ProgramRun run = runEmeg({"simulate", "gap", folder / "r.ctc", "--fs", "2000", "--volumes", "3",
+                                  "--channels", "2", "--no-truth"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_THAT(run.out, HasSubstr("2 channels, 14 s at 2000 Hz, 3 volumes of 20 slices"));
+}
+
+struct BadCase {
+  std::vector<std::string> arguments; ///< "OUT" stands for a path that could be written
+  std::string complaint;              ///< part of the message
+};
+
+void PrintTo(const BadCase& badCase, std::ostream* out) {
+  for (const std::string& argument : badCase.arguments) *out << argument << " ";
+}
+
+class BadOptions : public testing::TestWithParam<BadCase> {};
+
+TEST_P(BadOptions, AreRefusedWithAReasonAndWithoutFiles) {
+  const TestFolder folder;
+  std::vector<std::string> arguments = {"simulate"};
+  for (const std::string& argument : GetParam().arguments)
+    arguments.push_back(argument == "OUT" ? folder / "r.ctc" : argument);
+  const ProgramRun run = runEmeg(arguments);
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, HasSubstr(GetParam().complaint));
+  EXPECT_THAT(folder.fileNames(), ElementsAre());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLine, BadOptions,
+    testing::Values(
+        BadCase{{"gap"}, "OUT.ctc"}, BadCase{{"spiral", "OUT"}, "spiral"}, BadCase{{"gap", "r.dat"}, "r.dat"},
+        BadCase{{"gap", ".ctc"}, ".ctc"}, BadCase{{"gap", "folder/.ctc"}, ".ctc"},
+        BadCase{{"gap", "OUT", "--frequency", "3"}, "--frequency"},
+        BadCase{{"gap", "OUT", "--channels", "0"}, "number of channels is 0"},
+        BadCase{{"gap", "OUT", "--channels", "257"}, "between 1 and 256"},
+        BadCase{{"gap", "OUT", "--channels", "-3"}, "number of channels is -3"},
+        BadCase{{"gap", "OUT", "--channels", "many"}, "--channels"},
+        BadCase{{"gap", "OUT", "--channels", "2.5"}, "--channels"},
+        BadCase{{"gap", "OUT", "--seed", "-1"}, "--seed"}, BadCase{{"gap", "OUT", "--seed", "2.5"}, "--seed"},
+        BadCase{{"gap", "OUT", "--seed", "99999999999999999999999"}, "--seed"},
+        BadCase{{"gap", "OUT", "--fs", "0"}, "sampling frequency is 0"},
+        BadCase{{"gap", "OUT", "--fs", "-2000"}, "sampling frequency is -2000"},
+        BadCase{{"gap", "OUT", "--fs", "nan"}, "sampling frequency is nan"},
+        BadCase{{"gap", "OUT", "--fs", "inf"}, "sampling frequency is inf"},
+        BadCase{{"gap", "OUT", "--fs", "400"}, "without aliasing"},
+        BadCase{{"gap", "OUT", "--fs", "2000", "--readout", "900"}, "without aliasing"},
+        BadCase{{"gap", "OUT", "--seconds", "5"}, "room for 0 volumes"},
+        BadCase{{"gap", "OUT", "--seconds", "-5"}, "length of the recording is -5"},
+        BadCase{{"gap", "OUT", "--seconds", "nan"}, "length of the recording is nan"},
+        BadCase{{"gap", "OUT", "--seconds", "1e300"}, "length of the recording"},
+        BadCase{{"gap", "OUT", "--seconds", "20", "--volumes", "60"}, "room for 6 volumes"},
+        BadCase{{"gap", "OUT", "--volumes", "0"}, "number of volumes is 0"},
+        BadCase{{"gap", "OUT", "--volumes", "-4"}, "number of volumes is -4"},
+        BadCase{{"gap", "OUT", "--volumes", "9000000000000000000"}, "length of the recording"},
+        BadCase{{"gap", "OUT", "--slices", "0"}, "number of slices per volume is 0"},
+        BadCase{{"gap", "OUT", "--slice-ms", "0"}, "slice duration is 0"},
+        BadCase{{"gap", "OUT", "--slice-ms", "nan", "--volumes", "3"}, "length of the recording is nan"},
+        BadCase{{"gap", "OUT", "--slice-ms", "60"}, "20 ms of quiet"},
+        BadCase{{"gap", "OUT", "--burst-ms", "60"}, "20 ms of quiet"},
+        BadCase{{"gap", "OUT", "--burst-ms", "nan"}, "burst duration is nan"},
+        BadCase{{"gap", "OUT", "--gap-ms", "-1"}, "gap after a volume is -1"},
+        BadCase{{"gap", "OUT", "--quiet-before", "0"}, "quiet stretch before the scan is 0"},
+        BadCase{{"gap", "OUT", "--quiet-after", "0"}, "quiet stretch after the scan is 0"},
+        BadCase{{"gap", "OUT", "--first-slice", "-5"}, "difference of each first slice is -5"},
+        BadCase{{"gap", "OUT", "--drift", "90"}, "drift is 90"},
+        BadCase{{"gap", "OUT", "--eeg-uv", "-1"}, "EEG's RMS is -1"},
+        BadCase{{"gap", "OUT", "--noise-uv", "0"}, "sensor noise is 0"},
+        BadCase{{"gap", "OUT", "--line-noise", "4000"}, "line noise's frequency is 4000"},
+        BadCase{{"gap", "OUT", "--line-amplitude", "5"}, "--line-noise"},
+        BadCase{{"gap", "OUT", "--type", "4"}, "--type"},
+        BadCase{{"gap", "OUT", "--organisation", "0"}, "--organisation"},
+        BadCase{{"gap", "OUT", "--uv-per-unit", "2"}, "--type 3"},
+        BadCase{{"gap", "OUT", "--type", "3", "--uv-per-unit", "0"}, "--uv-per-unit"},
+        BadCase{{"gap", "OUT", "--heart-rate", "60"}, "--heart-rate has no meaning"},
+        BadCase{{"bcg", "OUT", "--slices", "10"}, "--slices has no meaning"},
+        BadCase{{"bcg", "OUT", "--heart-rate", "20"}, "heart rate is 20"},
+        BadCase{{"bcg", "OUT", "--rmssd-ms", "-1"}, "RMSSD is -1"}));
+
+} // namespace
+
+} // namespace emeg
