@@ -10,8 +10,8 @@ scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nloh
 jobs=$(nproc)
 cmake --preset asan >/dev/null
 cmake --build --preset asan -- -k 0 --quiet
-ctest --preset asan -j "$jobs" --label-exclude long
+ctest --preset asan -j "$jobs" --no-tests=error --label-exclude long
 
 cmake --preset release >/dev/null
 cmake --build --preset release -- -k 0 --quiet
-ctest --preset release -j "$jobs"
+ctest --preset release -j "$jobs" --no-tests=error

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what it needs, builds, simulates a recording made in an MR scanner, removes the gradient artifact with the
+# plug-in inside the stand-in host, and shows what was found and what is left.
+set -eu
+cd "$(dirname "$0")"
+
+scripts/install-packages.sh g++ cmake ninja-build nlohmann-json3-dev libcli11-dev
+
+echo "Building the plug-in, the stand-in host and the simulator ..."
+cmake --preset release >/dev/null
+cmake --build --preset release --target EMEGArtifactPlugin lumetra emeg -- --quiet
+
+bin=$PWD/build/release
+out=$PWD/demo-output
+mkdir -p "$out"
+cd "$out"
+
+echo "Simulating a recording: 16 channels, 5 kHz, 2 minutes, a volume every 1.8 s ..."
+"$bin/emeg" simulate gap demo.ctc --channels 16 --fs 5000 --seconds 120 --force
+
+cat >answers.json <<'JSON'
+{
+  "files": {"*.ccd": "demo.ccd"},
+  "prompts": [
+    {"prompt": "EEG-fMRI artifact correction", "answer": 1},
+    {"prompt": "volume-wise", "answer": "no"},
+    {"prompt": "Window half-length", "answer": 150}
+  ]
+}
+JSON
+
+echo "Running the plug-in in the stand-in host (its log is in demo-output/log.txt) ..."
+"$bin/lumetra" "$bin/EMEGArtifactPlugin.so" --answers answers.json --transcript calls.jsonl >log.txt
+
+echo
+"$bin/emeg" evaluate demo_GRA.ctc --truth demo_truth.json --transcript calls.jsonl
+echo
+echo "Recorded:   demo-output/demo.ctc"
+echo "Corrected:  demo-output/demo_GRA.ctc, with demo_GRA.ccd (channels) and demo_GRA.prt (protocol)"
+echo "Markers:    demo-output/demo_GRA_ArtifactsTriggers.prt, one per slice"
