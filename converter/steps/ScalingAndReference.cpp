@@ -3,6 +3,8 @@
 #include "converter/steps/PowerOfTen.h"
 #include "plugin/bridge/HostFunctions.h"
 
+#include <cmath>
+
 namespace emeg {
 
 namespace {
@@ -33,6 +35,9 @@ bool LMTRPluginEMEGFileConverter::askScalingAndReference() {
       scalingOrder = host::integerInput(prompt.c_str(), 0, 0, maxScalingOrder);
       if (scalingOrder < 0) return abortRun(log);
     }
+    if (!std::isfinite(powerOfTen(scalingOrder)))
+      return showError(
+          formatText("The scaling order %d is too large: use at most %d.", scalingOrder, maxScalingOrder));
   }
 
   if (options.offerAverageReference && options.isEEG) {
