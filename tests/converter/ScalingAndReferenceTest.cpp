@@ -66,6 +66,14 @@ TEST_F(ScalingAndReference, ACancelledScalingPromptAborts) {
   EXPECT_EQ(host.logLines(), (Lines{"", line("Plugin execution was aborted.")}));
 }
 
+TEST_F(ScalingAndReference, AScalingOrderBeyondWhatANumberHoldsIsRefused) {
+  converter.options.applyScaling = true;
+  converter.options.parametersFromDialog = true;
+  host.dialogIntegers[5] = 400;
+  EXPECT_FALSE(converter.askScalingAndReference());
+  EXPECT_EQ(host.calls, (Lines{"parameter 5", "box The scaling order 400 is too large: use at most 10."}));
+}
+
 TEST_F(ScalingAndReference, OnlySelectedChannelsAreScaledOffsetsIncluded) {
   converter.selection.selectedChannels = {1, 3};
   converter.channels.channelOffset = {1, 2, 3, 4};
