@@ -92,7 +92,7 @@ inline void twiddledButterfly(double* x, std::ptrdiff_t quarter, double cosine, 
 template <Direction direction, BlockKind kind, int n, int k>
 inline void fixedButterfly(double* block) {
   constexpr std::ptrdiff_t quarter = n / 2;
-  double* const x = block + 2 * k;
+  double* const x = block + std::ptrdiff_t{2} * k;
   if constexpr (k == 0) {
     trivialButterfly<direction, kind>(x, quarter);
   } else if constexpr (8 * k == n) {

@@ -50,8 +50,8 @@ template <int n, int i>
 void swapWithReversed(double* x) {
   constexpr int j = reverseBits(i, n);
   if constexpr (i < j) {
-    std::swap(x[2 * i], x[2 * j]);
-    std::swap(x[2 * i + 1], x[2 * j + 1]);
+    std::swap(x[std::ptrdiff_t{2} * i], x[std::ptrdiff_t{2} * j]);
+    std::swap(x[std::ptrdiff_t{2} * i + 1], x[std::ptrdiff_t{2} * j + 1]);
   }
 }
 

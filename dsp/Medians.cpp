@@ -88,7 +88,7 @@ double histogramMedian(const double* values, int32_t count) {
     int bin = 0;
     while (counted < half && bin < nrOfBins) counted += histogram.bins[static_cast<std::size_t>(bin++)];
     const int medianBin = bin - 1;
-    const int32_t next = histogram.bins[static_cast<std::size_t>(medianBin + 1)];
+    const int32_t next = histogram.bins[static_cast<std::size_t>(bin)]; // the bin behind the median's
 
     const double width = range.width();
     range = {range.low + medianBin * width / nrOfBins, range.low + (medianBin + 1) * width / nrOfBins};

@@ -20,10 +20,10 @@ void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, 
   const int64_t markersPerVolume = timing.onePerSlice ? nrOfSlicesPerVolume : 1;
   const int64_t nrOfMarkers = std::min(nrOfVolumes * markersPerVolume, maxNrOfGradientMarkers);
   for (int64_t i = 0; i < nrOfMarkers; ++i) {
-    const auto v = static_cast<double>(i / markersPerVolume);
-    const auto s = static_cast<double>(i % markersPerVolume);
-    double seconds = v * timing.volumeDuration + timing.firstTriggerTime;
-    if (timing.onePerSlice) seconds += s * timing.sliceDuration;
+    const int64_t v = i / markersPerVolume;
+    const int64_t s = i % markersPerVolume;
+    double seconds = static_cast<double>(v) * timing.volumeDuration + timing.firstTriggerTime;
+    if (timing.onePerSlice) seconds += static_cast<double>(s) * timing.sliceDuration;
     const double marker = std::floor(seconds * timeFactor + 0.5) + intervalStartUs;
     if (std::isfinite(marker)) triggers.addInterval(marker, marker);
   }

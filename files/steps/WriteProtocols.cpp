@@ -29,6 +29,7 @@ bool LMTRPluginEMEGFileConverter::writeProtocol(Protocol& protocol) {
   cutToInterval(protocol, static_cast<double>(startUs), static_cast<double>(endUs));
 
   std::vector<std::string> labels;
+  labels.reserve(protocol.conditions.size());
   for (int c = 0; c < protocol.nrOfConditions(); ++c) labels.push_back(conditionLabel(protocol, c));
   std::vector<double> delaysUs(labels.size(), 0.0);
   if (protocol.interactive && !customiseProtocol(protocol, labels, delaysUs)) return false;
