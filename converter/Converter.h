@@ -2,6 +2,7 @@
 
 #include "converter/RunState.h"
 #include "converter/messages/Messages.h"
+#include "converter/messages/PathBuffer.h"
 #include "converter/messages/RunValues.h"
 #include "dsp/FrequencyFilter.h"
 #include "files/formats/ChunkFiles.h"
@@ -24,8 +25,7 @@ public:
   LMTRPluginEMEGFileConverter(const LMTRPluginEMEGFileConverter&) = delete;
   LMTRPluginEMEGFileConverter& operator=(const LMTRPluginEMEGFileConverter&) = delete;
 
-  // --- what a subclass may replace
-  // --------------------------------------------------------------------------
+  // --- what a subclass may replace ---
   /// The whole run, for hosts of at least the given version.
   virtual bool run(int32_t major, int32_t minor, int32_t revision);
   virtual bool buildOutputName();
@@ -36,8 +36,7 @@ public:
   virtual bool firstOutputHook() { return true; }
   virtual bool secondOutputHook() { return true; }
 
-  // --- state of the run
-  // -------------------------------------------------------------------------------------
+  // --- state of the run ---
   RunOptions options;
   RunValues values;
   ProgressLog log;
@@ -46,7 +45,7 @@ public:
   int32_t requiredMinorVersion = 0;
   int32_t requiredRevision = 0;
   PathBuffer inputPathBuffer;  ///< the CTC path that was chosen; chunk files are named after it
-  PathBuffer outputPathBuffer; ///< the same path; output files are named after it
+  PathBuffer outputPathBuffer; ///< the same path, then the output CTC's; output files are named after it
   InputRecording input;
   ChannelTable channels;
   ChannelSelection selection;
@@ -63,21 +62,18 @@ public:
   SinusoidTables sinusoidTables;
   CardiacStages cardiac;
 
-  // --- converter/steps: the run sequence
-  // --------------------------------------------------------------------
+  // --- converter/steps: the run sequence ---
   bool checkHostVersion(int32_t major, int32_t minor, int32_t revision);
   bool defineParameters();
 
-  // --- files/steps: input
-  // -----------------------------------------------------------------------------------
+  // --- files/steps: input ---
   bool chooseInputFiles(std::string& ctcPath);
   bool readChannelDescription(const std::string& ccdPath);
   void loadProtocols(const std::string& prtPath);
   bool openCtcFile(const std::string& ctcPath);
   void completeChannelRecords();
 
-  // --- converter/steps: parameter dialogues
-  // -----------------------------------------------------------------
+  // --- converter/steps: parameter dialogues ---
   bool askParameters();
   bool askChannelChoice();
   bool buildChannelLists();
@@ -94,17 +90,16 @@ public:
   bool deriveSampleSpan();
   bool checkRunIsPossible();
 
-  // --- converter/steps: what follows from the answers ------------------------------------------------------
+  // --- converter/steps: what follows from the answers ---
   bool computeChunkLayout();
   bool checkOutputPath();
   bool createChunks();
-  bool checkInputIsComplete();
+  int64_t nrOfMissingTimePoints() const;
   bool fillChunk(int chunk, std::vector<float>& chunkSamples);
   bool fillFromBlocks(int chunk, std::vector<float>& chunkSamples);
   bool fillFromChannels(int64_t start, int64_t count, std::vector<float>& chunkSamples);
 
-  // --- artifacts/steps: the correction
-  // ----------------------------------------------------------------------
+  // --- artifacts/steps: the correction ---
   bool processChannels();
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);
   bool writeProtocols();

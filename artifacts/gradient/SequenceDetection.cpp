@@ -49,7 +49,8 @@ private:
 };
 
 /// Seconds per volume from the slices of two volumes far apart.
-double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts, bool hasVolumeGaps, double fs) {
+double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts, bool hasVolumeGaps,
+                             double fs) {
   const int64_t spv = counts.nrOfSlicesPerVolume;
   int64_t firstVolume = 0;
   int64_t lastVolume = counts.nrOfVolumes - 1;
@@ -67,15 +68,15 @@ double measureVolumeDuration(const BurstDelay& delays, const SliceCounts& counts
   return seconds.mean();
 }
 
-/// Seconds per slice: within every volume, from its second to its second last slice gap. A burst that the end of the
-/// recording cuts off is left out.
+/// Seconds per slice: within every volume, from its second to its second last slice gap. A burst that the end
+/// of the recording cuts off is left out.
 double measureSliceDuration(const BurstDelay& delays, const SliceCounts& counts, double fs) {
   const int64_t spv = counts.nrOfSlicesPerVolume;
   MeanOfMeasured seconds;
   for (int64_t v = 0; v < counts.nrOfVolumes; ++v) {
     seconds.add(
-        delays.measureBurstDelay(spv * v + counts.firstSlice + 1, spv * (v + 1) + counts.firstSlice - 2) / fs /
-        static_cast<double>(spv - 3));
+        delays.measureBurstDelay(spv * v + counts.firstSlice + 1, spv * (v + 1) + counts.firstSlice - 2) /
+        fs / static_cast<double>(spv - 3));
   }
   return seconds.mean();
 }
@@ -91,7 +92,9 @@ MRSequence detectMRSequence(const SplinedSignal& signal, double samplingFrequenc
   const double fs = samplingFrequency;
   log("Automatic detection of MR sequence parameters");
 
-  const int64_t minimalQuietLength = static_cast<int64_t>(std::floor(0.01 * fs));
+  // No run is longer than the signal.
+  const auto minimalQuietLength =
+      static_cast<int64_t>(std::min(std::floor(0.01 * fs), static_cast<double>(signal.nrOfSamples)));
   std::vector<QuietRun> runs;
   {
     const std::vector<double> envelope = bandEnvelope(signal, fs, log2FftLength);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace emeg {
@@ -142,10 +143,11 @@ private:
                      static_cast<int64_t>(segment_.size()), segment_.data());
   }
 
-  /// Ends the template: the weighted mean goes into the estimate. Without neighbours there is no template.
+  /// Ends the template: the weighted mean goes into the estimate. Without neighbours, or where they are so
+  /// far away that their weights vanish, there is no template.
   template <typename Weight>
   void subtractInto(const Weight& weightAt) {
-    if (!(weightSum_ > 0)) return;
+    if (!(weightSum_ >= std::numeric_limits<double>::min())) return;
     const double scale = 1 / weightSum_;
     const int64_t from = std::max<int64_t>(window_.first(), 0);
     const int64_t to = std::min(window_.end, signal_.nrOfSamples - 1);

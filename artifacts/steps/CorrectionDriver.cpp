@@ -20,6 +20,11 @@ FilterResponse singleEdge(EdgeKind kind, double hz, double samplingInterval, int
   return makeFilterResponse(stages, log2FftLength);
 }
 
+/// Rounded down; beyond any recording's length the exact value does not matter.
+int64_t wholeSamples(double count) {
+  return static_cast<int64_t>(std::min(std::floor(count), 4e18));
+}
+
 } // namespace
 
 bool LMTRPluginEMEGFileConverter::processChannels() {
@@ -79,13 +84,13 @@ void CorrectionDriver::allocateBuffers() {
 
   int64_t longestKnotRow = samples_;
   if (c_.switches.anyArtifactCorrection) {
-    buffers_.restStep = static_cast<int64_t>(std::floor(fs * restSeconds));
+    buffers_.restStep = wholeSamples(fs * restSeconds);
     buffers_.restLength = (samples_ - 1) / buffers_.restStep + 1;
   }
   if (c_.switches.correctBCG) {
     buffers_.lowFrequencyRest.assign(nrOfChannels,
                                      std::vector<double>(static_cast<size_t>(buffers_.restLength)));
-    buffers_.bcgStep = std::max<int64_t>(static_cast<int64_t>(std::floor(fs / bcgTargetRate)), 1);
+    buffers_.bcgStep = std::max<int64_t>(wholeSamples(fs / bcgTargetRate), 1);
     buffers_.bcgLength = (samples_ - 1) / buffers_.bcgStep + 1;
     buffers_.bcgRate = static_cast<float>(fs / static_cast<double>(buffers_.bcgStep));
     buffers_.bcgInterval = 1 / buffers_.bcgRate;

@@ -13,19 +13,4 @@ struct RunValues {
   std::string outputSuffix; ///< what buildOutputName made of the options, such as "_GRA"
 };
 
-/// A path from which other names are made by replacing its last four characters (".ctc").
-struct PathBuffer {
-  std::string path;
-
-  std::string withEnding(const std::string& ending) const {
-    return path.substr(0, path.size() < 4 ? 0 : path.size() - 4) + ending;
-  }
-};
-
-/// The part of a path behind its last '/' or '\\'.
-inline std::string namePartOf(const std::string& path) {
-  const size_t separator = path.find_last_of("/\\");
-  return separator == std::string::npos ? path : path.substr(separator + 1);
-}
-
 } // namespace emeg

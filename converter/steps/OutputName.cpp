@@ -27,13 +27,13 @@ bool LMTRPluginEMEGFileConverter::buildOutputName() {
     if (switches.correctBCG) suffix += "_BCG";
     if (switches.correctOcular) suffix += "_OCU";
   }
+  outputPathBuffer.setEnding(suffix + ".ctc");
   return true;
 }
 
 bool LMTRPluginEMEGFileConverter::checkOutputPath() {
-  const std::string outputPath = outputPathBuffer.withEnding(values.outputSuffix + ".ctc");
-  if (outputPath != inputPathBuffer.path) return true;
-  return showError("The output file would replace the input file " + inputPathBuffer.path +
+  if (outputPathBuffer.path() != inputPathBuffer.path()) return true;
+  return showError("The output file would replace the input file " + inputPathBuffer.path() +
                    ".<br>Choose an option that changes the output name.");
 }
 

@@ -3,6 +3,7 @@
 #include "converter/steps/MachineResources.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace emeg {
 
@@ -53,10 +54,15 @@ MachineResources neededResources(const LMTRPluginEMEGFileConverter& converter) {
 } // namespace
 
 bool LMTRPluginEMEGFileConverter::checkRunIsPossible() {
+  // A header that promises far more than the file holds would only seem to need more memory than there is.
+  if (2 * nrOfMissingTimePoints() > input.nrOfTimePoints) {
+    errno = 0;
+    return reportFileError("Error reading file: ");
+  }
   if (switches.anyArtifactCorrection && values.samplingFrequency < lowestCorrectableFrequency) {
     return showError(
         formatText("The sampling frequency of %s is %g Hz: artifact correction needs at least %.0f Hz.",
-                   inputPathBuffer.path.c_str(), values.samplingFrequency, lowestCorrectableFrequency));
+                   inputPathBuffer.path().c_str(), values.samplingFrequency, lowestCorrectableFrequency));
   }
   if (filters.stagesOverflowed) {
     return showError(formatText("The filters have more than %d edges (every notch has two).<br>"
@@ -69,10 +75,10 @@ bool LMTRPluginEMEGFileConverter::checkRunIsPossible() {
   }
   if (span.log2FftLength > largestLog2FftLength) {
     return showError(formatText("The recording %s is too long: %.0f time points can be filtered at the most.",
-                                inputPathBuffer.path.c_str(), 2147483648.0));
+                                inputPathBuffer.path().c_str(), 2147483648.0));
   }
   const std::string shortage = describeShortage(
-      neededResources(*this), availableResources(inputPathBuffer.path), inputPathBuffer.path);
+      neededResources(*this), availableResources(inputPathBuffer.path()), inputPathBuffer.path());
   return shortage.empty() || showError(shortage);
 }
 

@@ -3,12 +3,11 @@
 #include "converter/steps/PowerOfTen.h"
 #include "plugin/bridge/HostFunctions.h"
 
-#include <cmath>
-
 namespace emeg {
 
 namespace {
-constexpr int maxScalingOrder = 10;
+constexpr int maxScalingOrder = 10; // of the question; the dialogue may hold more
+constexpr int maxPowerOfTen = 308;  // of a double
 } // namespace
 
 double powerOfTen(int32_t order) {
@@ -35,9 +34,10 @@ bool LMTRPluginEMEGFileConverter::askScalingAndReference() {
       scalingOrder = host::integerInput(prompt.c_str(), 0, 0, maxScalingOrder);
       if (scalingOrder < 0) return abortRun(log);
     }
-    if (!std::isfinite(powerOfTen(scalingOrder)))
-      return showError(
-          formatText("The scaling order %d is too large: use at most %d.", scalingOrder, maxScalingOrder));
+    if (scalingOrder > maxPowerOfTen) {
+      return showError(formatText("The scaling order %d is too large: 10^%d is the largest factor.",
+                                  scalingOrder, maxPowerOfTen));
+    }
   }
 
   if (options.offerAverageReference && options.isEEG) {

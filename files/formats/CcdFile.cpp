@@ -46,10 +46,10 @@ std::string textIn(std::span<const unsigned char> field) {
   return std::string(field.begin(), std::find(field.begin(), field.end(), 0));
 }
 
-/// The last byte of the field stays a terminator.
+/// The text and one terminator; what lies behind them is carried through.
 void putText(std::span<unsigned char> field, const std::string& text) {
-  std::fill(field.begin(), field.end(), static_cast<unsigned char>(0));
-  std::copy_n(text.begin(), std::min(text.size(), field.size() - 1), field.begin());
+  const auto end = std::copy_n(text.begin(), std::min(text.size(), field.size() - 1), field.begin());
+  *end = 0;
 }
 
 /// Records are read one by one, so that memory follows the size of the file and not the count in its header.

@@ -20,7 +20,7 @@ public:
 
   std::string ctcFileName() const;
   std::string prtFileName() const;
-  /// Names longer than 255 bytes are cut; bytes behind the terminator become 0.
+  /// Names longer than 255 bytes are cut; bytes behind the terminator stay what they are.
   void setCtcFileName(const std::string& name);
   void setPrtFileName(const std::string& name);
 

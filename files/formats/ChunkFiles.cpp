@@ -39,8 +39,9 @@ std::string ChunkFiles::pathOf(int chunk) const {
 bool ChunkFiles::create(int chunk) {
   if (!isChunk(chunk)) return false;
   const auto index = static_cast<size_t>(chunk);
-  if (!files_[index].createForUpdate(pathOf(chunk))) return false;
-  createdPaths_[index] = pathOf(chunk);
+  std::string path = pathOf(chunk); // kept: removing the file must not need memory
+  if (!files_[index].createForUpdate(path)) return false;
+  createdPaths_[index].swap(path);
   return true;
 }
 

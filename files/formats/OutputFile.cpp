@@ -6,6 +6,18 @@
 
 namespace emeg {
 
+namespace {
+
+constexpr size_t longestFileName = 255;
+
+std::string temporaryPathOf(const std::string& finalPath) {
+  const std::string ending = ".part";
+  const size_t nameStart = finalPath.find_last_of("/\\") + 1; // 0 without a separator
+  return finalPath.substr(0, nameStart + longestFileName - ending.size()) + ending;
+}
+
+} // namespace
+
 OutputFile::~OutputFile() {
   discard();
 }
@@ -27,7 +39,8 @@ bool OutputFile::create(const std::string& finalPath) {
     return false;
   }
   finalPath_ = finalPath;
-  if (file_.create(temporaryPath())) return true;
+  temporaryPath_ = temporaryPathOf(finalPath);
+  if (file_.create(temporaryPath_)) return true;
   finalPath_.clear();
   return false;
 }
@@ -37,7 +50,7 @@ bool OutputFile::commit() {
     errno = EBADF;
     return false;
   }
-  if (!file_.close() || std::rename(temporaryPath().c_str(), finalPath_.c_str()) != 0) {
+  if (!file_.close() || std::rename(temporaryPath_.c_str(), finalPath_.c_str()) != 0) {
     discard();
     return false;
   }
@@ -49,7 +62,7 @@ void OutputFile::discard() {
   if (finalPath_.empty()) return;
   const int reason = errno;
   file_.close();
-  std::remove(temporaryPath().c_str());
+  std::remove(temporaryPath_.c_str());
   finalPath_.clear();
   errno = reason;
 }

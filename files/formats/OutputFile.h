@@ -7,8 +7,9 @@
 namespace emeg {
 
 /// An output file that appears under its final name only when it is complete: it is written as "<name>.part"
-/// in the same folder and renamed by commit(); whatever was not committed is removed by the destructor. An
-/// older file of the final name is replaced by commit(), and stays untouched until then.
+/// in the same folder (a name too long for that loses its end) and renamed by commit(); whatever was not
+/// committed is removed by the destructor. An older file of the final name is replaced by commit(), and stays
+/// untouched until then.
 class OutputFile {
 public:
   OutputFile() = default;
@@ -27,9 +28,9 @@ public:
   bool commit();
 
 private:
-  std::string temporaryPath() const { return finalPath_ + ".part"; }
   void discard();
   std::string finalPath_;
+  std::string temporaryPath_; ///< made early: removing the file must not need memory
   BinaryFile file_;
 };
 

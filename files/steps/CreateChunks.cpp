@@ -24,7 +24,10 @@ bool readBlock(BinaryFile& file, int64_t fileSize, int64_t byteOffset, int bytes
 
 bool LMTRPluginEMEGFileConverter::createChunks() {
   if (!switches.processingNeeded) return true;
-  if (input.multiplexedInput && !checkInputIsComplete()) return false;
+  if (nrOfMissingTimePoints() > 0) {
+    log.logProgress("Input file ends early: %d of %d time points are missing and were set to 0.",
+                    static_cast<int>(nrOfMissingTimePoints()), static_cast<int>(input.nrOfTimePoints));
+  }
 
   const int64_t perChunk = span.timePointsPerChunk;
   chunkFiles.setLayout(inputPathBuffer.withEnding(""), perChunk, selection.nrOfSelectedChannels);
@@ -42,19 +45,12 @@ bool LMTRPluginEMEGFileConverter::createChunks() {
   return true;
 }
 
-/// A file that ends early is completed with zeros, unless most of it is missing.
-bool LMTRPluginEMEGFileConverter::checkInputIsComplete() {
+/// Time points that the header counts and the file does not hold whole.
+int64_t LMTRPluginEMEGFileConverter::nrOfMissingTimePoints() const {
+  if (!input.multiplexedInput) return 0; // a short read says so
   const int64_t bytesPerTimePoint = int64_t{channels.nrOfChannels} * input.bytesPerSample;
   const int64_t there = std::max<int64_t>(input.fileSize - input.dataOffset, 0) / bytesPerTimePoint;
-  const int64_t missing = input.nrOfTimePoints - there;
-  if (missing <= 0) return true;
-  if (2 * missing > input.nrOfTimePoints) {
-    errno = 0;
-    return reportFileError(cannotRead);
-  }
-  log.logProgress("Input file ends early: %d of %d time points are missing and were set to 0.",
-                  static_cast<int>(missing), static_cast<int>(input.nrOfTimePoints));
-  return true;
+  return std::max<int64_t>(input.nrOfTimePoints - there, 0);
 }
 
 /// Fills the selected channels' samples of one chunk. Positions behind the processed range keep what they

@@ -24,8 +24,6 @@ std::string withoutExtension(const std::string& path) {
   return dot == std::string::npos ? path : path.substr(0, path.size() - name.size() + dot);
 }
 
-constexpr size_t extensionLength = 4; // ".ctc"
-
 } // namespace
 
 bool LMTRPluginEMEGFileConverter::openInput() {
@@ -76,10 +74,10 @@ void LMTRPluginEMEGFileConverter::loadProtocols(const std::string& prtPath) {
 
 bool LMTRPluginEMEGFileConverter::openCtcFile(const std::string& ctcPath) {
   constexpr const char* cannotOpen = "Error accessing CTC file.";
-  inputPathBuffer.path = ctcPath;
-  outputPathBuffer.path = ctcPath;
+  inputPathBuffer = PathBuffer(ctcPath);
+  outputPathBuffer = PathBuffer(ctcPath);
   if (!input.ctcFile.openForReading(ctcPath)) return reportFileError(cannotOpen);
-  if (ctcPath.size() < extensionLength) {
+  if (ctcPath.size() < PathBuffer::endingLength) {
     errno = EINVAL;
     return reportFileError(cannotOpen);
   }

@@ -35,7 +35,7 @@ bool LMTRPluginEMEGFileConverter::writeProtocol(Protocol& protocol) {
   if (protocol.interactive && !customiseProtocol(protocol, labels, delaysUs)) return false;
 
   const std::string text =
-      formatProtocol(protocol, inputPathBuffer.path,
+      formatProtocol(protocol, inputPathBuffer.path(),
                      timeFactorOf(protocol.resolutionOfTime, values.samplingFrequency), labels, delaysUs);
   if (!file.write(text.data(), text.size()) || !file.commit()) return reportFileError("Error writing file: ");
   if (protocol.name.empty()) channels.channelDescription.header.setPrtFileName(namePartOf(path));

@@ -146,7 +146,7 @@ TEST_F(BrokenInput, FileNamesThatFillTheirFieldsAreCutAtTheirLastByte) {
   QuietConverter converter;
   host.fileAnswers = {path("run1.ccd")};
   EXPECT_FALSE(converter.openInput());
-  EXPECT_EQ(converter.inputPathBuffer.path, path(std::string(255, 'n')));
+  EXPECT_EQ(converter.inputPathBuffer.path(), path(std::string(255, 'n')));
 }
 
 TEST_F(BrokenInput, ASamplingFrequencyThatIsNotFiniteAndPositiveEndsTheRun) {

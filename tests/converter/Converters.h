@@ -62,9 +62,10 @@ struct ChosenRecording {
 /// A converter whose recording is there without any file: the parameter dialogues alone.
 template <typename Converter>
 void pretendInput(Converter& converter, int nrOfChannels, int64_t nrOfTimePoints, double samplingFrequency) {
-  converter.inputPathBuffer.path = "run1.ctc";
-  converter.outputPathBuffer.path = "run1.ctc";
+  converter.inputPathBuffer = PathBuffer("run1.ctc");
+  converter.outputPathBuffer = PathBuffer("run1.ctc");
   converter.input.nrOfTimePoints = nrOfTimePoints;
+  converter.input.fileSize = nrOfTimePoints * nrOfChannels * converter.input.bytesPerSample;
   converter.values.samplingFrequency = samplingFrequency;
   converter.values.samplingInterval = 1 / samplingFrequency;
   converter.channels.nrOfChannels = nrOfChannels;

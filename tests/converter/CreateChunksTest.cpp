@@ -209,8 +209,8 @@ public:
   bool openInput() override {
     const Recording whole = countingRecording(3, 120);
     pretendInput(*this, 3, 120, 100);
-    inputPathBuffer.path = folder_.path("run1.ctc");
-    outputPathBuffer.path = folder_.path("run1.ctc");
+    inputPathBuffer = PathBuffer(folder_.path("run1.ctc"));
+    outputPathBuffer = PathBuffer(folder_.path("run1.ctc"));
     input.inputSampleFormat = SampleFormat::Float32;
     input.fileSize = 1000000;
     chunkLayout.nrOfSourceChunks = 3;

@@ -46,8 +46,8 @@ TEST_F(OpenInput, ShowsThreeDialoguesAndRepaintsAfterTheOneThatChoseAFile) {
   host.fileAnswers = {"", "", path("run1.ctc")};
   EXPECT_TRUE(converter.openInput());
   EXPECT_EQ(host.calls, (Lines{ccdDialogue, prtDialogue, ctcDialogue, "update"}));
-  EXPECT_EQ(converter.inputPathBuffer.path, path("run1.ctc"));
-  EXPECT_EQ(converter.outputPathBuffer.path, path("run1.ctc"));
+  EXPECT_EQ(converter.inputPathBuffer.path(), path("run1.ctc"));
+  EXPECT_EQ(converter.outputPathBuffer.path(), path("run1.ctc"));
   EXPECT_FALSE(converter.protocolList.prtPresent);
 }
 
@@ -62,7 +62,7 @@ TEST_F(OpenInput, ShowsOnlyTheFirstDialogueWhenACcdIsChosen) {
   writeFile(path("run1.ccd"), ccdBytes("run1.ctc", "", 3));
   EXPECT_TRUE(openCcd(path("run1.ccd")));
   EXPECT_EQ(host.calls, (Lines{ccdDialogue, "update"}));
-  EXPECT_EQ(converter.inputPathBuffer.path, path("run1.ctc"));
+  EXPECT_EQ(converter.inputPathBuffer.path(), path("run1.ctc"));
   EXPECT_EQ(converter.channels.channelDescription.channelRecords[2].name(), "Electrode3");
   EXPECT_TRUE(converter.channels.channelDescription.channelRecords[2].good());
 }
@@ -79,7 +79,7 @@ TEST_F(OpenInput, LooksBesideTheCcdForTheNamesThatItRecords) {
   writeFile(path("moved/stimuli.prt"), protocolText("usec", {"A\r\n1\r\n10 20\r\n1 2 3"}));
   writeFile(path("moved/run1.ccd"), ccdBytes("other.ctc", "stimuli.prt", 2));
   EXPECT_TRUE(openCcd(path("moved/run1.ccd")));
-  EXPECT_EQ(converter.inputPathBuffer.path, path("moved/other.ctc"));
+  EXPECT_EQ(converter.inputPathBuffer.path(), path("moved/other.ctc"));
   EXPECT_EQ(converter.input.nrOfTimePoints, 20);
   EXPECT_TRUE(converter.protocolList.prtPresent);
   ASSERT_EQ(converter.protocolList.protocols.size(), 1u);
@@ -90,7 +90,7 @@ TEST_F(OpenInput, TakesABackslashForASeparatorToo) {
   writeFile(path("sub\\run1.ccd"), ccdBytes("run2.ctc", "", 2));
   writeFile(path("sub\\run2.ctc"), countingRecording(2, 20).bytes());
   EXPECT_TRUE(openCcd(path("sub\\run1.ccd")));
-  EXPECT_EQ(converter.inputPathBuffer.path, path("sub\\run2.ctc"));
+  EXPECT_EQ(converter.inputPathBuffer.path(), path("sub\\run2.ctc"));
 }
 
 TEST_F(OpenInput, ACcdWithoutPrtNameStillSetsPrtPresent) {
@@ -108,7 +108,7 @@ TEST_F(OpenInput, OpensPathsOfAnyLength) {
   writeFile(deep + "/run1.ctc", countingRecording(2, 20).bytes());
   writeFile(deep + "/run1.ccd", ccdBytes("run1.ctc", "", 2));
   EXPECT_TRUE(openCcd(deep + "/run1.ccd"));
-  EXPECT_EQ(converter.inputPathBuffer.path, deep + "/run1.ctc");
+  EXPECT_EQ(converter.inputPathBuffer.path(), deep + "/run1.ctc");
 }
 
 TEST_F(OpenInput, ReadsTheHeaderFields) {

@@ -13,7 +13,7 @@ using Lines = std::vector<std::string>;
 struct WriteCcd : ::testing::Test {
   WriteCcd() {
     pretendInput(converter, 4, 1000, 100);
-    converter.outputPathBuffer.path = folder.path("run1.ctc");
+    converter.outputPathBuffer = PathBuffer(folder.path("run1.ctc"));
     converter.values.outputSuffix = "_x";
     converter.values.intervalStartMs = 100;
     converter.values.intervalEndMs = 2500.5f;

@@ -32,8 +32,8 @@ std::string head(const std::string& resolution, const std::string& experiment, i
 struct WriteProtocols : ::testing::Test {
   WriteProtocols() {
     pretendInput(converter, 2, 1000, 100);
-    converter.inputPathBuffer.path = folder.path("run1.ctc");
-    converter.outputPathBuffer.path = folder.path("run1.ctc");
+    converter.inputPathBuffer = PathBuffer(folder.path("run1.ctc"));
+    converter.outputPathBuffer = PathBuffer(folder.path("run1.ctc"));
     converter.values.outputSuffix = "_GRA";
     converter.values.intervalStartMs = 0;
     converter.values.intervalEndMs = 10000;

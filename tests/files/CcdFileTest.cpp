@@ -108,14 +108,17 @@ TEST(CcdHeader, CountsKeepTheirLow16Bits) {
   EXPECT_EQ(header.decimationFactor(), 65535);
 }
 
-TEST(CcdHeader, LongNamesAreCutAndTheRestOfTheFieldCleared) {
+TEST(CcdHeader, LongNamesAreCutAndBytesBehindTheTerminatorStayWhatTheyAre) {
   CcdHeader header;
   header.setPrtFileName("kept");
   header.setCtcFileName(std::string(1000, 'a'));
   EXPECT_EQ(header.ctcFileName(), std::string(255, 'a'));
   EXPECT_EQ(header.prtFileName(), "kept");
   header.setCtcFileName("b");
-  for (size_t i = 2; i <= 256; ++i) EXPECT_EQ(header.bytes[i], 0) << i;
+  EXPECT_EQ(header.ctcFileName(), "b");
+  EXPECT_EQ(header.bytes[2], 0);
+  for (size_t i = 3; i <= 255; ++i) EXPECT_EQ(header.bytes[i], 'a') << i;
+  EXPECT_EQ(header.bytes[256], 0);
 }
 
 TEST(CcdHeader, FlagsAreSetEachInItsOwnByte) {

@@ -76,7 +76,7 @@ HostRunResult HostRun::run(const std::optional<std::string>& answers, const std:
   write(folder / "typed.txt", typed);
 
   ChildProcess host;
-  host.program = EMEG_LUMETRA_PROGRAM;
+  host.program = program.empty() ? std::filesystem::path(EMEG_LUMETRA_PROGRAM) : program;
   host.arguments = {std::filesystem::absolute(plugin).string(), "--transcript", transcript.string()};
   if (answers) {
     write(folder / "answers.json", *answers);

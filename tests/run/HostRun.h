@@ -39,6 +39,8 @@ struct HostRun {
   std::map<std::string, std::string> environment;
   /// Called in the new process before the host starts, for limits and privileges.
   std::function<void()> beforeStart;
+  /// A copy of the host to run instead of the one that was built.
+  std::filesystem::path program = {};
 
   /// A run with these answers (host/README.md describes them).
   HostRunResult withAnswers(const nlohmann::json& answers) const;

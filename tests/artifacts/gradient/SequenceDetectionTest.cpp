@@ -147,8 +147,8 @@ TEST(SequenceDetection, CountsInNoiseLikeThePlainVersion) {
   for (const uint64_t seed : {1, 2, 3, 4}) {
     BurstTrain train = BurstTrain::withGaps();
     train.seed = seed;
-    const LiteralDetection literal =
-        literalDetectMRSequence(train.noise(), train.samplingFrequency, literalLog2Length(train.nrOfTimePoints() + 10));
+    const LiteralDetection literal = literalDetectMRSequence(train.noise(), train.samplingFrequency,
+                                                             literalLog2Length(train.nrOfTimePoints() + 10));
     EXPECT_EQ(upToTheCounts(detect(train.noise(), train.samplingFrequency).log), upToTheCounts(literal.log));
   }
 }

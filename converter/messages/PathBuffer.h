@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+namespace emeg {
+
+/// A path that remembers the position four characters before its end, where ".ctc" stands, and from which
+/// other names are made by writing over that position.
+class PathBuffer {
+public:
+  PathBuffer() = default;
+  explicit PathBuffer(const std::string& path)
+      : path_(path), endingAt_(path.size() < endingLength ? 0 : path.size() - endingLength) {}
+
+  const std::string& path() const { return path_; }
+  /// The name that another ending makes; the path itself stays.
+  std::string withEnding(const std::string& ending) const { return path_.substr(0, endingAt_) + ending; }
+  /// Turns the path into that name. The remembered position stays.
+  void setEnding(const std::string& ending) { path_ = withEnding(ending); }
+
+  static constexpr size_t endingLength = 4;
+
+private:
+  std::string path_;
+  size_t endingAt_ = 0;
+};
+
+/// The part of a path behind its last '/' or '\\'.
+inline std::string namePartOf(const std::string& path) {
+  const size_t separator = path.find_last_of("/\\");
+  return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+} // namespace emeg
