@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -44,14 +43,22 @@ std::optional<int> floorOf(const std::string& path) {
   return level;
 }
 
+/// The name between the quotes of an include line; nothing for any other line.
+std::optional<std::string> quotedInclude(const std::string& line) {
+  const size_t word = line.find("include \"");
+  if (line.find_first_not_of(' ') != line.find('#') || word == std::string::npos) return std::nullopt;
+  const size_t start = line.find('"', word) + 1;
+  const size_t end = line.find('"', start);
+  if (end == std::string::npos) return std::nullopt;
+  return line.substr(start, end - start);
+}
+
 std::vector<std::string> projectIncludesOf(const fs::path& file) {
-  static const std::regex include("^\\s*#\\s*include\\s*\"([^\"]+)\"");
   std::ifstream stream(file);
   std::vector<std::string> names;
   std::string line;
-  std::smatch match;
   while (std::getline(stream, line))
-    if (std::regex_search(line, match, include)) names.push_back(match[1]);
+    if (const auto name = quotedInclude(line)) names.push_back(*name);
   return names;
 }
 
@@ -69,6 +76,13 @@ std::vector<std::string> sourceFiles() {
 }
 
 } // namespace
+
+TEST(Includes, AreReadFromTheLinesThatHoldThem) {
+  EXPECT_EQ(quotedInclude("#include \"dsp/RealFFT.h\""), "dsp/RealFFT.h");
+  EXPECT_EQ(quotedInclude("  #include \"a.h\" // why"), "a.h");
+  EXPECT_EQ(quotedInclude("#include <vector>"), std::nullopt);
+  EXPECT_EQ(quotedInclude("// #include \"a.h\""), std::nullopt);
+}
 
 TEST(Includes, EveryIncludeOfTheProjectIsWrittenFromItsRootAndExists) {
   const std::vector<std::string> files = sourceFiles();
