@@ -130,6 +130,25 @@ TEST(SinglePass, TheSplitAtOneHertzAloneGivesTheChannelBack) {
       ASSERT_NEAR(output.samples[c][t], recording.samples[c][t], 2e-5) << c << " " << t;
 }
 
+// The ocular stage has a place in the run and no body: switched on it changes nothing and stops nothing.
+TEST(SinglePass, TheOcularStageLeavesTheChannelAsItIs) {
+  const Recording recording = wavyRecording(2, 1500, 250);
+  ChosenRecording chosen(recording);
+  AdjustedConverter converter;
+  converter.options.correctArtifacts = true;
+  converter.adjust = [](AdjustedConverter& c) {
+    c.switches.correctGradient = false;
+    c.switches.correctOcular = true;
+  };
+  chosen.host.integerAnswers = {1};
+  chosen.host.yesNoAnswers = {1};
+  ASSERT_TRUE(converter.start());
+  const Recording output = readOutput(chosen.folder.path("run1_GRA.ctc"));
+  for (size_t c = 0; c < 2; ++c)
+    for (size_t t = 0; t < 1500; ++t)
+      ASSERT_NEAR(output.samples[c][t], recording.samples[c][t], 2e-5) << c << " " << t;
+}
+
 TEST(SinglePass, TheRestIsTakenFromTheStartOfTheBufferNotOfTheInterval) {
   // With a margin in front of the interval, high-passed signal and rest are five samples apart: the kept
   // alignment. Without any correction between them the buffer's own samples come back.

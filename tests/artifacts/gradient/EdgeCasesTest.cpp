@@ -1,6 +1,7 @@
 #include "artifacts/gradient/BurstDelay.h"
 #include "artifacts/gradient/FirstTrigger.h"
 #include "artifacts/gradient/SequenceDetection.h"
+#include "artifacts/gradient/SliceCounts.h"
 #include "tests/artifacts/BurstTrain.h"
 #include "tests/artifacts/gradient/SplinedRecording.h"
 #include "tests/artifacts/reference/LiteralSequenceDetection.h"
@@ -66,6 +67,28 @@ TEST(FirstTrigger, IsTheFirstBurstWhereNoGapIsLeft) {
   sequence.volumeDuration = 10 * train.sliceDuration;
   // No gap is left between volumes: the first trigger is where the first burst was seen.
   EXPECT_EQ(firstTriggerInVolumeGaps(recording.view(), sequence, 3236.0, 2000.0), 3236.0 / 2000.0);
+}
+
+// One interval is much shorter than all others: the threshold lies between it and the next one, and all
+// others count as longer.
+TEST(SliceCounts, TakeTheMeanOfTheFirstTwoIntervalsWhereTheLargestJumpIsTheFirst) {
+  std::vector<double> signal(4000, 0.0);
+  std::vector<QuietRun> runs;
+  int64_t onset = 100;
+  for (const int64_t interval : {100, 100, 60, 100, 100, 100, 100}) {
+    for (int64_t t = 0; t < 40; ++t)
+      signal[static_cast<size_t>(onset + t)] = std::sin(0.3 * static_cast<double>(t)) * 100;
+    runs.push_back({onset - 20, 20});
+    onset += interval;
+  }
+  QuietBands bands;
+  bands.slice = {10, 30};
+  const SplinedRecording recording(signal);
+  const BurstDelay delays(recording.view(), runs, 2);
+  std::vector<std::string> log;
+  countContinuous(runs, bands, delays, 1000, [&](const std::string& line) { log.push_back(line); });
+  ASSERT_EQ(log.size(), 5u);
+  for (const std::string& line : log) EXPECT_NE(line.find(" / 0.0800000"), std::string::npos) << line;
 }
 
 TEST(BurstDelay, IsFoundToAThousandthOfASample) {
