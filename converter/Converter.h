@@ -95,6 +95,7 @@ public:
   bool checkOutputPath();
   bool createChunks();
   int64_t nrOfMissingTimePoints() const;
+  bool holdsSelectedChannels() const;
   bool fillChunk(int chunk, std::vector<float>& chunkSamples);
   bool fillFromBlocks(int chunk, std::vector<float>& chunkSamples);
   bool fillFromChannels(int64_t start, int64_t count, std::vector<float>& chunkSamples);

@@ -55,7 +55,7 @@ MachineResources neededResources(const LMTRPluginEMEGFileConverter& converter) {
 
 bool LMTRPluginEMEGFileConverter::checkRunIsPossible() {
   // A header that promises far more than the file holds would only seem to need more memory than there is.
-  if (2 * nrOfMissingTimePoints() > input.nrOfTimePoints) {
+  if (2 * nrOfMissingTimePoints() > input.nrOfTimePoints || !holdsSelectedChannels()) {
     errno = 0;
     return reportFileError("Error reading file: ");
   }

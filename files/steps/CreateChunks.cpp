@@ -45,12 +45,23 @@ bool LMTRPluginEMEGFileConverter::createChunks() {
   return true;
 }
 
-/// Time points that the header counts and the file does not hold whole.
+/// Time points that the header counts and a multiplexed file does not hold whole.
 int64_t LMTRPluginEMEGFileConverter::nrOfMissingTimePoints() const {
-  if (!input.multiplexedInput) return 0; // a short read says so
+  if (!input.multiplexedInput) return 0;
   const int64_t bytesPerTimePoint = int64_t{channels.nrOfChannels} * input.bytesPerSample;
   const int64_t there = std::max<int64_t>(input.fileSize - input.dataOffset, 0) / bytesPerTimePoint;
   return std::max<int64_t>(input.nrOfTimePoints - there, 0);
+}
+
+/// A file that stores channel after channel must hold each of them to its end: what is missing cannot be told
+/// from the next channel.
+bool LMTRPluginEMEGFileConverter::holdsSelectedChannels() const {
+  if (input.multiplexedInput) return true;
+  const int64_t bytesPerChannel = (span.lastProcessedTimePoint + 1) * input.bytesPerSample;
+  return std::all_of(
+      selection.selectedChannels.begin(), selection.selectedChannels.end(), [&](int32_t channel) {
+        return input.channelDataOffsets[static_cast<size_t>(channel)] + bytesPerChannel <= input.fileSize;
+      });
 }
 
 /// Fills the selected channels' samples of one chunk. Positions behind the processed range keep what they
