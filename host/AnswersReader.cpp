@@ -33,7 +33,12 @@ private:
 
   bool hasOnly(const Json& object, const std::string& where, std::initializer_list<const char*> known) {
     std::string names;
-    for (const char* name : known) names += std::string(names.empty() ? "" : ", ") + '"' + name + '"';
+    for (const char* name : known) {
+      if (!names.empty()) names += ", ";
+      names += '"';
+      names += name;
+      names += '"';
+    }
     if (!object.is_object()) return refuse(where + " must be an object with keys out of " + names);
     for (const auto& item : object.items()) {
       bool isKnown = false;
@@ -146,7 +151,7 @@ std::optional<Answers> Answers::parse(const nlohmann::json& document, std::strin
 }
 
 std::optional<Answers> Answers::load(const std::filesystem::path& file, std::string& problem) {
-  constexpr std::size_t mostBytes = 1024 * 1024;
+  constexpr std::size_t mostBytes = std::size_t{1024} * 1024;
   const auto refuse = [&](const std::string& reason) -> std::optional<Answers> {
     problem = "the answers file " + file.string() + " " + reason;
     return std::nullopt;

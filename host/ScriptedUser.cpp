@@ -46,7 +46,7 @@ std::optional<Answer> ScriptedUser::take(const std::string& prompt, const Answer
   }
   if (given->is_null()) return std::nullopt;
   if (*given == "default") return defaultAnswer;
-  const std::optional<Answer> answer = convert(*given);
+  std::optional<Answer> answer = convert(*given);
   if (!answer)
     note("the answer to " + excerpt(prompt) + " should be " + kind + "; the question counts as cancelled");
   return answer;
@@ -81,14 +81,14 @@ std::optional<float> ScriptedUser::real(const std::string& prompt, float default
 }
 
 std::optional<std::string> ScriptedUser::text(const std::string& prompt, const std::string& defaultText) {
-  const std::optional<std::string> answer = take<std::string>(prompt, defaultText, "a text", textIn);
+  std::optional<std::string> answer = take<std::string>(prompt, defaultText, "a text", textIn);
   show(textQuestion(prompt, defaultText), answer);
   return answer;
 }
 
 std::optional<std::string> ScriptedUser::openFile(const std::string& title, const std::string& pattern,
                                                   const std::string& description) {
-  const std::optional<std::string> answer = answers_.file(pattern);
+  std::optional<std::string> answer = answers_.file(pattern);
   show(fileQuestion(title, description), answer);
   return answer;
 }

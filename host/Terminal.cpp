@@ -72,7 +72,7 @@ std::optional<Answer> Terminal::ask(const std::string& shown, const std::optiona
     }
     if (line->empty()) return defaultAnswer;
     std::string reason;
-    const std::optional<Answer> answer = take(*line, reason);
+    std::optional<Answer> answer = take(*line, reason);
     if (answer) return answer;
     output_ << reason << " > " << std::flush;
   }
