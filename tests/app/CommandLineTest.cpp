@@ -62,7 +62,7 @@ TEST_P(BadOptions, AreRefusedWithAReasonAndWithoutFiles) {
   const ProgramRun run = runEmeg(arguments);
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, HasSubstr(GetParam().complaint));
-  EXPECT_THAT(folder.fileNames(), ElementsAre());
+  EXPECT_THAT(folder.names(), ElementsAre());
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -35,10 +35,10 @@ TEST(RecordingFiles, TheSameSeedGivesTheSameBytes) {
   const TestFolder b;
   ASSERT_EQ(runEmeg(simulate("both", a / "r.ctc", {"--seed", "5"})).status, 0);
   ASSERT_EQ(runEmeg(simulate("both", b / "r.ctc", {"--seed", "5"})).status, 0);
-  ASSERT_THAT(a.fileNames(),
+  ASSERT_THAT(a.names(),
               ElementsAre("r.ccd", "r.ctc", "r.prt", "r_clean.ctc", "r_pulse.ctc", "r_truth.json"));
-  ASSERT_EQ(a.fileNames(), b.fileNames());
-  for (const std::string& name : a.fileNames()) EXPECT_EQ(bytesOf(a / name), bytesOf(b / name)) << name;
+  ASSERT_EQ(a.names(), b.names());
+  for (const std::string& name : a.names()) EXPECT_EQ(bytesOf(a / name), bytesOf(b / name)) << name;
 }
 
 TEST(RecordingFiles, AnotherSeedGivesOtherSamples) {
@@ -219,7 +219,7 @@ TEST(RecordingFiles, ProtocolHoldsTwoConditionsInsideTheRecording) {
 TEST(RecordingFiles, SwitchesLeaveFilesOut) {
   const TestFolder folder;
   ASSERT_EQ(runEmeg(simulate("both", folder / "r.ctc", {"--no-ccd", "--no-prt", "--no-truth"})).status, 0);
-  EXPECT_THAT(folder.fileNames(), ElementsAre("r.ctc"));
+  EXPECT_THAT(folder.names(), ElementsAre("r.ctc"));
   ASSERT_EQ(runEmeg(simulate("gap", folder / "s.ctc", {"--no-prt", "--no-truth"})).status, 0);
   ChannelDescription description;
   ASSERT_EQ(readCcdFile(folder / "s.ccd", description), CcdReadResult::Ok);
@@ -235,7 +235,7 @@ TEST(RecordingFiles, ExistingFilesAreNotReplacedUnlessForced) {
     EXPECT_THAT(refused.err, HasSubstr(name));
     EXPECT_THAT(refused.err, HasSubstr("--force"));
     EXPECT_EQ(bytesOf(folder / name), "precious");
-    EXPECT_THAT(folder.fileNames(), ElementsAre(name));
+    EXPECT_THAT(folder.names(), ElementsAre(name));
     EXPECT_EQ(runEmeg(simulate("both", folder / "r.ctc", {"--force"})).status, 0);
     EXPECT_NE(bytesOf(folder / name), "precious");
   }
@@ -246,7 +246,7 @@ TEST(RecordingFiles, AFolderThatIsMissingIsReported) {
   const ProgramRun run = runEmeg(simulate("gap", folder / "missing/r.ctc"));
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("No such file or directory"));
-  EXPECT_THAT(folder.fileNames(), ElementsAre());
+  EXPECT_THAT(folder.names(), ElementsAre());
 }
 
 TEST(RecordingFiles, AFolderOfAFilesNameIsReportedAndNothingIsLeftBehind) {
@@ -255,7 +255,7 @@ TEST(RecordingFiles, AFolderOfAFilesNameIsReportedAndNothingIsLeftBehind) {
   const ProgramRun run = runEmeg(simulate("gap", folder / "r.ctc", {"--force"}));
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("r.prt"));
-  EXPECT_THAT(folder.fileNames(), ElementsAre("r.prt"));
+  EXPECT_THAT(folder.names(), ElementsAre("r.prt"));
 }
 
 TEST(RecordingFiles, AFullDiskIsReportedAndNothingIsLeftBehind) {
@@ -274,7 +274,7 @@ TEST(RecordingFiles, AFullDiskIsReportedAndNothingIsLeftBehind) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 42);
-    EXPECT_THAT(folder.fileNames(), ElementsAre());
+    EXPECT_THAT(folder.names(), ElementsAre());
   }
 }
 

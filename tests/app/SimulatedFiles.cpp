@@ -3,9 +3,7 @@
 #include "app/Program.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -22,25 +20,6 @@ double sampleAt(const std::string& bytes, size_t index) {
 }
 
 } // namespace
-
-TestFolder::TestFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "emeg-app-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = name;
-}
-
-TestFolder::~TestFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::vector<std::string> TestFolder::fileNames() const {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(path_))
-    names.push_back(entry.path().filename().string());
-  std::sort(names.begin(), names.end());
-  return names;
-}
 
 std::string bytesOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

@@ -1,29 +1,13 @@
 #pragma once
 
 #include "files/formats/CtcFile.h"
+#include "tests/TestFolder.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 namespace emeg {
-
-/// A folder for one test that goes with everything in it.
-class TestFolder {
-public:
-  TestFolder();
-  ~TestFolder();
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-
-  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-  /// Names of the files in it, sorted.
-  std::vector<std::string> fileNames() const;
-
-private:
-  std::string path_;
-};
 
 std::string bytesOf(const std::string& path);
 

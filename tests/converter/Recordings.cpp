@@ -11,30 +11,9 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <stdlib.h>
-
 namespace emeg {
 
 namespace fs = std::filesystem;
-
-TestFolder::TestFolder() {
-  std::string pattern = (fs::temp_directory_path() / "converterXXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = pattern;
-}
-
-TestFolder::~TestFolder() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
-}
-
-std::vector<std::string> TestFolder::names() const {
-  std::vector<std::string> found;
-  for (const fs::directory_entry& entry : fs::directory_iterator(path_))
-    found.push_back(entry.path().filename().string());
-  std::sort(found.begin(), found.end());
-  return found;
-}
 
 std::string Recording::sampleBytes() const {
   const auto sampleSize = static_cast<size_t>(bytesPerWrittenSample(dataType));

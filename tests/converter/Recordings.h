@@ -1,27 +1,12 @@
 #pragma once
 
+#include "tests/TestFolder.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace emeg {
-
-/// A new folder for one test, removed with everything in it. Paths within it end in no separator.
-class TestFolder {
-public:
-  TestFolder();
-  ~TestFolder();
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-
-  std::string path(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-  /// Names of the files and folders in it, sorted.
-  std::vector<std::string> names() const;
-
-private:
-  std::string path_;
-};
 
 using Channels = std::vector<std::vector<double>>; ///< [channel][time point]
 

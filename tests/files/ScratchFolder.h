@@ -1,34 +1,19 @@
 #pragma once
 
+#include "tests/TestFolder.h"
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
-#include <stdlib.h>
 #include <string>
 
 namespace emeg {
 
-/// An empty folder for one test, removed with everything in it.
-class ScratchFolder {
+/// A test's folder whose files are written and read as strings.
+class ScratchFolder : public TestFolder {
 public:
-  ScratchFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "emeg-files-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch folder");
-    folder_ = pattern;
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  bool has(const std::string& name) const { return std::filesystem::exists(folder_ / name); }
-  long nrOfEntries() const {
-    return std::distance(std::filesystem::directory_iterator(folder_), std::filesystem::directory_iterator());
-  }
+  bool has(const std::string& name) const { return std::filesystem::exists(path(name)); }
+  long nrOfEntries() const { return static_cast<long>(names().size()); }
 
   std::string write(const std::string& name, const std::string& content) const {
     std::ofstream(path(name), std::ios::binary) << content;
@@ -38,9 +23,6 @@ public:
     std::ifstream file(path(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   }
-
-private:
-  std::filesystem::path folder_;
 };
 
 } // namespace emeg

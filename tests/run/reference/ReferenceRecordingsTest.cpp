@@ -1,18 +1,16 @@
 #include "app/evaluation/DetectedSequence.h"
 #include "app/evaluation/Residual.h"
 #include "app/simulation/RecordingWriter.h"
+#include "tests/TestFolder.h"
 #include "tests/run/HostRun.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 
 namespace emeg {
 namespace {
-
-namespace fs = std::filesystem;
 
 struct Reference {
   Preset preset;
@@ -32,24 +30,13 @@ double demandedDecibels(double samplingFrequency, bool volumeWise) {
 
 class ReferenceRecordings : public testing::TestWithParam<Reference> {
 protected:
-  ReferenceRecordings()
-      : folder_(fs::temp_directory_path() /
-                ("emeg-reference-" + nameOf(GetParam().preset) + "-" +
-                 std::to_string(static_cast<int>(GetParam().samplingFrequency)) + "-" +
-                 std::to_string(GetParam().seed) + "-" +
-                 std::to_string(testing::UnitTest::GetInstance()->random_seed()))) {
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
-  ~ReferenceRecordings() override { fs::remove_all(folder_); }
-
   void simulate() {
     SimulationParameters parameters = presetParameters(GetParam().preset, GetParam().samplingFrequency);
     parameters.seed = GetParam().seed;
     parameters.nrOfChannels = 2;
     parameters.seconds = 120;
     RecordingTarget target;
-    target.path = (folder_ / "run.ctc").string();
+    target.path = folder_ / "run.ctc";
     ASSERT_EQ(writeRecording(parameters, target, [](double) {}), "");
   }
 
@@ -61,31 +48,31 @@ protected:
                                       {{"prompt", "Window half-length"}, {"answer", 150}}}}};
     test::HostRun run;
     run.plugin = EMEG_PLUGIN_PATH;
-    run.workFolder = folder_;
+    run.workFolder = folder_.path();
     return run.withAnswers(answers);
   }
 
-  fs::path folder_;
+  TestFolder folder_;
 };
 
 } // namespace
 
 TEST_P(ReferenceRecordings, AreTimedExactlyAndCorrectedInBothModes) {
   ASSERT_NO_FATAL_FAILURE(simulate());
-  const SimulatedTruth truth = readSimulatedTruth((folder_ / "run_truth.json").string());
+  const SimulatedTruth truth = readSimulatedTruth(folder_ / "run_truth.json");
   for (const bool volumeWise : {false, true}) {
     SCOPED_TRACE(volumeWise ? "volume-wise" : "slice-wise");
     const test::HostRunResult result = correct(volumeWise);
     ASSERT_EQ(result.exitStatus, 0) << result.standardError;
     EXPECT_EQ(result.logLines().back(), "// EMEG artifacts > Operations successfully executed!");
 
-    const auto found = readDetectedSequence((folder_ / "host-run" / "transcript.jsonl").string());
+    const auto found = readDetectedSequence(folder_ / "host-run/transcript.jsonl");
     ASSERT_TRUE(found);
     EXPECT_EQ(found->nrOfVolumes, truth.nrOfVolumes);
     EXPECT_EQ(found->nrOfSlicesPerVolume, truth.nrOfSlicesPerVolume);
     EXPECT_LT(std::fabs(found->volumeDuration / truth.volumeDuration - 1), 1e-6);
 
-    for (const ChannelResidual& channel : measureResiduals((folder_ / "run_GRA.ctc").string(), truth)) {
+    for (const ChannelResidual& channel : measureResiduals(folder_ / "run_GRA.ctc", truth)) {
       EXPECT_GE(channel.decibels(), demandedDecibels(GetParam().samplingFrequency, volumeWise))
           << channel.name;
       EXPECT_LT(channel.outsideUv, 5) << channel.name;
