@@ -60,7 +60,7 @@ public:
   ProtocolList protocolList;
   MRSequence sequence;
   SinusoidTables sinusoidTables;
-  CardiacStages cardiac;
+  CardiacCorrection cardiac;
 
   // --- converter/steps: the run sequence ---
   bool checkHostVersion(int32_t major, int32_t minor, int32_t revision);
@@ -102,6 +102,12 @@ public:
 
   // --- artifacts/steps: the correction ---
   bool processChannels();
+  /// Finds the heart pulses of the recording in bcgSeries and adds their markers. Finding none is no failure.
+  virtual bool detectHeartPulses();
+  bool estimateHeartPeriod();
+  bool buildPulseDetectionSignal();
+  /// Replaces bcgSeries of a channel by its artifact estimate; channels in order from 0.
+  virtual void buildPulseModel(int32_t channel);
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);
   bool writeProtocols();
   bool writeProtocol(Protocol& protocol);

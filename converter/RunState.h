@@ -1,5 +1,7 @@
 #pragma once
 
+#include "artifacts/cardiac/HeartPeriod.h"
+#include "artifacts/cardiac/PulseModel.h"
 #include "artifacts/gradient/SequenceDetection.h"
 #include "dsp/FilterStages.h"
 #include "files/formats/BinaryFile.h"
@@ -7,8 +9,9 @@
 #include "files/formats/CtcFile.h"
 #include "files/formats/Protocol.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -185,14 +188,14 @@ private:
   std::vector<double> channelSignal_;
 };
 
-/// The cardiac stages that the two-pass correction calls. A program without them cannot correct heart pulses.
-struct CardiacStages {
-  /// Finds the heart pulses of the recording in bcgSeries.
-  std::function<bool()> detectHeartPulses;
-  /// Replaces bcgSeries of a channel by its artifact estimate.
-  std::function<void(int channel)> buildPulseModel;
-
-  bool available() const { return detectHeartPulses != nullptr && buildPulseModel != nullptr; }
+/// The heart beats that are found between the two passes of the cardiac correction. Positions in samples of
+/// bcgSeries.
+struct CardiacCorrection {
+  size_t pulseCapacity = 3000; ///< a program that corrects long recordings may raise it
+  HeartPeriod period;
+  std::vector<float> pulseDetectionSignal;
+  std::vector<double> pulsePositions;
+  std::unique_ptr<PulseModel> pulseModel; ///< while channels are corrected
 };
 
 } // namespace emeg

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace emeg {
 
@@ -51,20 +52,15 @@ Histogram countValues(const double* values, int32_t count, const Range& range) {
   return histogram;
 }
 
-} // namespace
-
-double sortMedian(double* values, int32_t count) {
-  if (count <= 0) return 0;
-  for (int32_t i = 1; i < count; ++i) {
-    const double value = values[i];
-    int32_t place = i;
-    for (; place > 0 && values[place - 1] > value; --place) values[place] = values[place - 1];
-    values[place] = value;
-  }
-  return values[count / 2];
+/// Distance of the value from the nearest bin edge; the range's ends are edges.
+double distanceFromEdge(double value, const Range& range) {
+  const double binWidth = range.width() / nrOfBins;
+  const double nearest = std::clamp(std::round((value - range.low) / binWidth), 0.0, double{nrOfBins});
+  return std::abs(value - (range.low + nearest * binWidth));
 }
 
-double histogramMedian(const double* values, int32_t count) {
+double refinedMedian(const double* values, int32_t count, double* margin) {
+  if (margin) *margin = 0;
   if (count <= 0) return 0;
   double sum = 0;
   double sumOfSquares = 0;
@@ -82,8 +78,11 @@ double histogramMedian(const double* values, int32_t count) {
   if (!(range.width() > resolution)) return range.centre();
 
   const int32_t half = count / 2;
+  if (margin) *margin = std::numeric_limits<double>::max();
   for (;;) {
     const Histogram histogram = countValues(values, count, range);
+    for (int32_t i = 0; margin && i < count; ++i)
+      *margin = std::min(*margin, distanceFromEdge(values[i], range));
     int32_t counted = histogram.below;
     int bin = 0;
     while (counted < half && bin < nrOfBins) counted += histogram.bins[static_cast<std::size_t>(bin++)];
@@ -95,6 +94,27 @@ double histogramMedian(const double* values, int32_t count) {
     // A range that rounding no longer lets shrink is as narrow as it gets.
     if (next < sparseBin || !(range.width() > resolution) || !(range.width() < width)) return range.centre();
   }
+}
+
+} // namespace
+
+double sortMedian(double* values, int32_t count) {
+  if (count <= 0) return 0;
+  for (int32_t i = 1; i < count; ++i) {
+    const double value = values[i];
+    int32_t place = i;
+    for (; place > 0 && values[place - 1] > value; --place) values[place] = values[place - 1];
+    values[place] = value;
+  }
+  return values[count / 2];
+}
+
+double histogramMedian(const double* values, int32_t count) {
+  return refinedMedian(values, count, nullptr);
+}
+
+double histogramMedian(const double* values, int32_t count, double& margin) {
+  return refinedMedian(values, count, &margin);
 }
 
 } // namespace emeg

@@ -127,7 +127,7 @@ bool CorrectionDriver::correctInTwoPasses() {
   for (int32_t channel = 0; channel < nrOfChannels; ++channel)
     if (!preprocess(channel)) return false;
   c_.log.logProgress("Automatic detection of heart pulses");
-  if (!c_.cardiac.detectHeartPulses()) return false;
+  if (!c_.detectHeartPulses()) return false;
   for (int32_t channel = 0; channel < nrOfChannels; ++channel)
     if (!removePulses(channel)) return false;
   return true;
@@ -156,7 +156,7 @@ bool CorrectionDriver::removePulses(int32_t channel) {
   const StageSwitches& stages = c_.switches;
   c_.log.logProgress("Removing heart pulse artifacts from channel #%d", numberOf(channel));
   if (!readChannel(channel)) return false;
-  c_.cardiac.buildPulseModel(channel);
+  c_.buildPulseModel(channel);
   std::vector<double>& estimate = buffers_.bcgSeries[static_cast<size_t>(channel)];
   estimate[static_cast<size_t>(buffers_.bcgLength)] = 0.0;
   combineWithSpline(estimate, buffers_.bcgLength + 1, buffers_.bcgStep, -1);

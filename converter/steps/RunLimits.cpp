@@ -12,6 +12,9 @@ namespace {
 constexpr int32_t largestLog2FftLength = 31;
 constexpr double lowestCorrectableFrequency = 10; // Hz: the low-frequency rest has ten values a second
 
+/// Values of a channel's pulse model per sample of its series, in a regular heart's recording.
+constexpr uint64_t pulseModelOversampling = 6;
+
 /// What the run will allocate and write, a little generously.
 MachineResources neededResources(const LMTRPluginEMEGFileConverter& converter) {
   const SampleSpan& span = converter.span;
@@ -38,7 +41,10 @@ MachineResources neededResources(const LMTRPluginEMEGFileConverter& converter) {
     if (switches.correctBCG) {
       const auto bcgRate = 500.0; // at most: the reduced rate is at least 250 Hz and below twice that
       const double seconds = static_cast<double>(samples) * converter.values.samplingInterval;
-      correcting += selected * static_cast<uint64_t>(seconds * (bcgRate + 10) + 2) * sizeof(double);
+      const auto perChannel = static_cast<uint64_t>(seconds * bcgRate) + 2;
+      correcting += selected * perChannel * (sizeof(double) + sizeof(float)); // series and detection signal
+      correcting += selected * static_cast<uint64_t>(seconds * 10 + 2) * sizeof(double); // low-frequency rest
+      correcting += pulseModelOversampling * perChannel * sizeof(double);
       correcting += transform * sizeof(float);
     }
   }
@@ -68,10 +74,6 @@ bool LMTRPluginEMEGFileConverter::checkRunIsPossible() {
     return showError(formatText("The filters have more than %d edges (every notch has two).<br>"
                                 "Please ask for fewer notches.",
                                 FilterStageList::capacity));
-  }
-  if (switches.correctBCG && !cardiac.available()) {
-    return showError("The correction of the BCG artifact is not part of this version.<br>"
-                     "Please choose the correction of the MRI gradient artifact only.");
   }
   if (span.log2FftLength > largestLog2FftLength) {
     return showError(formatText("The recording %s is too long: %.0f time points can be filtered at the most.",

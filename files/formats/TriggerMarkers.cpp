@@ -29,4 +29,13 @@ void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, 
   }
 }
 
+void addHeartPulseMarkers(Protocol& triggers, const std::vector<double>& pulsePositions,
+                          double sampleIntervalUs, double intervalStartUs) {
+  triggers.findOrAddCondition("HeartPulseTriggers", static_cast<int64_t>(pulsePositions.size()), 255, 64, 64);
+  for (const double position : pulsePositions) {
+    const double marker = std::floor(position * sampleIntervalUs + 0.5) + intervalStartUs;
+    triggers.addInterval(marker, marker);
+  }
+}
+
 } // namespace emeg

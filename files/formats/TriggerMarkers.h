@@ -3,6 +3,7 @@
 #include "files/formats/Protocol.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace emeg {
 
@@ -32,5 +33,10 @@ struct GradientMarkerTiming {
 };
 void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, double timeFactor,
                         double intervalStartUs);
+
+/// Adds "HeartPulseTriggers": one marker per pulse at floor(position x sampleIntervalUs + 0.5) plus
+/// intervalStartUs. Positions in samples.
+void addHeartPulseMarkers(Protocol& triggers, const std::vector<double>& pulsePositions,
+                          double sampleIntervalUs, double intervalStartUs);
 
 } // namespace emeg

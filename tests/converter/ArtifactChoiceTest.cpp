@@ -21,11 +21,7 @@ const std::string volumeWiseQuestion =
     "Otherwise it will be performed slice-wise.";
 
 struct ArtifactChoice : ::testing::Test {
-  ArtifactChoice() {
-    pretendInput(converter, 2, 1000, 100);
-    converter.cardiac.detectHeartPulses = [] { return true; };
-    converter.cardiac.buildPulseModel = [](int) {};
-  }
+  ArtifactChoice() { pretendInput(converter, 2, 1000, 100); }
   ScriptedHost host;
   PluginConverter converter;
 };
@@ -117,14 +113,6 @@ TEST_F(ArtifactChoice, ClearsAllFourSwitchesFirst) {
   EXPECT_TRUE(converter.askArtifactCorrection());
   EXPECT_FALSE(switches.correctSaturations || switches.correctGradient || switches.correctBCG ||
                switches.correctOcular);
-}
-
-TEST_F(ArtifactChoice, OfTheHeartPulsesWithoutCardiacStagesEndsInAMessageBox) {
-  converter.cardiac = CardiacStages();
-  host.integerAnswers = {2};
-  host.yesNoAnswers = {1};
-  EXPECT_FALSE(converter.askParameters());
-  EXPECT_EQ(host.boxes().size(), 1u);
 }
 
 TEST_F(ArtifactChoice, BelowTenHertzEndsInAMessageBoxThatNamesTheRate) {

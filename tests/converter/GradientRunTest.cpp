@@ -132,6 +132,11 @@ TEST_F(GradientRun, MarkersOfARestrictedIntervalCountFromItsStart) {
   ASSERT_EQ(converter.protocolList.timeFactor, 1000000.0);
 }
 
+/// Finds no heart pulses.
+class ConverterWithoutPulses : public PluginConverter {
+  bool detectHeartPulses() override { return true; }
+};
+
 TEST_F(GradientRun, TwoPassesWithoutPulsesGiveTheGradientCorrectedChannels) {
   {
     PluginConverter single;
@@ -140,12 +145,7 @@ TEST_F(GradientRun, TwoPassesWithoutPulsesGiveTheGradientCorrectedChannels) {
   chosen.host.fileAnswers = {"", "", chosen.ctcPath()};
   chosen.host.integerAnswers = {2, 150};
   chosen.host.yesNoAnswers = {1};
-  PluginConverter two;
-  two.cardiac.detectHeartPulses = [] { return true; };
-  two.cardiac.buildPulseModel = [&](int channel) {
-    std::vector<double>& series = two.buffers.bcgSeries[static_cast<size_t>(channel)];
-    std::fill(series.begin(), series.end(), 0.0);
-  };
+  ConverterWithoutPulses two;
   ASSERT_TRUE(two.start());
   const Recording one = readOutput(chosen.folder.path("run1_GRA.ctc"));
   const Recording other = readOutput(chosen.folder.path("run1_GRA_BCG.ctc"));

@@ -11,23 +11,22 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The plug-in's converter with cardiac stages that a test scripts, and without the gradient stage.
+/// The plug-in's converter with cardiac operations that a test scripts, and without the gradient stage.
 class PulseConverter : public PluginConverter {
 public:
-  explicit PulseConverter(ScriptedHost& host) : host_(host) {
-    cardiac.detectHeartPulses = [this] {
-      host_.record("detect");
-      seen = buffers.bcgSeries;
-      for (size_t c = 0; c < seen.size(); ++c)
-        for (double& value : buffers.bcgSeries[c]) value = 1e9; // nothing of it may reach the output
-      return detected;
-    };
-    cardiac.buildPulseModel = [this](int channel) {
-      host_.record("model " + std::to_string(channel));
-      const auto c = static_cast<size_t>(channel);
-      for (size_t k = 0; k < buffers.bcgSeries[c].size(); ++k)
-        buffers.bcgSeries[c][k] = estimate ? estimate(channel, static_cast<int64_t>(k)) : 0.0;
-    };
+  explicit PulseConverter(ScriptedHost& host) : host_(host) {}
+  bool detectHeartPulses() override {
+    host_.record("detect");
+    seen = buffers.bcgSeries;
+    for (size_t c = 0; c < seen.size(); ++c)
+      for (double& value : buffers.bcgSeries[c]) value = 1e9; // nothing of it may reach the output
+    return detected;
+  }
+  void buildPulseModel(int32_t channel) override {
+    host_.record("model " + std::to_string(channel));
+    const auto c = static_cast<size_t>(channel);
+    for (size_t k = 0; k < buffers.bcgSeries[c].size(); ++k)
+      buffers.bcgSeries[c][k] = estimate ? estimate(channel, static_cast<int64_t>(k)) : 0.0;
   }
   bool afterChunkFilesHook() override {
     if (!keepGradient) switches.correctGradient = false;

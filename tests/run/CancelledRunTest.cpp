@@ -104,18 +104,6 @@ TEST_F(CancelledRun, LeavesTheOutputOfAnEarlierRunAsItWas) {
   expectCalls(answersInOrder(ctc, {1, "yes", nullptr}), upToTheWindow(ctc).asksWindow("10.00", -1).aborts());
 }
 
-TEST_F(CancelledRun, RefusesTheCardiacCorrectionWhichThisVersionDoesNotHave) {
-  const std::string ctc = write(shortNoise());
-  expectCalls(answersInOrder(ctc, {2, "yes"}),
-              ExpectedCalls::ofARun()
-                  .choosesOnly(ctc)
-                  .logs("Defining parameters")
-                  .asksCorrection(2)
-                  .asksVolumeWise(1)
-                  .shows("The correction of the BCG artifact is not part of this version.<br>"
-                         "Please choose the correction of the MRI gradient artifact only."));
-}
-
 class AnsweredQuestion : public CancelledRun {};
 
 TEST_F(AnsweredQuestion, ACancelledVolumeWiseQuestionGoesOnVolumeWise) {

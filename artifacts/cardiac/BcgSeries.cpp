@@ -1,0 +1,24 @@
+#include "artifacts/cardiac/BcgSeries.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+void copyWindow(const double* samples, int64_t length, int64_t first, int64_t count, double* out) {
+  const int64_t begin = std::clamp<int64_t>(-first, 0, count);
+  const int64_t end = std::clamp<int64_t>(length - first, begin, count);
+  std::fill(out, out + begin, 0.0);
+  if (begin < end) std::copy(samples + (first + begin), samples + (first + end), out + begin);
+  std::fill(out + end, out + count, 0.0);
+}
+
+bool hasEnergy(const double* samples, int64_t length) {
+  return std::any_of(samples, samples + length, [](double x) { return x * x > 0; });
+}
+
+double normFactor(double energy) {
+  return energy > 0 ? 1 / std::sqrt(energy) : 0.0;
+}
+
+} // namespace emeg

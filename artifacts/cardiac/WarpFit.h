@@ -1,0 +1,37 @@
+#pragma once
+
+#include "artifacts/cardiac/BeatTimeBase.h"
+#include "artifacts/cardiac/WarpTable.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace emeg {
+
+/// Finds for each channel the warp parameter under which its resampled intervals look most alike: the energy
+/// of the sum of the intervals, each normalised to unit energy, is largest. A search over brackets of five
+/// points, halved until they lie within 0.001 of each other.
+class WarpFit {
+public:
+  explicit WarpFit(const BeatTimeBase& base);
+
+  /// `series` holds `length` samples and one readable value behind them.
+  double fit(const double* series, int64_t length);
+
+private:
+  const WarpTable& tableOf(double a, bool sharedByChannels);
+
+  const BeatTimeBase& base_;
+  std::vector<std::pair<double, WarpTable>>
+      sharedTables_; ///< of the first bracket, the same in every channel
+  WarpTable table_;
+};
+
+/// Energy of the sum of the normalised intervals, resampled by one table.
+double warpScore(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table);
+
+/// Interval `index` of the series on the common time base: modelLength values.
+void resampleInterval(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table,
+                      size_t index, double* values);
+
+} // namespace emeg

@@ -1,0 +1,29 @@
+# emeg_add_simd_kernels(TARGET PATH/KERNELS): compiles PATH/KERNELSLoops.h once for every SIMD level of
+# dsp/SimdLevel.h. Only these files are compiled for more than the architecture's baseline: everything else runs on
+# every machine. The loops header is included inside an unnamed namespace, so that the linker cannot merge code of
+# different levels; it ends by defining `kernels`, which the function <kernels><Level>() returns.
+function(emeg_add_simd_kernels target path)
+  get_filename_component(Kernels ${path} NAME)
+  get_filename_component(folder ${path} DIRECTORY)
+  set(loops ${folder}/${Kernels}Loops.h)
+  string(SUBSTRING ${Kernels} 0 1 initial)
+  string(TOLOWER ${initial} initial)
+  string(SUBSTRING ${Kernels} 1 -1 rest)
+  set(kernels ${initial}${rest})
+
+  set(levels "Baseline/16/")
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+    list(APPEND levels "Avx2/32/-mavx2" "Avx512/64/-mavx512f")
+  endif()
+  foreach(entry ${levels})
+    string(REPLACE "/" ";" entry "${entry}")
+    list(GET entry 0 level)
+    list(GET entry 1 bytes)
+    list(GET entry 2 option)
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/${Kernels}${level}.cpp)
+    configure_file(${CMAKE_SOURCE_DIR}/cmake/SimdLevel.cpp.in ${file} @ONLY)
+    set_source_files_properties(${file} PROPERTIES COMPILE_OPTIONS "${option}" OBJECT_DEPENDS
+                                ${CMAKE_SOURCE_DIR}/${loops})
+    target_sources(${target} PRIVATE ${file})
+  endforeach()
+endfunction()
