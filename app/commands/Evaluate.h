@@ -4,7 +4,7 @@
 
 namespace emeg {
 
-/// `emeg evaluate CORRECTED.ctc --truth TRUTH.json`: what a correction left of a simulated artifact.
+/// `emeg evaluate CORRECTED.ctc --truth TRUTH.json`: what a correction found and left of simulated artifacts.
 Command addEvaluateCommand(CLI::App& program);
 
 } // namespace emeg

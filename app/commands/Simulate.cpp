@@ -37,7 +37,7 @@ Written beside OUT.ctc (all voltages in microvolts, all times in seconds from th
   OUT.ccd         channel names
   OUT.prt         a protocol with the conditions Rest and Task
   OUT_truth.json  every parameter, the exact times of scan and heart, RMS of the parts
-  OUT_clean.ctc   the same recording without artifacts (EEG, sensor noise, line noise)
+  OUT_clean.ctc   the same without artifacts (EEG, sensor noise, line noise, movements)
   OUT_pulse.ctc   the heart beat artifact alone (presets bcg and both)
 
 The same seed and options give the same bytes. Memory stays below about 100 MB whatever the
@@ -48,6 +48,8 @@ Examples:
       two minutes of 32 channels at 5 kHz
   emeg simulate continuous run2.ctc --fs 2000 --seconds 30 --channels 4 --seed 7
   emeg simulate both run3.ctc --type 3 --uv-per-unit 0.5 --organisation 1 --heart-rate 72
+  emeg simulate bcg run5.ctc --fs 500 --ectopic 5 --weak 60,20,0.2 --movement 300
+      some beats come early, 20 s of small artifacts from 60 s on, five movements of the head
   emeg simulate gap run4.ctc --volumes 40 --slices 32 --slice-ms 60.1 --burst-ms 38 --gap-ms 80
 )";
 
@@ -70,7 +72,12 @@ struct SimulateOptions {
   std::optional<double> sliceMs, gapMs, quietBefore, quietAfter, burstMs, peakUv, firstSlicePercent;
   std::optional<double> lowPassHz, readoutHz, driftPercent;
 
-  std::optional<double> heartRate, rmssdMs, pulsePeakUv;
+  std::optional<double> heartRate, rmssdMs, pulsePeakUv, ectopicPercent;
+  std::optional<std::string> weak;
+
+  std::optional<double> movementUv;
+  std::optional<int64_t> movementCount;
+  std::vector<int> deadChannels;
 };
 
 const char* const scanGroup = "Scan (presets gap, continuous, both)";
@@ -83,6 +90,32 @@ std::string problemWithSeed(const std::string& text) {
   const auto result = std::from_chars(text.data(), end, seed);
   return result.ec == std::errc() && result.ptr == end ? ""
                                                        : "\"" + text + "\" is no whole number of 64 bits.";
+}
+
+/// "START,SECONDS" or "START,SECONDS,FACTOR".
+std::optional<WeakStretch> weakStretchFrom(const std::string& text) {
+  std::vector<double> numbers;
+  const char* at = text.data();
+  const char* const end = text.data() + text.size();
+  while (true) {
+    double number = 0;
+    const auto result = std::from_chars(at, end, number);
+    if (result.ec != std::errc()) return std::nullopt;
+    numbers.push_back(number);
+    if (result.ptr == end) break;
+    if (*result.ptr != ',') return std::nullopt;
+    at = result.ptr + 1;
+  }
+  if (numbers.size() < 2 || numbers.size() > 3) return std::nullopt;
+  WeakStretch weak;
+  weak.start = numbers[0];
+  weak.duration = numbers[1];
+  if (numbers.size() == 3) weak.factor = numbers[2];
+  return weak;
+}
+
+std::string problemWithWeakText(const std::string& text) {
+  return weakStretchFrom(text) ? "" : "\"" + text + "\" is not START,SECONDS or START,SECONDS,FACTOR.";
 }
 
 void declareRecording(CLI::App& app, SimulateOptions& o) {
@@ -104,6 +137,17 @@ void declareRecording(CLI::App& app, SimulateOptions& o) {
   app.add_option("--line-amplitude", o.lineUv, "Amplitude of line noise in uV [5]")
       ->group(group)
       ->needs(line);
+  CLI::Option* movement = app.add_option("--movement", o.movementUv,
+                                         "Bursts of head movement, 1 to 3 s of about 0.5 to 8 Hz, part of "
+                                         "the clean EEG: peak in uV in the channel that sees most [none]")
+                              ->group(group);
+  app.add_option("--movement-count", o.movementCount, "Number of such bursts, spread over the recording [5]")
+      ->group(group)
+      ->needs(movement);
+  app.add_option("--dead-channel", o.deadChannels,
+                 "Index (from 0) of a channel that is 0 throughout; may be repeated [none]")
+      ->allow_extra_args(false)
+      ->group(group);
 }
 
 void declareFiles(CLI::App& app, SimulateOptions& o) {
@@ -143,6 +187,15 @@ void declareArtifacts(CLI::App& app, SimulateOptions& o) {
   app.add_option("--rmssd-ms", o.rmssdMs, "RMS of successive differences of beat intervals [30]")
       ->group(heartGroup);
   app.add_option("--pulse-peak", o.pulsePeakUv, "Mean peak of the artifact in uV [80]")->group(heartGroup);
+  app.add_option("--ectopic", o.ectopicPercent,
+                 "Percent of the beats that come early by about 30 % of the interval, followed by a "
+                 "compensatory pause; 0 to 30 [0]")
+      ->group(heartGroup);
+  app.add_option("--weak", o.weak,
+                 "START,SECONDS[,FACTOR]: the artifact of beats in that stretch (seconds) is multiplied by "
+                 "the factor, 0 to 1 [none; factor 0.2]")
+      ->check(problemWithWeakText)
+      ->group(heartGroup);
 }
 
 /// Options of a group that the preset has no use for, as a sentence; empty when there are none.
@@ -199,7 +252,15 @@ SimulationParameters parametersOf(const SimulateOptions& o) {
     replace(o.heartRate, p.heart->beatsPerMinute);
     replaceScaled(o.rmssdMs, 1000, p.heart->rmssd);
     replace(o.pulsePeakUv, p.heart->peakUv);
+    replaceScaled(o.ectopicPercent, 100, p.heart->ectopicShare);
+    if (o.weak) p.heart->weak = weakStretchFrom(*o.weak);
   }
+  if (o.movementUv) {
+    p.movement = MovementParameters();
+    p.movement->peakUv = *o.movementUv;
+    replace(o.movementCount, p.movement->nrOfBursts);
+  }
+  p.deadChannels = o.deadChannels;
   replace(o.seconds, p.seconds);
   return p;
 }

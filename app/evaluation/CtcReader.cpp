@@ -44,4 +44,13 @@ void CtcReader::read(int64_t first, int64_t count, std::vector<float>& samples) 
   }
 }
 
+void requireSameShape(const CtcReader& one, const CtcReader& other) {
+  const CtcHeader& a = one.header();
+  const CtcHeader& b = other.header();
+  if (a.nrOfChannels != b.nrOfChannels || a.nrOfTimePoints != b.nrOfTimePoints ||
+      a.samplingFrequency != b.samplingFrequency)
+    throw UnreadableFile(one.path() + " and " + other.path() +
+                         " differ in channels, time points or sampling frequency");
+}
+
 } // namespace emeg

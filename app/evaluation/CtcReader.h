@@ -37,4 +37,7 @@ private:
   std::vector<unsigned char> bytes_;
 };
 
+/// Throws UnreadableFile when two recordings differ in channels, time points or sampling frequency.
+void requireSameShape(const CtcReader& one, const CtcReader& other);
+
 } // namespace emeg

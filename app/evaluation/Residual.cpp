@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 namespace emeg {
@@ -16,15 +17,6 @@ struct Sums {
   double artifact = 0, residual = 0, outside = 0;
 };
 
-void requireSameShape(const CtcReader& one, const CtcReader& other) {
-  const CtcHeader& a = one.header();
-  const CtcHeader& b = other.header();
-  if (a.nrOfChannels != b.nrOfChannels || a.nrOfTimePoints != b.nrOfTimePoints ||
-      a.samplingFrequency != b.samplingFrequency)
-    throw UnreadableFile(one.path() + " and " + other.path() +
-                         " differ in channels, time points or sampling frequency");
-}
-
 double rootMean(double sum, int64_t count) {
   return count > 0 ? std::sqrt(sum / static_cast<double>(count)) : 0;
 }
@@ -32,16 +24,18 @@ double rootMean(double sum, int64_t count) {
 } // namespace
 
 double ChannelResidual::decibels() const {
+  if (!(artifactUv > 0)) return std::numeric_limits<double>::quiet_NaN();
   return 20 * std::log10(artifactUv / residualUv);
 }
 
-std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, const SimulatedTruth& truth) {
+std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, const SimulatedTruth& truth,
+                                              bool heartRemoved) {
   CtcReader corrected(correctedPath);
   CtcReader recorded(truth.recordingPath);
-  CtcReader clean(truth.cleanPath);
+  CtcReader cleanFile(truth.cleanPath);
   const auto pulse = truth.pulsePath.empty() ? nullptr : std::make_unique<CtcReader>(truth.pulsePath);
   requireSameShape(corrected, recorded);
-  requireSameShape(clean, recorded);
+  requireSameShape(cleanFile, recorded);
   if (pulse) requireSameShape(*pulse, recorded);
 
   const int64_t n = recorded.header().nrOfTimePoints;
@@ -59,7 +53,7 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
     const int64_t count = std::min(blockLength, n - first);
     corrected.read(first, count, correctedBlock);
     recorded.read(first, count, recordedBlock);
-    clean.read(first, count, cleanBlock);
+    cleanFile.read(first, count, cleanBlock);
     if (pulse) pulse->read(first, count, pulseBlock);
     for (int64_t c = 0; c < channels; ++c) {
       Sums& sum = sums[static_cast<size_t>(c)];
@@ -67,11 +61,12 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
         const auto index = static_cast<size_t>(c * count + t);
         const double after = static_cast<double>(correctedBlock[index]) * unit;
         const double before = static_cast<double>(recordedBlock[index]) * unit;
-        const double target =
-            static_cast<double>(cleanBlock[index]) + (pulse ? static_cast<double>(pulseBlock[index]) : 0.0);
+        const double clean = static_cast<double>(cleanBlock[index]);
+        const double withHeart = clean + (pulse ? static_cast<double>(pulseBlock[index]) : 0.0);
+        const double target = heartRemoved ? clean : withHeart;
         const int64_t sample = first + t;
         if (sample >= scanBegin && sample < scanEnd) {
-          sum.artifact += (before - target) * (before - target);
+          sum.artifact += (before - withHeart) * (before - withHeart);
           sum.residual += (after - target) * (after - target);
         } else if (sample < scanBegin - margin || sample >= scanEnd + margin) {
           sum.outside += (after - before) * (after - before);

@@ -23,14 +23,18 @@ SimulatedTruth readSimulatedTruth(const std::string& path) {
     if (files.contains("pulse")) truth.pulsePath = beside(files.at("pulse"));
     truth.microvoltsPerUnit = json.at("microvoltsPerUnit");
     truth.channelNames = json.at("channelNames");
-    if (!json.contains("gradient")) throw UnreadableFile(path + " describes a recording without a scan");
-    const nlohmann::json& gradient = json.at("gradient");
-    truth.nrOfVolumes = gradient.at("nrOfVolumes");
-    truth.nrOfSlicesPerVolume = gradient.at("nrOfSlicesPerVolume");
-    truth.volumeDuration = gradient.at("volumeDuration");
-    truth.sliceDuration = gradient.at("sliceDuration");
-    truth.firstVolumeOnset = gradient.at("firstVolumeOnset");
-    truth.endOfScan = gradient.at("endOfScan");
+    truth.seconds = json.at("seconds");
+    if (json.contains("gradient")) {
+      const nlohmann::json& gradient = json.at("gradient");
+      truth.hasScan = true;
+      truth.nrOfVolumes = gradient.at("nrOfVolumes");
+      truth.nrOfSlicesPerVolume = gradient.at("nrOfSlicesPerVolume");
+      truth.volumeDuration = gradient.at("volumeDuration");
+      truth.sliceDuration = gradient.at("sliceDuration");
+      truth.firstVolumeOnset = gradient.at("firstVolumeOnset");
+      truth.endOfScan = gradient.at("endOfScan");
+    }
+    if (truth.hasHeart()) truth.beatTimes = json.at("heart").at("allBeatTimes").get<std::vector<double>>();
   } catch (const nlohmann::json::exception& error) {
     throw UnreadableFile(path + " is not the truth of a simulated recording: " + error.what());
   }

@@ -6,23 +6,32 @@
 
 namespace emeg {
 
-/// What the truth file of a simulated recording says about its scan, and where the other files are.
+/// What the truth file of a simulated recording says about its scan and its heart, and where the other files
+/// are.
 struct SimulatedTruth {
   std::string recordingPath;
   std::string cleanPath;
   std::string pulsePath; ///< empty: no heart beat artifact
   double microvoltsPerUnit = 1;
   std::vector<std::string> channelNames;
+  double seconds = 0; ///< length of the recording
+
+  bool hasScan = false; ///< without one, what follows up to the scan's end is 0
   int nrOfVolumes = 0;
   int nrOfSlicesPerVolume = 0;
   double volumeDuration = 0; ///< seconds, as all times here
   double sliceDuration = 0;
   double firstVolumeOnset = 0;
   double endOfScan = 0;
+
+  /// Times of all beats, in ascending order; empty without a heart. Also those just before the recording's
+  /// start and behind its end, whose artifacts may touch it.
+  std::vector<double> beatTimes;
+  bool hasHeart() const { return !pulsePath.empty(); }
 };
 
 /// Reads the truth file that the simulator wrote; other files are looked up beside it. Throws UnreadableFile
-/// when it is not there, is no such file, or describes no scan.
+/// when it is not there or is no such file.
 SimulatedTruth readSimulatedTruth(const std::string& path);
 
 } // namespace emeg

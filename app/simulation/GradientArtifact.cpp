@@ -46,7 +46,8 @@ GradientArtifact::GradientArtifact(const SimulationParameters& parameters)
   for (int c = 0; c < parameters.nrOfChannels; c++) {
     RandomGenerator random(parameters.seed, Purpose::GradientGain, static_cast<uint64_t>(c));
     const double size = random.uniform(smallestGain, largestGain);
-    gains_.push_back(size * random.sign());
+    const double gain = size * random.sign();
+    gains_.push_back(parameters.isDead(c) ? 0 : gain);
   }
 }
 

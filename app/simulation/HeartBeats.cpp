@@ -16,6 +16,23 @@ constexpr double breathShare = 4.0 / 9;  // of the squared successive difference
 constexpr double leadSeconds = 5;        // beats before the recording, so that its start is no special place
 constexpr double shortestInterval = 0.6; // of the mean interval
 constexpr double longestInterval = 1.5;
+constexpr double leastPrematurity = 0.25; // of an ectopic beat's interval
+constexpr double mostPrematurity = 0.35;
+
+/// Moves some beats forward. The beat behind an ectopic one is never ectopic: for a share s of all beats, one
+/// that may be ectopic must be so with the probability s / (1 - s).
+void makeEctopic(double share, RandomGenerator random, HeartBeats& beats) {
+  const double probability = share / (1 - share);
+  for (size_t i = 0; i + 1 < beats.times.size(); i++) {
+    if (random.uniform() >= probability) continue;
+    const double advance = random.uniform(leastPrematurity, mostPrematurity) * beats.intervals[i];
+    beats.times[i] -= advance;
+    beats.intervals[i] -= advance;
+    beats.intervals[i + 1] += advance;
+    beats.ectopic.push_back(i);
+    i++;
+  }
+}
 
 } // namespace
 
@@ -48,6 +65,9 @@ HeartBeats HeartBeats::draw(const HeartParameters& parameters, uint64_t seed, do
     beats.intervals.push_back(interval);
     deviation = memory * deviation + kick * random.normal();
   }
+  if (parameters.ectopicShare > 0)
+    makeEctopic(parameters.ectopicShare, RandomGenerator(seed, RandomGenerator::Purpose::EctopicBeats),
+                beats);
   return beats;
 }
 

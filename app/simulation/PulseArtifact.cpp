@@ -48,6 +48,9 @@ PulseArtifact::PulseArtifact(const SimulationParameters& parameters)
     const double jitter = 1 + parameters.heart->amplitudeJitter * beatShape.normal();
     const double filling = std::pow(beats_.intervals[i] / meanInterval_, fillingExponent);
     beatSizes_.push_back(jitter * filling * (1 + breathInfluence * std::sin(breathPhase(beats_.times[i]))));
+    const auto& weak = parameters.heart->weak;
+    if (weak && onset(i) >= weak->start && onset(i) < weak->start + weak->duration)
+      beatSizes_.back() *= weak->factor;
   }
 
   for (int c = 0; c < parameters.nrOfChannels; c++) {
@@ -63,7 +66,8 @@ PulseArtifact::PulseArtifact(const SimulationParameters& parameters)
         value += topography[k] * gaussian((time - shape[k].centre) / shape[k].width);
       largest = std::max(largest, std::abs(value));
     }
-    const double peak = parameters.heart->peakUv * random.uniform(1 - peakSpread, 1 + peakSpread);
+    double peak = parameters.heart->peakUv * random.uniform(1 - peakSpread, 1 + peakSpread);
+    if (parameters.isDead(c)) peak = 0;
     const double scale = random.sign() * peak / largest;
     for (double& weight : topography) weight *= scale;
     topographies_.push_back(topography);

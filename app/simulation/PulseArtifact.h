@@ -21,7 +21,8 @@ public:
   const HeartBeats& beats() const { return beats_; }
   /// Onset of the artifact of beat `index` (s).
   double onset(size_t index) const { return beats_.times[index] + delay_; }
-  /// Largest absolute value (microvolts) of a channel's artifact at the mean interval.
+  /// Largest absolute value (microvolts) of a channel's artifact at the mean interval, outside a weak
+  /// stretch; 0 for a dead channel.
   double peak(int channel) const { return peaks_[static_cast<size_t>(channel)]; }
 
   /// Adds nothing outside; writes the time points first ... first + count - 1 in microvolts, channel after

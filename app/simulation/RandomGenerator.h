@@ -24,7 +24,10 @@ public:
     HeartBeats,
     BeatShape,
     PulseTopography,
-    LinePhase
+    LinePhase,
+    EctopicBeats,
+    Movement,
+    MovementGain
   };
 
   /// The stream number `index` (a channel, a source) of a purpose.

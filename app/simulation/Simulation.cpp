@@ -8,6 +8,7 @@ Simulation::Simulation(const SimulationParameters& parameters)
     : parameters_(parameters),
       eeg_(parameters.eeg, parameters.seed, parameters.nrOfChannels, parameters.samplingFrequency),
       lineNoise_(parameters) {
+  if (parameters.movement) movement_.emplace(parameters);
   if (parameters.gradient) gradient_.emplace(parameters);
   if (parameters.heart) pulse_.emplace(parameters);
 }
@@ -27,6 +28,9 @@ bool Simulation::next(int64_t largestCount, SimulatedBlock& block) {
 
   eeg_.next(count, block.clean);
   lineNoise_.add(position_, count, block.clean);
+  if (movement_) movement_->add(position_, count, block.clean);
+  for (const int channel : parameters_.deadChannels)
+    std::fill_n(block.clean.begin() + channel * count, count, 0.0);
   if (pulse_) pulse_->fill(position_, count, block.pulse);
   if (gradient_) {
     block.gains = gradient_->gains();

@@ -3,6 +3,7 @@
 #include "app/simulation/BackgroundEeg.h"
 #include "app/simulation/GradientArtifact.h"
 #include "app/simulation/LineNoise.h"
+#include "app/simulation/MovementBursts.h"
 #include "app/simulation/PulseArtifact.h"
 #include "app/simulation/SimulationParameters.h"
 
@@ -18,7 +19,7 @@ struct SimulatedBlock {
   int64_t firstTimePoint = 0;
   int64_t nrOfTimePoints = 0;
   int nrOfChannels = 0;
-  std::vector<double> clean;  ///< EEG, sensor noise and line noise
+  std::vector<double> clean;  ///< EEG, sensor noise, line noise and movements
   std::vector<double> bursts; ///< gradient artifact of a channel of gain 1, one value per time point
   std::vector<double> pulse;  ///< heart beat artifact
   std::vector<double> gains;  ///< of the gradient artifact, one per channel
@@ -50,6 +51,8 @@ public:
   /// Null when the preset has no heart.
   const PulseArtifact* pulse() const { return pulse_ ? &*pulse_ : nullptr; }
   const LineNoise& lineNoise() const { return lineNoise_; }
+  /// Null when nobody moves.
+  const MovementBursts* movement() const { return movement_ ? &*movement_ : nullptr; }
 
   /// Fills `block` with the next time points, at most `largestCount` of them. False at the end of the
   /// recording.
@@ -59,6 +62,7 @@ private:
   SimulationParameters parameters_;
   BackgroundEeg eeg_;
   LineNoise lineNoise_;
+  std::optional<MovementBursts> movement_;
   std::optional<GradientArtifact> gradient_;
   std::optional<PulseArtifact> pulse_;
   int64_t position_ = 0;

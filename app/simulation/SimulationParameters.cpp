@@ -2,6 +2,7 @@
 
 #include "app/simulation/BurstWaveform.h"
 #include "app/simulation/GradientArtifact.h"
+#include "app/simulation/MovementBursts.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +22,7 @@ constexpr double lowestSamplingFrequency = 100;
 constexpr double highestSamplingFrequency = 100000;
 constexpr double slowRate = 4000; // Hz; recordings below it are those of amplifiers with a wide pass band
 constexpr double quietBetweenBursts = 0.020;
+constexpr double largestEctopicShare = 0.3; // beyond, hardly any regular interval is left
 
 std::string rangeProblem(const char* what, double value, double low, double high, const char* unit) {
   if (value >= low && value <= high) return "";
@@ -51,10 +53,42 @@ std::string problemWithLineNoise(const SimulationParameters& parameters) {
       rangeProblem("The line noise's amplitude", parameters.lineNoise.amplitudeUv, 0, 100000, " uV"));
 }
 
-std::string problemWithHeart(const HeartParameters& heart) {
+std::string problemWithWeakStretch(const WeakStretch& weak, double seconds) {
+  return firstProblem(
+      rangeProblem("The start of the weak stretch", weak.start, 0, seconds, " s"),
+      rangeProblem("The length of the weak stretch", weak.duration, 0.1, seconds, " s"),
+      rangeProblem("The end of the weak stretch", weak.start + weak.duration, 0, seconds, " s"),
+      rangeProblem("The factor of the weak stretch", weak.factor, 0, 1, ""));
+}
+
+std::string problemWithHeart(const HeartParameters& heart, double seconds) {
   return firstProblem(rangeProblem("The heart rate", heart.beatsPerMinute, 30, 200, " beats per minute"),
                       rangeProblem("The RMSSD", heart.rmssd * 1000, 0, 200, " ms"),
-                      rangeProblem("The heart beat artifact's peak", heart.peakUv, 0, 10000, " uV"));
+                      rangeProblem("The heart beat artifact's peak", heart.peakUv, 0, 10000, " uV"),
+                      rangeProblem("The share of ectopic beats", heart.ectopicShare * 100, 0,
+                                   largestEctopicShare * 100, " %"),
+                      heart.weak ? problemWithWeakStretch(*heart.weak, seconds) : std::string());
+}
+
+std::string problemWithMovement(const MovementParameters& movement, double seconds) {
+  const std::string peak = rangeProblem("The movements' peak", movement.peakUv, 1, 100000, " uV");
+  if (!peak.empty()) return peak;
+  std::ostringstream text;
+  if (movement.nrOfBursts < 1)
+    text << "The number of movement bursts is " << movement.nrOfBursts << "; it must be at least 1.";
+  else if (const int64_t most = mostMovementBursts(seconds); movement.nrOfBursts > most)
+    text << "A recording of " << seconds << " s has room for " << most << " movement bursts, not for "
+         << movement.nrOfBursts << ".";
+  return text.str();
+}
+
+std::string problemWithDeadChannels(const SimulationParameters& parameters) {
+  std::ostringstream text;
+  for (const int channel : parameters.deadChannels)
+    if (text.str().empty() && (channel < 0 || channel >= parameters.nrOfChannels))
+      text << "The index of a dead channel is " << channel << "; channels are counted from 0 to "
+           << parameters.nrOfChannels - 1 << ".";
+  return text.str();
 }
 
 std::string problemWithBurst(const GradientParameters& gradient, double samplingFrequency) {
@@ -114,6 +148,10 @@ std::string nameOf(Preset preset) {
   return presetNames[static_cast<size_t>(preset)].second;
 }
 
+bool SimulationParameters::isDead(int channel) const {
+  return std::find(deadChannels.begin(), deadChannels.end(), channel) != deadChannels.end();
+}
+
 int64_t SimulationParameters::nrOfTimePoints() const {
   return static_cast<int64_t>(std::floor(seconds * samplingFrequency + 0.5));
 }
@@ -150,10 +188,11 @@ std::string problemWith(const SimulationParameters& parameters) {
       rangeProblem("The length of the recording", parameters.seconds, 1, std::floor(longest), " s"),
       problemWithEeg(parameters.eeg));
   if (!frame.empty()) return frame;
-  return firstProblem(problemWithLineNoise(parameters),
-                      parameters.heart ? problemWithHeart(*parameters.heart) : std::string(),
-                      parameters.gradient ? problemWithGradient(*parameters.gradient, parameters)
-                                          : std::string());
+  return firstProblem(
+      problemWithLineNoise(parameters), problemWithDeadChannels(parameters),
+      parameters.movement ? problemWithMovement(*parameters.movement, parameters.seconds) : std::string(),
+      parameters.heart ? problemWithHeart(*parameters.heart, parameters.seconds) : std::string(),
+      parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string());
 }
 
 } // namespace emeg

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace emeg {
 
@@ -42,12 +43,27 @@ struct GradientParameters {
   double volumeDuration() const { return nrOfSlicesPerVolume * sliceDuration + gapDuration; }
 };
 
+/// A stretch in which the heart beat artifact is smaller than elsewhere.
+struct WeakStretch {
+  double start = 0;    ///< seconds
+  double duration = 0; ///< seconds
+  double factor = 0.2; ///< on the artifact of every beat whose onset lies in the stretch
+};
+
 struct HeartParameters {
   double beatsPerMinute = 65;
   double rmssd = 0.030;    ///< seconds, root mean square of successive differences of beat intervals
   double pulseDelay = 0.2; ///< seconds from the R peak to the onset of the artifact
   double peakUv = 80;      ///< mean over channels of the artifact's peak; channels lie within 25 % of it
   double amplitudeJitter = 0.04; ///< relative standard deviation from beat to beat
+  double ectopicShare = 0;       ///< of the beats that come early, followed by a compensatory pause
+  std::optional<WeakStretch> weak;
+};
+
+/// Movements of the head: bursts of slow voltages in all channels.
+struct MovementParameters {
+  double peakUv = 300; ///< largest absolute value of every burst, in the channel that sees most of it
+  int64_t nrOfBursts = 5;
 };
 
 struct LineNoiseParameters {
@@ -66,8 +82,11 @@ struct SimulationParameters {
   std::optional<GradientParameters> gradient;
   std::optional<HeartParameters> heart;
   LineNoiseParameters lineNoise;
+  std::optional<MovementParameters> movement;
+  std::vector<int> deadChannels; ///< indices from 0; these channels are 0 throughout
 
   int64_t nrOfTimePoints() const;
+  bool isDead(int channel) const;
 };
 
 constexpr int maxNrOfSimulatedChannels = 256;

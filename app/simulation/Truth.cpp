@@ -81,11 +81,14 @@ Json heartOf(const Simulation& simulation, const PartSizes& sizes) {
   const PulseArtifact& pulse = *simulation.pulse();
   std::vector<double> beatTimes;
   std::vector<double> pulseOnsets;
+  const auto inside = [&](double time) { return time >= 0 && time < parameters.seconds; };
   for (size_t i = 0; i < pulse.beats().times.size(); i++) {
-    const auto inside = [&](double time) { return time >= 0 && time < parameters.seconds; };
     if (inside(pulse.beats().times[i])) beatTimes.push_back(pulse.beats().times[i]);
     if (inside(pulse.onset(i))) pulseOnsets.push_back(pulse.onset(i));
   }
+  std::vector<double> ectopicBeatTimes;
+  for (const size_t i : pulse.beats().ectopic)
+    if (inside(pulse.beats().times[i])) ectopicBeatTimes.push_back(pulse.beats().times[i]);
   std::vector<double> peaks;
   peaks.reserve(static_cast<size_t>(parameters.nrOfChannels));
   for (int c = 0; c < parameters.nrOfChannels; c++) peaks.push_back(pulse.peak(c));
@@ -95,10 +98,28 @@ Json heartOf(const Simulation& simulation, const PartSizes& sizes) {
   json["pulseDelay"] = parameters.heart->pulseDelay;
   json["peakUv"] = parameters.heart->peakUv;
   json["amplitudeJitter"] = parameters.heart->amplitudeJitter;
+  if (parameters.heart->ectopicShare > 0) {
+    json["ectopicShare"] = parameters.heart->ectopicShare;
+    json["ectopicBeatTimes"] = ectopicBeatTimes;
+  }
+  if (const auto& weak = parameters.heart->weak)
+    json["weak"] = {{"start", weak->start}, {"duration", weak->duration}, {"factor", weak->factor}};
   json["channelPeaksUv"] = peaks;
   json["rmsUv"] = sizes.pulseRms();
   json["beatTimes"] = beatTimes;
   json["pulseOnsets"] = pulseOnsets;
+  json["allBeatTimes"] = pulse.beats().times;
+  return json;
+}
+
+Json movementOf(const Simulation& simulation) {
+  const MovementBursts& movement = *simulation.movement();
+  Json json;
+  json["peakUv"] = simulation.parameters().movement->peakUv;
+  json["bursts"] = Json::array();
+  for (const MovementBursts::Burst& burst : movement.bursts())
+    json["bursts"].push_back({{"onset", burst.onset}, {"duration", burst.duration}});
+  json["channelPeaksUv"] = movement.channelPeaks();
   return json;
 }
 
@@ -166,6 +187,8 @@ std::string truthText(const Simulation& simulation, const PartSizes& sizes, cons
   json["microvoltsPerUnit"] = storage.microvoltsPerUnit;
   json["eeg"] = eegOf(simulation, sizes);
   json["lineNoise"] = lineNoiseOf(simulation);
+  if (simulation.movement() != nullptr) json["movement"] = movementOf(simulation);
+  if (!parameters.deadChannels.empty()) json["deadChannels"] = parameters.deadChannels;
   if (simulation.gradient() != nullptr) json["gradient"] = gradientOf(simulation, sizes);
   if (simulation.pulse() != nullptr) json["heart"] = heartOf(simulation, sizes);
   return json.dump(2) + "\n";

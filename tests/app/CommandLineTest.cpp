@@ -25,7 +25,9 @@ TEST(CommandLine, HelpOfACommandShowsExamples) {
   EXPECT_EQ(help.status, 0);
   EXPECT_THAT(help.out, HasSubstr("Examples:"));
   EXPECT_THAT(help.out, HasSubstr("emeg simulate gap run1.ctc"));
-  EXPECT_THAT(help.out, HasSubstr("--heart-rate"));
+  for (const char* option :
+       {"--heart-rate", "--ectopic", "--weak", "--movement", "--movement-count", "--dead-channel"})
+    EXPECT_THAT(help.out, HasSubstr(option));
 }
 
 TEST(CommandLine, NoCommandAndUnknownCommandsAreWrongUsage) {
@@ -115,6 +117,34 @@ INSTANTIATE_TEST_SUITE_P(
         BadCase{{"bcg", "OUT", "--slices", "10"}, "--slices has no meaning"},
         BadCase{{"bcg", "OUT", "--heart-rate", "20"}, "heart rate is 20"},
         BadCase{{"bcg", "OUT", "--rmssd-ms", "-1"}, "RMSSD is -1"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    HardCases, BadOptions,
+    testing::Values(BadCase{{"gap", "OUT", "--ectopic", "5"}, "--ectopic has no meaning"},
+                    BadCase{{"gap", "OUT", "--weak", "5,5"}, "--weak has no meaning"},
+                    BadCase{{"bcg", "OUT", "--ectopic", "-1"}, "share of ectopic beats is -1"},
+                    BadCase{{"bcg", "OUT", "--ectopic", "31"}, "between 0 and 30 %"},
+                    BadCase{{"bcg", "OUT", "--ectopic", "nan"}, "share of ectopic beats is nan"},
+                    BadCase{{"bcg", "OUT", "--weak", "5"}, "START,SECONDS"},
+                    BadCase{{"bcg", "OUT", "--weak", "5,5,0.2,1"}, "START,SECONDS"},
+                    BadCase{{"bcg", "OUT", "--weak", "5,5,"}, "START,SECONDS"},
+                    BadCase{{"bcg", "OUT", "--weak", "5;5"}, "START,SECONDS"},
+                    BadCase{{"bcg", "OUT", "--weak", "-5,5"}, "start of the weak stretch is -5"},
+                    BadCase{{"bcg", "OUT", "--weak", "5,0"}, "length of the weak stretch is 0"},
+                    BadCase{{"bcg", "OUT", "--weak", "5,nan"}, "length of the weak stretch is nan"},
+                    BadCase{{"bcg", "OUT", "--weak", "110,20"}, "end of the weak stretch is 130"},
+                    BadCase{{"bcg", "OUT", "--weak", "5,5,1.5"}, "factor of the weak stretch is 1.5"},
+                    BadCase{{"bcg", "OUT", "--movement", "0"}, "movements' peak is 0"},
+                    BadCase{{"bcg", "OUT", "--movement", "inf"}, "movements' peak is inf"},
+                    BadCase{{"bcg", "OUT", "--movement-count", "3"}, "--movement"},
+                    BadCase{{"bcg", "OUT", "--movement", "300", "--movement-count", "0"}, "bursts is 0"},
+                    BadCase{{"bcg", "OUT", "--movement", "300", "--movement-count", "41"},
+                            "room for 40 movement bursts, not for 41"},
+                    BadCase{{"bcg", "OUT", "--channels", "8", "--dead-channel", "8"},
+                            "dead channel is 8; channels are counted from 0 to 7"},
+                    BadCase{{"bcg", "OUT", "--dead-channel", "0", "--dead-channel", "-1"},
+                            "dead channel is -1"},
+                    BadCase{{"bcg", "OUT", "--dead-channel", "first"}, "--dead-channel"}));
 
 } // namespace
 

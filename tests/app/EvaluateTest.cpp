@@ -113,10 +113,21 @@ TEST(Evaluate, NamesTheFileThatItCannotUse) {
   EXPECT_THAT(complaint("other.ctc"), HasSubstr("differ in channels, time points or sampling frequency"));
 }
 
-TEST(Evaluate, RefusesATruthWithoutAScan) {
+TEST(Evaluate, LeavesChannelsWithoutArtifactOutOfTheRange) {
+  const TestFolder folder;
+  ASSERT_NO_FATAL_FAILURE(simulate(folder, "gap", {"--dead-channel", "1"}));
+  EXPECT_TRUE(std::isnan(
+      measureResiduals(folder / "r.ctc", readSimulatedTruth(folder / "r_truth.json"))[1].decibels()));
+  EXPECT_THAT(evaluate(folder, "r.ctc").out, HasSubstr("The residual lies 0.0 to 0.0 dB below"));
+
+  const TestFolder silent;
+  ASSERT_NO_FATAL_FAILURE(simulate(silent, "gap", {"--dead-channel", "0", "--dead-channel", "1"}));
+  EXPECT_THAT(evaluate(silent, "r.ctc").out, HasSubstr("No channel has a gradient artifact."));
+}
+
+TEST(Evaluate, RefusesATruthThatIsNone) {
   const TestFolder folder;
   ASSERT_NO_FATAL_FAILURE(simulate(folder, "bcg"));
-  EXPECT_THAT(evaluate(folder, "r.ctc").err, HasSubstr("without a scan"));
   std::ofstream(folder / "r_truth.json") << "[]";
   EXPECT_THAT(evaluate(folder, "r.ctc").err, HasSubstr("is not the truth of a simulated recording"));
 }

@@ -61,6 +61,66 @@ TEST(HeartBeats, IntervalsFollowTheBreath) {
   EXPECT_NEAR(amplitude, 0.021, 0.007);
 }
 
+TEST(HeartBeats, EctopicOnesComeEarlyAndArePaidBackByThePauseBehindThem) {
+  HeartParameters parameters;
+  constexpr double seconds = 1800;
+  const HeartBeats regular = HeartBeats::draw(parameters, 3, seconds);
+  EXPECT_TRUE(regular.ectopic.empty());
+  for (const double share : {0.05, 0.10, 0.30}) {
+    parameters.ectopicShare = share;
+    const HeartBeats beats = HeartBeats::draw(parameters, 3, seconds);
+    ASSERT_EQ(beats.times.size(), regular.times.size());
+    const auto n = static_cast<double>(beats.times.size());
+    EXPECT_NEAR(static_cast<double>(beats.ectopic.size()), share * n, 0.2 * share * n);
+    size_t next = 0;
+    for (size_t i = 0; i < beats.times.size(); i++) {
+      if (i > 0) {
+        ASSERT_NEAR(beats.times[i] - beats.times[i - 1], beats.intervals[i], 1e-9);
+      }
+      if (next < beats.ectopic.size() && beats.ectopic[next] == i) {
+        const double advance = regular.times[i] - beats.times[i];
+        ASSERT_GE(advance, 0.2499 * regular.intervals[i]);
+        ASSERT_LE(advance, 0.3501 * regular.intervals[i]);
+        ASSERT_NEAR(beats.intervals[i] + advance, regular.intervals[i], 1e-9);
+        ASSERT_NEAR(beats.intervals[i + 1] - advance, regular.intervals[i + 1], 1e-9);
+        next++;
+        ASSERT_TRUE(next == beats.ectopic.size() || beats.ectopic[next] > i + 1);
+      } else {
+        ASSERT_EQ(beats.times[i], regular.times[i]);
+      }
+    }
+    EXPECT_EQ(next, beats.ectopic.size());
+  }
+}
+
+TEST(PulseArtifact, IsSmallerByTheFactorInAWeakStretch) {
+  SimulationParameters parameters = heartParameters(1, 30);
+  const int64_t count = parameters.nrOfTimePoints();
+  std::vector<double> ordinary(static_cast<size_t>(parameters.nrOfChannels * count));
+  PulseArtifact(parameters).fill(0, count, ordinary);
+  parameters.heart->weak = WeakStretch{10, 8, 0.2};
+  PulseArtifact artifact(parameters);
+  std::vector<double> weak(ordinary.size());
+  artifact.fill(0, count, weak);
+
+  // The artifact of one beat lasts for less than a second; it belongs to the stretch when its onset does.
+  double largest = 0;
+  for (int c = 0; c < parameters.nrOfChannels; c++) {
+    for (int64_t t = 0; t < count; t++) {
+      const double time = static_cast<double>(t) / 500;
+      const auto index = static_cast<size_t>(c * count + t);
+      if (time < 9.8 || time > 19) {
+        ASSERT_EQ(weak[index], ordinary[index]) << time;
+      }
+      if (time > 11.2 && time < 17.8) {
+        ASSERT_NEAR(weak[index], 0.2 * ordinary[index], 1e-9) << time;
+        largest = std::max(largest, std::abs(weak[index]));
+      }
+    }
+  }
+  EXPECT_GT(largest, 12);
+}
+
 TEST(PulseArtifact, PeaksBetweenSixtyAndAHundredMicrovoltsInEitherPolarity) {
   const SimulationParameters parameters = heartParameters(1);
   PulseArtifact artifact(parameters);

@@ -113,6 +113,50 @@ TEST(RecordingFiles, RecordingOfIntegersStatesItsUnit) {
     ASSERT_NEAR(recording.samples[i] * 0.5, clean.samples[i] + pulse.samples[i], 0.2501);
 }
 
+TEST(RecordingFiles, TheTruthTellsOfHardCasesWhereThereAreAny) {
+  const TestFolder folder;
+  ASSERT_EQ(runEmeg(simulate("both", folder / "r.ctc",
+                             {"--ectopic", "30", "--weak", "2,8,0.3", "--movement", "300", "--movement-count",
+                              "3", "--dead-channel", "1", "--dead-channel", "1"}))
+                .status,
+            0);
+  const nlohmann::json truth = readTruth(folder / "r_truth.json");
+  const nlohmann::json& heart = truth.at("heart");
+  EXPECT_EQ(heart.at("ectopicShare"), 0.3);
+  EXPECT_FALSE(heart.at("ectopicBeatTimes").empty());
+  for (const nlohmann::json& time : heart.at("ectopicBeatTimes"))
+    EXPECT_THAT(heart.at("beatTimes"), testing::Contains(time));
+  EXPECT_EQ(heart.at("weak"), (nlohmann::json{{"start", 2.0}, {"duration", 8.0}, {"factor", 0.3}}));
+  EXPECT_EQ(heart.at("channelPeaksUv").at(1), 0);
+  EXPECT_EQ(truth.at("movement").at("peakUv"), 300);
+  EXPECT_EQ(truth.at("movement").at("bursts").size(), 3u);
+  EXPECT_EQ(truth.at("movement").at("channelPeaksUv").size(), 2u);
+  EXPECT_EQ(truth.at("deadChannels"), (nlohmann::json{1, 1}));
+  EXPECT_EQ(truth.at("gradient").at("gains").at(1), 0);
+  const ReadRecording recording = readRecording(folder / "r.ctc");
+  for (int64_t t = 0; t < recording.header.nrOfTimePoints; t++) ASSERT_EQ(recording.at(1, t), 0);
+
+  ASSERT_EQ(runEmeg(simulate("both", folder / "r.ctc", {"--force"})).status, 0);
+  const nlohmann::json plain = readTruth(folder / "r_truth.json");
+  EXPECT_FALSE(plain.contains("movement"));
+  EXPECT_FALSE(plain.contains("deadChannels"));
+  EXPECT_FALSE(plain.at("heart").contains("weak"));
+  EXPECT_FALSE(plain.at("heart").contains("ectopicShare"));
+}
+
+TEST(RecordingFiles, TheTruthHoldsTheBeatsAroundTheRecordingToo) {
+  const TestFolder folder;
+  ASSERT_EQ(runEmeg(simulate("bcg", folder / "r.ctc")).status, 0);
+  const nlohmann::json heart = readTruth(folder / "r_truth.json").at("heart");
+  const std::vector<double> all = heart.at("allBeatTimes");
+  EXPECT_LT(all.front(), -1);
+  EXPECT_GE(all.back(), 12);
+  std::vector<double> inside;
+  for (const double time : all)
+    if (time >= 0 && time < 12) inside.push_back(time);
+  EXPECT_EQ(heart.at("beatTimes").get<std::vector<double>>(), inside);
+}
+
 TEST(RecordingFiles, TheTruthAgreesWithTheData) {
   const TestFolder folder;
   ASSERT_EQ(runEmeg(simulate("both", folder / "r.ctc", {"--type", "2", "--seed", "9"})).status, 0);

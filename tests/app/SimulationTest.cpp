@@ -90,6 +90,20 @@ TEST(Simulation, PresetsHoldWhatTheirNamesSay) {
   EXPECT_NE(Simulation(shortRecording(Preset::Both)).pulse(), nullptr);
 }
 
+TEST(Simulation, DeadChannelsAreZeroThroughoutAndLeaveTheOthersAsTheyWere) {
+  SimulationParameters parameters = shortRecording(Preset::Both);
+  parameters.lineNoise.frequencyHz = 50;
+  const std::vector<double> alive = recordedIn(parameters, 100000);
+  parameters.deadChannels = {1};
+  const std::vector<double> samples = recordedIn(parameters, 1000);
+  const auto total = static_cast<size_t>(parameters.nrOfTimePoints());
+  for (size_t i = 0; i < samples.size(); i++) ASSERT_EQ(samples[i], i / total == 1 ? 0 : alive[i]) << i;
+  const Simulation simulation(parameters);
+  EXPECT_EQ(simulation.gradient()->gain(1), 0);
+  EXPECT_EQ(simulation.pulse()->peak(1), 0);
+  EXPECT_GT(simulation.pulse()->peak(2), 0);
+}
+
 TEST(Simulation, LineNoiseIsASinusoidOfItsAmplitude) {
   SimulationParameters parameters = shortRecording(Preset::Bcg);
   const std::vector<double> without = recordedIn(parameters, 100000);

@@ -1,0 +1,181 @@
+#include "app/commands/EvaluationTables.h"
+
+#include "converter/messages/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace emeg {
+
+namespace {
+
+/// Least and most of the values that are numbers.
+struct Range {
+  double least = 0;
+  double most = 0;
+  bool isEmpty = true;
+
+  void add(double value) {
+    if (std::isnan(value)) return;
+    least = isEmpty ? value : std::min(least, value);
+    most = isEmpty ? value : std::max(most, value);
+    isEmpty = false;
+  }
+};
+
+/// What rounds to zero is shown without a sign.
+double atThreeDecimals(double value) {
+  return std::round(value * 1000) / 1000 + 0.0;
+}
+
+/// Channels without artifact have nothing to measure.
+std::string numberOrDash(int width, int decimals, double value) {
+  return std::isnan(value) ? formatText("%*s", width, "-") : formatText("%*.*f", width, decimals, value);
+}
+
+void printSequence(std::ostream& out, const Evaluation& evaluation) {
+  const SimulatedTruth& truth = evaluation.truth;
+  const auto& found = evaluation.foundSequence;
+  if (!truth.hasScan) {
+    out << "Scan: none.";
+    if (evaluation.hasTranscript) out << (found ? " One was found all the same." : " None was found.");
+    out << "\n\n";
+    return;
+  }
+  out << formatText("%-24s%16s", "Scan", "true");
+  if (evaluation.hasTranscript) out << "           found";
+  out << "\n";
+  const auto count = [&](const char* name, int trueValue, int foundValue) {
+    out << formatText("  %-22s%16d", name, trueValue);
+    if (found) out << formatText("%16d", foundValue);
+    out << "\n";
+  };
+  const auto seconds = [&](const char* name, double trueValue, double foundValue) {
+    out << formatText("  %-22s%14.7f s", name, trueValue);
+    if (found) out << formatText("%14.7f s", foundValue);
+    out << "\n";
+  };
+  const DetectedSequence s = found.value_or(DetectedSequence());
+  count("volumes", truth.nrOfVolumes, s.nrOfVolumes);
+  count("slices per volume", truth.nrOfSlicesPerVolume, s.nrOfSlicesPerVolume);
+  seconds("volume duration", truth.volumeDuration, s.volumeDuration);
+  seconds("slice duration", truth.sliceDuration, s.sliceDuration);
+  seconds("first volume", truth.firstVolumeOnset, s.firstTriggerTime);
+  if (evaluation.hasTranscript && !found) out << "  No sequence was found.\n";
+  out << "\n";
+}
+
+void printResiduals(std::ostream& out, const Evaluation& evaluation) {
+  out << formatText("%-12s%16s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "below (dB)",
+                    "outside (uV)");
+  Range range;
+  for (const ChannelResidual& channel : evaluation.residuals) {
+    range.add(channel.decibels());
+    out << formatText("%-12s%16.1f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
+        << numberOrDash(16, 1, channel.decibels()) << formatText("%16.2f\n", channel.outsideUv);
+  }
+  if (range.isEmpty)
+    out << "\nNo channel has a gradient artifact.\n";
+  else
+    out << formatText("\nThe residual lies %.1f to %.1f dB below the gradient artifact.\n", range.least,
+                      range.most);
+}
+
+void printBeats(std::ostream& out, const Evaluation& evaluation) {
+  const SimulatedTruth& truth = evaluation.truth;
+  const auto inside = std::count_if(truth.beatTimes.begin(), truth.beatTimes.end(),
+                                    [&](double time) { return time >= 0 && time < truth.seconds; });
+  out << formatText("Heart\n  %-22s%16d\n", "beats", static_cast<int>(inside));
+  if (!evaluation.heartPulses) {
+    out << "  Beats are not judged: " << evaluation.triggerFile
+        << " is not there or holds no HeartPulseTriggers.\n";
+    return;
+  }
+  const std::vector<double>& pulses = *evaluation.heartPulses;
+  out << formatText("  %-22s%16d", "pulses found", static_cast<int>(pulses.size()));
+  if (!pulses.empty()) out << formatText("   (from %.3f to %.3f s)", pulses.front(), pulses.back());
+  out << "\n";
+  if (!evaluation.beats) {
+    out << "  Beats are not judged: that takes two pulses.\n";
+    return;
+  }
+  const BeatAgreement& beats = *evaluation.beats;
+  out << formatText("  %-22s%16d\n", "beats in that span", static_cast<int>(beats.nrOfTrueBeats))
+      << formatText("  %-22s%16d\n", "matched", static_cast<int>(beats.nrOfMatched))
+      << formatText("  %-22s%13.1f ms\n", "delay", beats.delay * 1000)
+      << formatText("  %-22s%13.1f ms\n", "largest timing error", beats.largestError * 1000)
+      << formatText("  %-22s%13.1f ms\n", "RMS timing error", beats.rmsError * 1000);
+}
+
+void printHeart(std::ostream& out, const Evaluation& evaluation) {
+  printBeats(out, evaluation);
+  out << formatText("\n%-12s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "explained");
+  Range range;
+  for (const ChannelExplained& channel : evaluation.explained) {
+    range.add(channel.explained());
+    out << formatText("%-12s%16.2f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
+        << numberOrDash(16, 3, atThreeDecimals(channel.explained())) << "\n";
+  }
+
+  out << "\nBeats: ";
+  if (const auto& beats = evaluation.beats)
+    out << formatText("sensitivity %.3f, positive predictivity %.3f (tolerance %.0f ms, delay %.0f ms)",
+                      beats->sensitivity(), beats->positivePredictivity(), beatTolerance * 1000,
+                      beats->delay * 1000);
+  else
+    out << "not judged";
+  out << "; artifact explained ";
+  if (range.isEmpty)
+    out << "nowhere: no channel has any";
+  else
+    out << formatText("%.3f to %.3f, in all %.3f", atThreeDecimals(range.least), atThreeDecimals(range.most),
+                      atThreeDecimals(explainedInAll(evaluation.explained)));
+  if (!evaluation.beats) out << " (whole recording)";
+  out << "\n";
+}
+
+} // namespace
+
+void printEvaluation(std::ostream& out, const Evaluation& evaluation) {
+  printSequence(out, evaluation);
+  if (evaluation.truth.hasScan) printResiduals(out, evaluation);
+  if (evaluation.truth.hasScan && evaluation.truth.hasHeart()) out << "\n";
+  if (evaluation.truth.hasHeart()) printHeart(out, evaluation);
+}
+
+std::string evaluationJson(const Evaluation& evaluation) {
+  using Json = nlohmann::ordered_json;
+  Json json = Json::object();
+  if (evaluation.truth.hasScan) {
+    Json& channels = json["gradient"]["channels"] = Json::array();
+    for (const ChannelResidual& channel : evaluation.residuals)
+      channels.push_back({{"name", channel.name},
+                          {"artifactUv", channel.artifactUv},
+                          {"residualUv", channel.residualUv},
+                          {"decibels", channel.decibels()},
+                          {"outsideUv", channel.outsideUv}});
+  }
+  if (evaluation.truth.hasHeart()) {
+    Json& heart = json["heart"];
+    heart["pulses"] = nullptr;
+    if (evaluation.heartPulses) heart["pulses"] = evaluation.heartPulses->size();
+    heart["beats"] = nullptr;
+    if (const auto& beats = evaluation.beats)
+      heart["beats"] = {
+          {"trueInSpan", beats->nrOfTrueBeats},  {"matched", beats->nrOfMatched},
+          {"sensitivity", beats->sensitivity()}, {"positivePredictivity", beats->positivePredictivity()},
+          {"tolerance", beatTolerance},          {"delay", beats->delay},
+          {"largestError", beats->largestError}, {"rmsError", beats->rmsError}};
+    heart["explained"] = explainedInAll(evaluation.explained);
+    Json& channels = heart["channels"] = Json::array();
+    for (const ChannelExplained& channel : evaluation.explained)
+      channels.push_back({{"name", channel.name},
+                          {"artifactUv", channel.artifactUv},
+                          {"residualUv", channel.residualUv},
+                          {"explained", channel.explained()}});
+  }
+  return json.dump(2) + "\n";
+}
+
+} // namespace emeg
