@@ -39,6 +39,7 @@ public:
     squares_.resize(window_.size());
     factors_.resize(static_cast<size_t>(nrOfIntervals));
     scores_.resize(static_cast<size_t>(nrOfIntervals));
+    bounds_.resize(static_cast<size_t>(2 * period_ + 1));
     costs_.resize(static_cast<size_t>(2 * period_ + 1));
     spread_.resize(static_cast<size_t>(4 * period_ + 1));
   }
@@ -115,12 +116,26 @@ private:
     return -static_cast<int64_t>(std::trunc(median));
   }
 
+  /// The first shift of the smallest cost. No term of a cost is negative: the sum over the middle half of the
+  /// weights, which holds nearly all of it, already rules most shifts out.
   int64_t bestShift(const RunningTemplate& running) {
     const auto n = static_cast<double>(beats_.size());
     std::transform(running.votes.begin(), running.votes.end(), spread_.begin(),
                    [n](double vote) { return n - vote * vote / n; });
-    kernels_.slidingDot(spread_.data(), weights_.data(), 2 * period_ + 1, 2 * period_ + 1, costs_.data());
-    return std::min_element(costs_.begin(), costs_.end()) - costs_.begin() - period_;
+    const int64_t taps = 2 * period_ + 1;
+    const int64_t left = period_ / 2;
+    kernels_.slidingDot(spread_.data() + left, weights_.data() + left, taps - 2 * left, taps, bounds_.data());
+    const int64_t promising = std::min_element(bounds_.begin(), bounds_.end()) - bounds_.begin();
+    double reached = 0;
+    kernels_.slidingDot(spread_.data() + promising, weights_.data(), taps, 1, &reached);
+
+    constexpr double rounding = 1 + 1e-9;
+    const auto mayBeSmallest = [&](double bound) { return !(bound > reached * rounding); };
+    const auto first = std::find_if(bounds_.begin(), bounds_.end(), mayBeSmallest) - bounds_.begin();
+    const auto end = bounds_.rend() - std::find_if(bounds_.rbegin(), bounds_.rend(), mayBeSmallest);
+    kernels_.slidingDot(spread_.data() + first, weights_.data(), taps, end - first, costs_.data());
+    return first + (std::min_element(costs_.begin(), costs_.begin() + (end - first)) - costs_.begin()) -
+           period_;
   }
 
   void shiftBeats(int64_t shift) {
@@ -142,7 +157,7 @@ private:
   std::vector<RunningTemplate> templates_;
   std::vector<int32_t> beats_;
   int32_t interval_; ///< between the last two beats
-  std::vector<double> choices_, window_, squares_, factors_, scores_, costs_, spread_;
+  std::vector<double> choices_, window_, squares_, factors_, scores_, bounds_, costs_, spread_;
 };
 
 } // namespace

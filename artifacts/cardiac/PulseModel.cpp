@@ -1,6 +1,7 @@
 #include "artifacts/cardiac/PulseModel.h"
 
 #include "artifacts/cardiac/BeatReassembly.h"
+#include "artifacts/cardiac/BeatWriter.h"
 #include "artifacts/cardiac/PrincipalComponents.h"
 
 #include <algorithm>
@@ -40,6 +41,7 @@ void PulseModel::replaceByEstimate(std::vector<double>& series, int64_t length) 
   const std::vector<double> lastBeat = beat;
   const PrincipalComponents model = principalComponentModel(nrOfComponents, epochs);
 
+  BeatWriter writer(base_, a);
   std::vector<double> epochBefore(epochLength);
   std::vector<double> epochAfter(epochLength);
   for (size_t i = 0; i <= lastInterval; ++i) {
@@ -48,7 +50,7 @@ void PulseModel::replaceByEstimate(std::vector<double>& series, int64_t length) 
     if (i < lastInterval) model.modelOf(i, epochAfter);
     reassembleBeat(base_, i > 0 ? epochBefore.data() : nullptr,
                    i < lastInterval ? epochAfter.data() : nullptr, beat);
-    writeBeatBack(base_, i, a, beat, series.data(), length);
+    writer.write(i, beat, series.data(), length);
     epochBefore.swap(epochAfter);
   }
 }

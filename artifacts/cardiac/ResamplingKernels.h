@@ -15,6 +15,12 @@ struct LockstepIntervals {
   double lengths[nrOfLockstepIntervals];
 };
 
+/// Cubic equations ((samples[i] x - medianBends[i]) x + medianBends[i]) x = distance.
+struct WarpEquations {
+  double samples[nrOfLockstepIntervals];
+  double medianBends[nrOfLockstepIntervals];
+};
+
 /// The hot loops of the pulse model, compiled once for every SIMD level, with the same bits on every level.
 struct ResamplingKernels {
   /// values[j x 8 + i] = linear interpolation of the series at
@@ -28,6 +34,11 @@ struct ResamplingKernels {
   /// sum[j] += factors[i] x values[j x 8 + i], i = 0 ... nrOfIntervals - 1 in ascending order.
   void (*addScaledIntervals)(const double* values, const double* factors, int nrOfIntervals, int64_t count,
                              double* sum);
+
+  /// roots[k x 8 + i] = root of equation i for distance firstDistance + k, k = 0 ... count - 1, by Newton's
+  /// method as in WarpEquation.h, each from the root before it, the first from 0. Returns a bit for every
+  /// equation for which the method failed anywhere: all its roots are useless.
+  int (*solveWarps)(const WarpEquations& equations, double firstDistance, int64_t count, double* roots);
 };
 
 /// The kernels of a level. A level above bestSimdLevel() must not be called.

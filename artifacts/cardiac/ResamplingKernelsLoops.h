@@ -6,6 +6,7 @@ typedef int32_t Indices __attribute__((vector_size(vectorBytes / 2)));
 
 constexpr int lanes = vectorBytes / static_cast<int>(sizeof(double));
 constexpr int vectors = nrOfLockstepIntervals / lanes;
+constexpr double infinity = __builtin_huge_val();
 
 inline Vector load(const double* from) {
   Vector v;
@@ -51,11 +52,11 @@ inline void loadNeighbours(const double* series, const int32_t* index, V& here, 
   }
 }
 
-inline Vector larger(const Vector& a, const Vector& b) {
+inline Indices larger(const Indices& a, const Indices& b) {
   return a > b ? a : b;
 }
 
-inline Vector smaller(const Vector& a, const Vector& b) {
+inline Indices smaller(const Indices& a, const Indices& b) {
   return a < b ? a : b;
 }
 
@@ -71,41 +72,39 @@ struct Places {
 struct Cursor {
   Vector start[vectors];
   Vector length[vectors];
-  Vector sample[vectors]; ///< in front of the current place, a whole number
+  Indices sample[vectors]; ///< the largest whole part of any place so far
 };
 
-inline void findPlaces(const double* position, const double* offset, int64_t count, const Vector& last,
+inline void findPlaces(const double* position, const double* offset, int64_t count, int32_t lastSample,
                        Cursor& cursor, Places& places) {
+  const Indices last = Indices{} + lastSample;
   for (int64_t j = 0; j < count; ++j) {
     for (int v = 0; v < vectors; ++v) {
       const Vector place = cursor.length[v] * position[j] + cursor.start[v] + offset[j];
       // Places are within the recording or close to it: their whole part fits.
-      const Vector whole = __builtin_convertvector(__builtin_convertvector(place, Indices), Vector);
-      cursor.sample[v] = smaller(larger(cursor.sample[v], whole), last);
-      const Indices indices = __builtin_convertvector(cursor.sample[v], Indices);
+      cursor.sample[v] = larger(cursor.sample[v], __builtin_convertvector(place, Indices));
+      const Indices sample = smaller(cursor.sample[v], last);
       const int64_t at = j * nrOfLockstepIntervals + v * lanes;
-      __builtin_memcpy(places.samples + at, &indices, sizeof indices);
-      store(place - cursor.sample[v], places.fractions + at);
+      __builtin_memcpy(places.samples + at, &sample, sizeof sample);
+      store(place - __builtin_convertvector(sample, Vector), places.fractions + at);
     }
   }
 }
 
 void resample(const double* series, int64_t lastSample, const LockstepIntervals& intervals,
               const double* position, const double* offset, int64_t count, double* values, double* energies) {
-  const Vector zero = {};
-  const Vector last = zero + static_cast<double>(lastSample);
   Cursor cursor;
   Vector energy[vectors];
   for (int v = 0; v < vectors; ++v) {
     cursor.start[v] = load(intervals.starts + v * lanes);
     cursor.length[v] = load(intervals.lengths + v * lanes);
-    cursor.sample[v] = smaller(larger(cursor.start[v], zero), last);
-    energy[v] = zero;
+    cursor.sample[v] = larger(__builtin_convertvector(cursor.start[v], Indices), Indices{});
+    energy[v] = Vector{};
   }
   Places places;
   for (int64_t first = 0; first < count; first += Places::capacity) {
     const int64_t size = count - first < Places::capacity ? count - first : Places::capacity;
-    findPlaces(position + first, offset + first, size, last, cursor, places);
+    findPlaces(position + first, offset + first, size, static_cast<int32_t>(lastSample), cursor, places);
     for (int64_t j = 0; j < size; ++j) {
       for (int v = 0; v < vectors; ++v) {
         const int64_t at = j * nrOfLockstepIntervals + v * lanes;
@@ -140,4 +139,46 @@ void addScaledIntervals(const double* values, const double* factors, int nrOfInt
   }
 }
 
-constexpr ResamplingKernels kernels = {resample, addScaledIntervals};
+inline Vector magnitude(const Vector& x) {
+  return x < 0.0 ? -x : x;
+}
+
+int solveWarps(const WarpEquations& equations, double firstDistance, int64_t count, double* roots) {
+  constexpr double smallestStep = 1e-10;
+  constexpr int mostRounds = 100;
+  Vector x[vectors] = {};
+  double unsettled[nrOfLockstepIntervals] = {}; // 1 once an equation has failed
+  for (int64_t k = 0; k < count; ++k) {
+    const double distance = firstDistance + static_cast<double>(k);
+    for (int v = 0; v < vectors; ++v) {
+      const Vector samples = load(equations.samples + v * lanes);
+      const Vector bend = load(equations.medianBends + v * lanes);
+      Vector root = x[v];
+      Vector moving = Vector{} + 1.0;
+      Vector failed = load(unsettled + v * lanes);
+      for (int round = 0; round < mostRounds; ++round) {
+        const Vector slope = (3.0 * samples * root - 2.0 * bend) * root + bend;
+        const Vector step = (((samples * root - bend) * root + bend) * root - distance) / slope;
+        // A step of an equation that has settled is taken back: each one does what it would do alone.
+        const Vector moved = root - step;
+        root = moving > 0.0 ? moved : root;
+        const Vector isNumber = magnitude(step) < infinity ? Vector{} + 1.0 : Vector{};
+        failed = moving > isNumber ? Vector{} + 1.0 : failed;
+        moving = magnitude(step) > smallestStep ? moving * isNumber : Vector{};
+        double still = 0;
+        for (int lane = 0; lane < lanes; ++lane) still += moving[lane];
+        if (still == 0) break;
+      }
+      failed = moving > 0.0 ? Vector{} + 1.0 : failed;
+      x[v] = root;
+      store(failed, unsettled + v * lanes);
+      store(root, roots + k * nrOfLockstepIntervals + v * lanes);
+    }
+  }
+  int failedEquations = 0;
+  for (int i = 0; i < nrOfLockstepIntervals; ++i)
+    if (unsettled[i] > 0) failedEquations |= 1 << i;
+  return failedEquations;
+}
+
+constexpr ResamplingKernels kernels = {resample, addScaledIntervals, solveWarps};
