@@ -13,13 +13,13 @@ BeatWriter::BeatWriter(const BeatTimeBase& base, double a)
     : base_(base), a_(a), group_(std::numeric_limits<size_t>::max()) {}
 
 void BeatWriter::solveGroupOf(size_t index) {
-  group_ = index / nrOfLockstepIntervals;
+  group_ = index / nrOfLockstepEquations;
   WarpEquations front;
   WarpEquations back;
   int64_t mostInFront = 0;
   int64_t mostBehind = 0;
-  for (size_t i = 0; i < nrOfLockstepIntervals; ++i) {
-    const size_t at = std::min(group_ * nrOfLockstepIntervals + i, base_.nrOfIntervals() - 1);
+  for (size_t i = 0; i < nrOfLockstepEquations; ++i) {
+    const size_t at = std::min(group_ * nrOfLockstepEquations + i, base_.nrOfIntervals() - 1);
     const double interval = base_.length(at);
     const int64_t end = lastSampleBeforeBend(base_, a_, interval);
     mostInFront = std::max(mostInFront, end + 1);
@@ -31,16 +31,16 @@ void BeatWriter::solveGroupOf(size_t index) {
     back.samples[i] = backPart.samples;
     back.medianBends[i] = backPart.medianBend;
   }
-  frontRoots_.resize(static_cast<size_t>(mostInFront) * nrOfLockstepIntervals);
-  backRoots_.resize(static_cast<size_t>(mostBehind) * nrOfLockstepIntervals);
+  frontRoots_.resize(static_cast<size_t>(mostInFront) * nrOfLockstepEquations);
+  backRoots_.resize(static_cast<size_t>(mostBehind) * nrOfLockstepEquations);
   const ResamplingKernels& kernels = resamplingKernels();
   failed_ = kernels.solveWarps(front, 0, mostInFront, frontRoots_.data()) |
             kernels.solveWarps(back, 1, mostBehind, backRoots_.data());
 }
 
 void BeatWriter::write(size_t index, const std::vector<double>& beat, double* series, int64_t length) {
-  if (index / nrOfLockstepIntervals != group_) solveGroupOf(index);
-  const size_t lane = index % nrOfLockstepIntervals;
+  if (index / nrOfLockstepEquations != group_) solveGroupOf(index);
+  const size_t lane = index % nrOfLockstepEquations;
   const auto start = static_cast<int64_t>(base_.start(index));
   const double interval = base_.length(index);
   const auto nrOfSamples = static_cast<int64_t>(interval);
@@ -54,10 +54,10 @@ void BeatWriter::write(size_t index, const std::vector<double>& beat, double* se
   const int64_t end = lastSampleBeforeBend(base_, a_, interval);
   double* const samples = series + start;
   const double* root = frontRoots_.data() + lane;
-  for (int64_t j = 0; j <= end; ++j, root += nrOfLockstepIntervals)
+  for (int64_t j = 0; j <= end; ++j, root += nrOfLockstepEquations)
     samples[j] = beatAt(beat, last * front.onTimeBase(*root));
   root = backRoots_.data() + lane;
-  for (int64_t j = nrOfSamples - 1; j > end; --j, root += nrOfLockstepIntervals)
+  for (int64_t j = nrOfSamples - 1; j > end; --j, root += nrOfLockstepEquations)
     samples[j] = beatAt(beat, last * (1 - back.onTimeBase(*root)));
 }
 

@@ -1,9 +1,11 @@
 #include "artifacts/cardiac/PrincipalComponents.h"
 
+#include "artifacts/cardiac/GramIteration.h"
 #include "dsp/VectorKernels.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace emeg {
@@ -46,24 +48,26 @@ void project(const RowMatrix& rows, const double* shape, std::vector<double>& sc
   }
 }
 
-/// The component that the power iteration from the first column leads to.
-PrincipalComponents::Component firstComponent(const RowMatrix& rows) {
-  const size_t m = rows.nrOfRows();
+std::vector<double> firstColumn(const RowMatrix& rows) {
+  std::vector<double> column(rows.nrOfRows());
+  for (size_t i = 0; i < column.size(); ++i) column[i] = rows.row(i)[0];
+  return column;
+}
+
+/// Turns from `scores` on until they settle: at least one.
+PrincipalComponents::Component settle(const RowMatrix& rows, std::vector<double> scores, int turns) {
   const size_t length = rows.length();
-  std::vector<double> scores(m);
   RowMatrix shape(1, length);
   RowMatrix next(1, length);
-  for (size_t i = 0; i < m; ++i) {
-    scores[i] = rows.row(i)[0];
+  for (size_t i = 0; i < rows.nrOfRows(); ++i)
     vectorKernels().addScaled(rows.row(i), scores[i], static_cast<int64_t>(length), shape.row(0));
-  }
-  double energy = energyOf(scores.data(), m);
+  double energy = energyOf(scores.data(), scores.size());
   for (int turn = 1;; ++turn) {
     if (!normalise(shape)) return {};
     std::fill(next.row(0), next.row(0) + length, 0.0);
     project(rows, shape.row(0), scores, next.row(0));
-    const double newEnergy = energyOf(scores.data(), m);
-    if (std::abs(newEnergy / energy - 1) <= settled || turn == mostTurns) break;
+    const double newEnergy = energyOf(scores.data(), scores.size());
+    if (std::abs(newEnergy / energy - 1) <= settled || turn == turns) break;
     energy = newEnergy;
     std::swap(shape, next);
   }
@@ -81,12 +85,24 @@ void PrincipalComponents::modelOf(size_t row, std::vector<double>& model) const 
 }
 
 PrincipalComponents principalComponentModel(int count, RowMatrix& rows) {
+  std::optional<GramIteration> gram;
+  if (GramIteration::paysFor(rows)) gram.emplace(rows);
   PrincipalComponents model;
   for (int k = 0; k < count; ++k) {
-    const PrincipalComponents::Component& component = model.components.emplace_back(firstComponent(rows));
+    std::vector<double> start = firstColumn(rows);
+    int turns = mostTurns;
+    if (gram) {
+      if (auto almostSettled = gram->iterate(start, settled, mostTurns)) {
+        start = std::move(*almostSettled);
+        turns = 1;
+      }
+    }
+    const PrincipalComponents::Component& component =
+        model.components.emplace_back(settle(rows, std::move(start), turns));
     for (size_t i = 0; i < component.scores.size(); ++i)
       vectorKernels().addScaled(component.shape.data(), -component.scores[i],
                                 static_cast<int64_t>(rows.length()), rows.row(i));
+    if (gram && !component.scores.empty()) gram->deflate(component.scores);
   }
   return model;
 }

@@ -5,7 +5,6 @@ typedef double Vector __attribute__((vector_size(vectorBytes)));
 typedef int32_t Indices __attribute__((vector_size(vectorBytes / 2)));
 
 constexpr int lanes = vectorBytes / static_cast<int>(sizeof(double));
-constexpr int vectors = nrOfLockstepIntervals / lanes;
 constexpr double infinity = __builtin_huge_val();
 
 inline Vector load(const double* from) {
@@ -60,83 +59,84 @@ inline Indices smaller(const Indices& a, const Indices& b) {
   return a < b ? a : b;
 }
 
-/// Where a stretch of the common time base lies in the intervals: the sample in front of every place, and how
-/// far behind it the place lies. Found before anything is loaded, so that the loads do not wait for each
-/// other.
-struct Places {
-  static constexpr int64_t capacity = 64;
-  int32_t samples[capacity * nrOfLockstepIntervals];
-  double fractions[capacity * nrOfLockstepIntervals];
-};
-
-struct Cursor {
-  Vector start[vectors];
-  Vector length[vectors];
-  Indices sample[vectors]; ///< the largest whole part of any place so far
-};
-
-inline void findPlaces(const double* position, const double* offset, int64_t count, int32_t lastSample,
-                       Cursor& cursor, Places& places) {
+bool findPlaces(double start, double length, const double* position, const double* offset, int64_t count,
+                int32_t lastSample, int32_t* samples, double* fractions) {
+  const auto firstSample = static_cast<int32_t>(start > 0 ? start : 0.0);
+  const Indices first = Indices{} + (firstSample < lastSample ? firstSample : lastSample);
   const Indices last = Indices{} + lastSample;
-  for (int64_t j = 0; j < count; ++j) {
-    for (int v = 0; v < vectors; ++v) {
-      const Vector place = cursor.length[v] * position[j] + cursor.start[v] + offset[j];
-      // Places are within the recording or close to it: their whole part fits.
-      cursor.sample[v] = larger(cursor.sample[v], __builtin_convertvector(place, Indices));
-      const Indices sample = smaller(cursor.sample[v], last);
-      const int64_t at = j * nrOfLockstepIntervals + v * lanes;
-      __builtin_memcpy(places.samples + at, &sample, sizeof sample);
-      store(place - __builtin_convertvector(sample, Vector), places.fractions + at);
-    }
+  int64_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    const Vector place = length * load(position + j) + start + load(offset + j);
+    // Places are within the recording or close to it: their whole part fits.
+    const Indices sample = smaller(larger(first, __builtin_convertvector(place, Indices)), last);
+    __builtin_memcpy(samples + j, &sample, sizeof sample);
+    store(place - __builtin_convertvector(sample, Vector), fractions + j);
   }
+  for (; j < count; ++j) {
+    const double place = length * position[j] + start + offset[j];
+    const auto whole = static_cast<int32_t>(place);
+    samples[j] = whole < first[0] ? first[0] : whole > lastSample ? lastSample : whole;
+    fractions[j] = place - samples[j];
+  }
+  int32_t descents = 0;
+  for (int64_t k = 1; k < count; ++k) descents += samples[k] < samples[k - 1] ? 1 : 0;
+  return descents == 0;
 }
 
-void resample(const double* series, int64_t lastSample, const LockstepIntervals& intervals,
-              const double* position, const double* offset, int64_t count, double* values, double* energies) {
-  Cursor cursor;
-  Vector energy[vectors];
-  for (int v = 0; v < vectors; ++v) {
-    cursor.start[v] = load(intervals.starts + v * lanes);
-    cursor.length[v] = load(intervals.lengths + v * lanes);
-    cursor.sample[v] = larger(__builtin_convertvector(cursor.start[v], Indices), Indices{});
-    energy[v] = Vector{};
-  }
-  Places places;
-  for (int64_t first = 0; first < count; first += Places::capacity) {
-    const int64_t size = count - first < Places::capacity ? count - first : Places::capacity;
-    findPlaces(position + first, offset + first, size, static_cast<int32_t>(lastSample), cursor, places);
-    for (int64_t j = 0; j < size; ++j) {
-      for (int v = 0; v < vectors; ++v) {
-        const int64_t at = j * nrOfLockstepIntervals + v * lanes;
-        Vector here;
-        Vector next;
-        loadNeighbours(series, places.samples + at, here, next);
-        const Vector fraction = load(places.fractions + at);
-        const Vector value = (1.0 - fraction) * here + fraction * next;
-        energy[v] += value * value;
-        store(value, values + first * nrOfLockstepIntervals + at);
-      }
-    }
-  }
-  for (int v = 0; v < vectors; ++v) store(energy[v], energies + v * lanes);
-}
-
-void addScaledIntervals(const double* values, const double* factors, int nrOfIntervals, int64_t count,
-                        double* sum) {
-  if (nrOfIntervals < nrOfLockstepIntervals) {
-    for (int64_t j = 0; j < count; ++j)
-      for (int i = 0; i < nrOfIntervals; ++i) sum[j] += factors[i] * values[j * nrOfLockstepIntervals + i];
+#if defined(__AVX512F__)
+/// Neighbours of eight ascending samples: where they lie close together they are picked out of two registers.
+/// `end` is the first index that cannot be read.
+inline void loadAscendingNeighbours(const double* series, int64_t end, const int32_t* index, Vector& here,
+                                    Vector& next) {
+  const int32_t base = index[0];
+  if (index[lanes - 1] - base > 14 || base + 16 > end) {
+    loadNeighbours(series, index, here, next);
     return;
   }
-  for (int64_t j = 0; j < count; ++j) {
-    const double* const row = values + j * nrOfLockstepIntervals;
-    double scaled[nrOfLockstepIntervals];
-    for (int v = 0; v < vectors; ++v)
-      store(load(factors + v * lanes) * load(row + v * lanes), scaled + v * lanes);
-    double total = sum[j];
-    for (int i = 0; i < nrOfLockstepIntervals; ++i) total += scaled[i];
-    sum[j] = total;
+  const __m512d low = _mm512_loadu_pd(series + base);
+  const __m512d high = _mm512_loadu_pd(series + base + 8);
+  Indices indices;
+  __builtin_memcpy(&indices, index, sizeof indices);
+  typedef long long Distances __attribute__((vector_size(vectorBytes)));
+  const Distances distances = __builtin_convertvector(indices - base, Distances);
+  here = _mm512_permutex2var_pd(low, __m512i(distances), high);
+  next = _mm512_permutex2var_pd(low, __m512i(distances + 1), high);
+}
+#else
+inline void loadAscendingNeighbours(const double* series, int64_t, const int32_t* index, Vector& here,
+                                    Vector& next) {
+  loadNeighbours(series, index, here, next);
+}
+#endif
+
+double interpolate(const double* series, int32_t lastSample, const int32_t* samples, const double* fractions,
+                   int64_t count, double* values) {
+  constexpr int nrOfPartialSums = 8;
+  constexpr int vectors = nrOfPartialSums / lanes;
+  Vector energy[vectors] = {};
+  int64_t j = 0;
+  for (; j + nrOfPartialSums <= count; j += nrOfPartialSums) {
+    for (int v = 0; v < vectors; ++v) {
+      const int64_t at = j + v * lanes;
+      Vector here;
+      Vector next;
+      loadAscendingNeighbours(series, int64_t{lastSample} + 2, samples + at, here, next);
+      const Vector fraction = load(fractions + at);
+      const Vector value = (1.0 - fraction) * here + fraction * next;
+      energy[v] += value * value;
+      store(value, values + at);
+    }
   }
+  double partial[nrOfPartialSums];
+  for (int v = 0; v < vectors; ++v) store(energy[v], partial + v * lanes);
+  for (int k = 0; j < count; ++j, ++k) {
+    const double* const pair = series + samples[j];
+    values[j] = (1.0 - fractions[j]) * pair[0] + fractions[j] * pair[1];
+    partial[k] += values[j] * values[j];
+  }
+  for (int half = nrOfPartialSums / 2; half > 0; half /= 2)
+    for (int k = 0; k < half; ++k) partial[k] += partial[k + half];
+  return partial[0];
 }
 
 inline Vector magnitude(const Vector& x) {
@@ -146,8 +146,9 @@ inline Vector magnitude(const Vector& x) {
 int solveWarps(const WarpEquations& equations, double firstDistance, int64_t count, double* roots) {
   constexpr double smallestStep = 1e-10;
   constexpr int mostRounds = 100;
+  constexpr int vectors = nrOfLockstepEquations / lanes;
   Vector x[vectors] = {};
-  double unsettled[nrOfLockstepIntervals] = {}; // 1 once an equation has failed
+  double unsettled[nrOfLockstepEquations] = {}; // 1 once an equation has failed
   for (int64_t k = 0; k < count; ++k) {
     const double distance = firstDistance + static_cast<double>(k);
     for (int v = 0; v < vectors; ++v) {
@@ -172,13 +173,13 @@ int solveWarps(const WarpEquations& equations, double firstDistance, int64_t cou
       failed = moving > 0.0 ? Vector{} + 1.0 : failed;
       x[v] = root;
       store(failed, unsettled + v * lanes);
-      store(root, roots + k * nrOfLockstepIntervals + v * lanes);
+      store(root, roots + k * nrOfLockstepEquations + v * lanes);
     }
   }
   int failedEquations = 0;
-  for (int i = 0; i < nrOfLockstepIntervals; ++i)
+  for (int i = 0; i < nrOfLockstepEquations; ++i)
     if (unsettled[i] > 0) failedEquations |= 1 << i;
   return failedEquations;
 }
 
-constexpr ResamplingKernels kernels = {resample, addScaledIntervals, solveWarps};
+constexpr ResamplingKernels kernels = {findPlaces, interpolate, solveWarps};

@@ -2,6 +2,8 @@
 
 #include "artifacts/cardiac/BcgSeries.h"
 #include "artifacts/cardiac/ResamplingKernels.h"
+#include "artifacts/cardiac/RowMatrix.h"
+#include "dsp/VectorKernels.h"
 
 #include <algorithm>
 #include <array>
@@ -11,38 +13,60 @@ namespace emeg {
 namespace {
 
 constexpr double finestStep = 0.001;
-constexpr double notComputed = -1.0;
 
-/// Intervals first ... first + 7 of the recording; behind its last one, that one again.
-LockstepIntervals intervalsFrom(const BeatTimeBase& base, size_t first) {
-  LockstepIntervals intervals;
-  for (size_t i = 0; i < nrOfLockstepIntervals; ++i) {
-    const size_t index = std::min(first + i, base.nrOfIntervals() - 1);
-    intervals.starts[i] = base.start(index);
-    intervals.lengths[i] = base.length(index);
-  }
-  return intervals;
+/// Rounding of a score, relative to it: generously above what was ever seen.
+constexpr double scoreRounding = 1e-11;
+
+constexpr size_t rowsAtOnce = 4;
+
+double energyOf(const std::vector<double>& values) {
+  double energy = 0;
+  for (const double value : values) energy += value * value;
+  return energy;
 }
 
 } // namespace
 
 double warpScore(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table) {
   const auto size = static_cast<size_t>(base.modelLength);
-  const ResamplingKernels& kernels = resamplingKernels();
-  std::vector<double> values(size * nrOfLockstepIntervals);
-  std::array<double, nrOfLockstepIntervals> factors;
+  const auto lastSample = static_cast<int32_t>(length - 1);
+  const ResamplingKernels& resampling = resamplingKernels();
+  RowMatrix rows(rowsAtOnce, size);
+  std::vector<int32_t> samples(size);
+  std::vector<double> fractions(size);
   std::vector<double> sum(size);
-  for (size_t first = 0; first < base.nrOfIntervals(); first += nrOfLockstepIntervals) {
-    kernels.resample(series, length - 1, intervalsFrom(base, first), table.warpPosition.data(),
-                     table.warpOffset.data(), base.modelLength, values.data(), factors.data());
-    std::transform(factors.begin(), factors.end(), factors.begin(), normFactor);
-    const size_t count = std::min<size_t>(base.nrOfIntervals() - first, nrOfLockstepIntervals);
-    kernels.addScaledIntervals(values.data(), factors.data(), static_cast<int>(count), base.modelLength,
-                               sum.data());
+  for (size_t first = 0; first < base.nrOfIntervals(); first += rowsAtOnce) {
+    std::array<double, rowsAtOnce> factors{};
+    for (size_t r = 0; r < rowsAtOnce && first + r < base.nrOfIntervals(); ++r) {
+      const size_t index = first + r;
+      double energy = 0;
+      if (resampling.findPlaces(base.start(index), base.length(index), table.warpPosition.data(),
+                                table.warpOffset.data(), base.modelLength, lastSample, samples.data(),
+                                fractions.data())) {
+        energy = resampling.interpolate(series, lastSample, samples.data(), fractions.data(),
+                                        base.modelLength, rows.row(r));
+      } else {
+        resampleInterval(series, length, base, table, index, rows.row(r));
+        energy = vectorKernels().dot(rows.row(r), rows.row(r), base.modelLength);
+      }
+      factors[r] = normFactor(energy);
+    }
+    vectorKernels().addScaledFour(rows.row(0), static_cast<int64_t>(rows.stride()), factors.data(),
+                                  base.modelLength, sum.data());
   }
-  double score = 0;
-  for (const double value : sum) score += value * value;
-  return score;
+  return energyOf(sum);
+}
+
+double plainWarpScore(const double* series, int64_t length, const BeatTimeBase& base,
+                      const WarpTable& table) {
+  std::vector<double> sum(static_cast<size_t>(base.modelLength));
+  std::vector<double> beat(sum.size());
+  for (size_t i = 0; i < base.nrOfIntervals(); ++i) {
+    resampleInterval(series, length, base, table, i, beat.data());
+    const double factor = normFactor(energyOf(beat));
+    for (size_t j = 0; j < sum.size(); ++j) sum[j] += beat[j] * factor;
+  }
+  return energyOf(sum);
 }
 
 void resampleInterval(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table,
@@ -69,24 +93,40 @@ const WarpTable& WarpFit::tableOf(double a, bool sharedByChannels) {
   return sharedTables_.emplace_back(a, makeWarpTable(a, base_)).second;
 }
 
+/// The first point of the highest score.
+size_t WarpFit::highestOf(Bracket& bracket, const double* series, int64_t length) const {
+  const auto isLower = [](const Point& x, const Point& y) { return x.score < y.score; };
+  const auto highest = std::max_element(bracket.begin(), bracket.end(), isLower);
+  const double limit = highest->score * (1 - scoreRounding);
+  const auto isClose = [limit](const Point& point) { return !(point.score < limit); };
+  if (std::count_if(bracket.begin(), bracket.end(), isClose) == 1)
+    return static_cast<size_t>(highest - bracket.begin());
+
+  Bracket plain = bracket;
+  for (Point& point : plain)
+    point.score = plainWarpScore(series, length, base_, makeWarpTable(point.a, base_));
+  return static_cast<size_t>(std::max_element(plain.begin(), plain.end(), isLower) - plain.begin());
+}
+
 double WarpFit::fit(const double* series, int64_t length) {
   double low = base_.warpMargin;
   double high = 1 - base_.warpMargin;
   double step = (high - low) / 4;
   double a = 0.5;
-  std::array<double, 5> scores;
-  scores.fill(notComputed);
-  for (bool firstBracket = true; step > finestStep; firstBracket = false) {
-    for (size_t k = 0; k < scores.size(); ++k)
-      if (scores[k] == notComputed)
-        scores[k] =
-            warpScore(series, length, base_, tableOf(low + static_cast<double>(k) * step, firstBracket));
-    const auto highest = std::max_element(scores.begin(), scores.end()) - scores.begin();
-    const auto k = static_cast<size_t>(std::clamp<std::ptrdiff_t>(highest, 1, 3));
+  Bracket bracket;
+  for (bool isFirst = true; step > finestStep; isFirst = false) {
+    for (size_t k = 0; k < bracket.size(); ++k) {
+      Point& point = bracket[k];
+      if (point.isScored) continue;
+      point.a = low + static_cast<double>(k) * step;
+      point.score = warpScore(series, length, base_, tableOf(point.a, isFirst));
+      point.isScored = true;
+    }
+    const size_t k = std::clamp<size_t>(highestOf(bracket, series, length), 1, 3);
     high = low + static_cast<double>(k + 1) * step;
     low += static_cast<double>(k - 1) * step;
     step /= 2;
-    scores = {scores[k - 1], notComputed, scores[k], notComputed, scores[k + 1]};
+    bracket = {bracket[k - 1], Point(), bracket[k], Point(), bracket[k + 1]};
     a = (low + high) / 2;
   }
   return a;
