@@ -80,10 +80,11 @@ correct() { # with choice $1
   "$bin/lumetra" "$bin/EMEGArtifactPlugin.so" --answers answers.json --transcript calls.jsonl --quiet >/dev/null 2>host.txt
 }
 
+# Inside the scanner, so that there is a gradient artifact to find.
 hard() {
   local name=$1 seed
   shift
-  for seed in 1 2 3; do measure "$name" bcg volume-wise 65 $seed "$@"; done
+  for seed in 1 2 3; do fs=2000 measure "$name" both volume-wise 65 $seed "$@"; done
 }
 
 # shellcheck disable=SC2059
