@@ -132,5 +132,33 @@ TEST(TriggerMarkers, WithoutAFreeConditionAreIgnored) {
   for (const Condition& condition : triggers.conditions) EXPECT_EQ(condition.nrOfIntervals(), 0);
 }
 
+TEST(TriggerMarkers, OneStandsAtEveryHeartPulse) {
+  Protocol triggers = makeTriggerProtocol();
+  addHeartPulseMarkers(triggers, {0, 12, 250.4}, 4000.000189989805, 0);
+  ASSERT_EQ(triggers.nrOfConditions(), 2);
+  const Condition& pulses = triggers.conditions[1];
+  EXPECT_EQ(pulses.conditionName, "HeartPulseTriggers");
+  EXPECT_EQ(pulses.onsets, (Times{0, 48000, 1001600}));
+  EXPECT_EQ(pulses.offsets, pulses.onsets);
+}
+
+TEST(TriggerMarkers, OfHeartPulsesStandInFrontOfTheGradients) {
+  Protocol triggers = makeTriggerProtocol();
+  addGradientMarkers(triggers, volumesOf(1, 1.0, 0.5), microsecondsPerSecond, 0);
+  addHeartPulseMarkers(triggers, {100}, 4000, 1000000);
+  ASSERT_EQ(triggers.nrOfConditions(), 3);
+  EXPECT_EQ(triggers.conditions[1].conditionName, "HeartPulseTriggers");
+  EXPECT_EQ(triggers.conditions[1].onsets, Times{1400000});
+  EXPECT_EQ(triggers.conditions[2].conditionName, "MRGradientTriggers");
+}
+
+TEST(TriggerMarkers, OfNoHeartPulseAreAnEmptySet) {
+  Protocol triggers = makeTriggerProtocol();
+  addHeartPulseMarkers(triggers, {}, 4000, 0);
+  ASSERT_EQ(triggers.nrOfConditions(), 2);
+  EXPECT_EQ(triggers.conditions[1].conditionName, "HeartPulseTriggers");
+  EXPECT_TRUE(triggers.conditions[1].onsets.empty());
+}
+
 } // namespace
 } // namespace emeg
