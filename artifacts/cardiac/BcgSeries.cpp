@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace emeg {
 
@@ -14,7 +15,7 @@ void copyWindow(const double* samples, int64_t length, int64_t first, int64_t co
 }
 
 bool hasEnergy(const double* samples, int64_t length) {
-  return std::any_of(samples, samples + length, [](double x) { return x * x > 0; });
+  return std::inner_product(samples, samples + length, samples, 0.0) > 0;
 }
 
 double normFactor(double energy) {

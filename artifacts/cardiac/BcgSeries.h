@@ -8,8 +8,8 @@
 namespace emeg {
 
 /// All channels of a recording, low-passed at 35 Hz and reduced to about 250 samples a second. The arrays
-/// belong to somebody else; each holds at least `length` samples. Positions and lengths of every cardiac step
-/// are counted in these samples.
+/// belong to somebody else; each holds at least `length` samples, 32-bit floats in doubles: no square
+/// overflows. Positions and lengths of every cardiac step are counted in these samples.
 struct BcgSeries {
   std::span<const std::vector<double>> channels;
   int64_t length = 0;
@@ -21,7 +21,8 @@ struct BcgSeries {
 /// out[i] = samples[first + i], i = 0 ... count - 1; 0 where that lies outside the `length` samples.
 void copyWindow(const double* samples, int64_t length, int64_t first, int64_t count, double* out);
 
-/// Whether a channel has any sample whose square is not 0.
+/// Whether the sum of a channel's squares is larger than 0. A channel with a sample that is not a number has
+/// none.
 bool hasEnergy(const double* samples, int64_t length);
 
 /// 1 / sqrt(energy), and 0 for a segment without energy.

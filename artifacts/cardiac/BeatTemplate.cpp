@@ -50,22 +50,28 @@ private:
   int64_t size_;
 };
 
+struct Resemblances {
+  std::vector<double> values; ///< one per beat
+  double largestTerm = 0;     ///< of the differences that they are: the scale of their rounding
+};
+
 /// Minus the weighted product of each normalised segment with the sum of all others. Linear in the beats.
-std::vector<double> resemblances(const BeatSegments& segments, const std::vector<double>& weights) {
+Resemblances resemblances(const BeatSegments& segments, const std::vector<double>& weights) {
   std::vector<double> weightedSum = segments.sumOver(std::vector<bool>(segments.nrOfBeats(), true));
   for (size_t i = 0; i < weightedSum.size(); ++i) weightedSum[i] *= weights[i];
 
-  std::vector<double> result(segments.nrOfBeats());
+  Resemblances result;
   std::vector<double> segment(weights.size());
   std::vector<double> weighted(weights.size());
-  for (size_t k = 0; k < result.size(); ++k) {
+  for (size_t k = 0; k < segments.nrOfBeats(); ++k) {
     segments.copy(k, segment.data());
     const double factor = BeatSegments::factorOf(segment);
     for (double& x : segment) x *= factor;
     for (size_t i = 0; i < segment.size(); ++i) weighted[i] = weights[i] * segment[i];
     const double toAll = vectorKernels().dot(segment.data(), weightedSum.data(), segments.size());
     const double toItself = vectorKernels().dot(segment.data(), weighted.data(), segments.size());
-    result[k] = -(toAll - toItself);
+    result.values.push_back(-(toAll - toItself));
+    result.largestTerm = std::max({result.largestTerm, std::abs(toAll), std::abs(toItself)});
   }
   return result;
 }
@@ -101,22 +107,21 @@ std::vector<double> resemblancesOfPairs(const BeatSegments& segments, const std:
 }
 
 /// Whether rounding of the resemblances cannot change which of them lie below their approximate median.
-bool isClear(const std::vector<double>& resemblance, double median, double margin) {
-  double largest = 0;
+bool isClear(const Resemblances& resemblance, double median, double margin) {
+  if (resemblance.largestTerm == 0) return true; // of a flat channel: 0 whatever the order
   double sum = 0;
   double sumOfSquares = 0;
   double distance = margin;
-  for (const double r : resemblance) {
-    largest = std::max(largest, std::abs(r));
+  for (const double r : resemblance.values) {
     sum += r;
     sumOfSquares += r * r;
     distance = std::min(distance, std::abs(r - median));
   }
-  if (largest == 0) return true; // of a flat channel: 0 whatever the order
-  const auto n = static_cast<double>(resemblance.size());
+  const auto n = static_cast<double>(resemblance.values.size());
   const double deviation = std::sqrt(std::max(sumOfSquares / n - (sum / n) * (sum / n), 0.0));
   // The standard deviation, which places the bins, loses digits when it is small beside the values.
-  const double rounding = resemblanceRounding * largest * std::max(1.0, largest / deviation);
+  const double rounding =
+      resemblanceRounding * resemblance.largestTerm * std::max(1.0, resemblance.largestTerm / deviation);
   return distance > rounding;
 }
 
@@ -128,10 +133,10 @@ std::vector<bool> below(const std::vector<double>& values, double limit) {
 
 std::vector<bool> selectSegments(const BeatSegments& segments, const std::vector<double>& weights) {
   const auto n = static_cast<int32_t>(segments.nrOfBeats());
-  const std::vector<double> resemblance = resemblances(segments, weights);
+  const Resemblances resemblance = resemblances(segments, weights);
   double margin = 0;
-  const double median = histogramMedian(resemblance.data(), n, margin);
-  if (isClear(resemblance, median, margin)) return below(resemblance, median);
+  const double median = histogramMedian(resemblance.values.data(), n, margin);
+  if (isClear(resemblance, median, margin)) return below(resemblance.values, median);
 
   const std::vector<double> ofPairs = resemblancesOfPairs(segments, weights);
   return below(ofPairs, histogramMedian(ofPairs.data(), n));

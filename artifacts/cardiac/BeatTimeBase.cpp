@@ -36,7 +36,7 @@ BeatTimeBase makeBeatTimeBase(const std::vector<double>& pulsePositions, int32_t
   base.medianPulseInterval = median;
   base.modelLength = static_cast<int32_t>(std::clamp(length, shortestModel, longestModel));
   base.warpStep = 1.0 / (base.modelLength - 1);
-  base.warpMargin = std::max(0.5 * (1 - *shortest / median), 0.0);
+  base.warpMargin = std::max(0.0, 0.5 * (1 - *shortest / median));
   base.epochHalfLength = static_cast<int32_t>(std::ceil(base.modelLength * 0.6));
   return base;
 }

@@ -89,9 +89,8 @@ private:
       choice = takeLater ? later : earlier;
     }
     if (isInside(choice)) return choice;
-    if (choice != later && isInside(later)) return later;
-    if (choice != earlier && isInside(earlier)) return earlier;
-    return noCandidate;
+    const int32_t other = choice == later ? earlier : later;
+    return isInside(other) ? other : noCandidate;
   }
 
   const PulseCandidates& candidates_;

@@ -41,8 +41,9 @@ public:
     double best = -1e60;
     int32_t lag = previous;
     for (size_t k = 0; k < sums_.size(); ++k) {
-      if (sums_[k] > best) {
-        best = sums_[k];
+      const double sum = std::isnan(sums_[k]) ? clippedSum(lagMin_ + static_cast<int64_t>(k)) : sums_[k];
+      if (sum > best) {
+        best = sum;
         lag = static_cast<int32_t>(lagMin_ + static_cast<int64_t>(k));
       }
     }
@@ -50,6 +51,14 @@ public:
   }
 
 private:
+  /// Without the products with what lies behind the end: an infinite sample times 0 is no number.
+  double clippedSum(int64_t lag) const {
+    double sum = 0;
+    for (int64_t j = 0; j < std::min(nrOfTerms_, length_ - from_ - lag); ++j)
+      sum += window_[static_cast<size_t>(j)] * window_[static_cast<size_t>(j + lag)];
+    return sum;
+  }
+
   int64_t length_;
   int64_t from_;
   int64_t nrOfTerms_;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace emeg {
 
@@ -63,8 +64,9 @@ double plainWarpScore(const double* series, int64_t length, const BeatTimeBase& 
   std::vector<double> beat(sum.size());
   for (size_t i = 0; i < base.nrOfIntervals(); ++i) {
     resampleInterval(series, length, base, table, i, beat.data());
-    const double factor = normFactor(energyOf(beat));
-    for (size_t j = 0; j < sum.size(); ++j) sum[j] += beat[j] * factor;
+    const double norm = std::sqrt(energyOf(beat));
+    if (!(norm > 0)) continue;
+    for (size_t j = 0; j < sum.size(); ++j) sum[j] += beat[j] / norm;
   }
   return energyOf(sum);
 }

@@ -221,5 +221,112 @@ TEST(HistogramMedian, TinyAndHugeScalesWork) {
   }
 }
 
+/// The smallest distance of a value from a bin edge, over all bin edges of all refinements.
+double slowMargin(const std::vector<double>& values) {
+  const auto n = static_cast<double>(values.size());
+  double sum = 0;
+  double squares = 0;
+  for (const double v : values) {
+    sum += v * 0.001;
+    squares += (v * 0.001) * (v * 0.001);
+  }
+  const double std = std::sqrt(std::max(0.0, squares / n - (sum / n) * (sum / n))) * 1000;
+  double lo = sum / n * 1000 - std;
+  double hi = sum / n * 1000 + std;
+  if (!(hi - lo > std * 1e-6)) return 0;
+  double margin = std::numeric_limits<double>::infinity();
+  for (bool going = true; going;) {
+    std::vector<long> bins(1001, 0);
+    long seen = 0;
+    for (const double v : values) {
+      for (int edge = 0; edge <= 1000; ++edge)
+        margin = std::min(margin, std::fabs(v - (lo + edge * (hi - lo) / 1000)));
+      if (v < lo) ++seen;
+      if (v >= lo && v < hi)
+        ++bins[std::min<std::size_t>(999, static_cast<std::size_t>((v - lo) * 1000 / (hi - lo)))];
+    }
+    std::size_t behind = 0;
+    while (seen < static_cast<long>(values.size() / 2) && behind < 1000) seen += bins[behind++];
+    const double newLo = lo + (static_cast<double>(behind) - 1) * (hi - lo) / 1000;
+    const double newHi = lo + static_cast<double>(behind) * (hi - lo) / 1000;
+    going = bins[behind] >= 5 && newHi - newLo > std * 1e-6;
+    lo = newLo;
+    hi = newHi;
+  }
+  return margin;
+}
+
+double marginOf(const std::vector<double>& values) {
+  double margin = -1;
+  histogramMedian(values.data(), countOf(values), margin);
+  return margin;
+}
+
+TEST(HistogramMedianMargin, AskingForItDoesNotChangeTheMedian) {
+  for (uint32_t seed = 1; seed <= 60; ++seed) {
+    const std::vector<double> values = reference::random(5 + 61 * seed, seed);
+    double margin = -1;
+    EXPECT_EQ(histogramMedian(values.data(), countOf(values), margin), histogramMedianOf(values));
+  }
+}
+
+TEST(HistogramMedianMargin, IsTheSmallestDistanceOfAnyValueFromAnyBinEdge) {
+  for (uint32_t seed = 1; seed <= 40; ++seed) {
+    // Whole numbers around which many values gather, so that several refinements are needed, and plain noise.
+    std::vector<double> values = reference::random(10 + 7 * seed, seed);
+    for (double& v : values) v = seed % 2 == 0 ? std::floor(8 * v) + 200 + 1e-4 * v : 30 * v;
+    const double margin = marginOf(values);
+    EXPECT_GE(margin, 0);
+    EXPECT_NEAR(margin, slowMargin(values), 1e-11) << seed;
+  }
+}
+
+TEST(HistogramMedianMargin, CountsTheRefinementsBehindTheFirstToo) {
+  // The first range has its edges far away from all values: -1 and 1 set it, 61 values lie in the middle of
+  // one bin. The second refinement cuts that bin into a thousand.
+  std::vector<double> values;
+  for (int i = 0; i < 61; ++i) values.push_back(1e-5 * i);
+  values.insert(values.end(), 30, -1.0);
+  values.insert(values.end(), 30, 1.0);
+  for (int i = 0; i < 5; ++i) values.push_back(2e-3 + 1e-5 * i);
+  const double margin = marginOf(values);
+  EXPECT_NEAR(margin, slowMargin(values), 1e-12);
+  EXPECT_LT(margin, 1e-6);
+}
+
+TEST(HistogramMedianMargin, SmallerChangesMoveTheMedianBySoLittleToo) {
+  int moved = 0;
+  for (uint32_t seed = 1; seed <= 60; ++seed) {
+    std::vector<double> values = reference::random(9 + seed, seed);
+    for (double& v : values) v = 250 + 20 * v;
+    const double margin = marginOf(values);
+    ASSERT_GT(margin, 0);
+    const double median = histogramMedianOf(values);
+    const std::vector<double> changes = reference::random(values.size(), seed + 1000);
+    std::vector<double> changed = values;
+    for (std::size_t i = 0; i < values.size(); ++i) changed[i] += changes[i] * margin / 8;
+    EXPECT_LE(std::fabs(histogramMedianOf(changed) - median), margin / 2) << seed;
+    // Far larger changes do not all leave the bins alone.
+    for (std::size_t i = 0; i < values.size(); ++i) changed[i] = values[i] + changes[i];
+    if (std::fabs(histogramMedianOf(changed) - median) > margin / 2) ++moved;
+  }
+  EXPECT_GT(moved, 30);
+}
+
+TEST(HistogramMedianMargin, AValueOnAnEdgeLeavesNone) {
+  // Mean 0 and standard deviation 1000 to the last bit: all values are ends of the range.
+  const std::vector<double> values = {-1000.0, 1000.0, -1000.0, 1000.0};
+  EXPECT_EQ(marginOf(values), 0);
+}
+
+TEST(HistogramMedianMargin, IsZeroWhereTheSpreadDecidesAlone) {
+  EXPECT_EQ(marginOf(std::vector<double>(100, 250.0)), 0);
+  EXPECT_EQ(marginOf({4000.0}), 0);
+  EXPECT_EQ(marginOf({1.0, std::numeric_limits<double>::quiet_NaN(), 2.0}), 0);
+  double margin = -1;
+  EXPECT_EQ(histogramMedian(nullptr, 0, margin), 0);
+  EXPECT_EQ(margin, 0);
+}
+
 } // namespace
 } // namespace emeg
