@@ -17,10 +17,6 @@ struct VectorKernels {
   /// out[p] = sum over i of s[p + i], in ascending order of i.
   void (*slidingSum)(const double* s, int64_t taps, int64_t count, double* out);
 
-  /// out[p] = sum over i of (s[p + i] x g[i]) x w[i], in ascending order of i.
-  void (*slidingWeightedDot)(const double* s, const double* g, const double* w, int64_t taps, int64_t count,
-                             double* out);
-
   /// out[p] = sum over i of g[i] x (f[p] x s[p + i] + w[i])^2, in ascending order of i.
   void (*slidingWeightedSquares)(const double* s, const double* f, const double* g, const double* w,
                                  int64_t taps, int64_t count, double* out);

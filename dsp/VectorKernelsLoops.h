@@ -79,30 +79,6 @@ struct SlidingSum {
   }
 };
 
-struct SlidingWeightedDot {
-  const double* s;
-  const double* g;
-  const double* w;
-  int64_t taps;
-  double* out;
-
-  template <int V>
-  void run(int64_t p) const {
-    Vector sum[V] = {};
-    for (int64_t i = 0; i < taps; ++i) {
-      const double gain = g[i];
-      const double weight = w[i];
-      for (int v = 0; v < V; ++v) sum[v] += (load(s + p + i + v * lanes) * gain) * weight;
-    }
-    for (int v = 0; v < V; ++v) store(sum[v], out + p + v * lanes);
-  }
-  void single(int64_t p) const {
-    double sum = 0;
-    for (int64_t i = 0; i < taps; ++i) sum += (s[p + i] * g[i]) * w[i];
-    out[p] = sum;
-  }
-};
-
 struct SlidingWeightedSquares {
   const double* s;
   const double* f;
@@ -142,11 +118,6 @@ void slidingDot(const double* s, const double* w, int64_t taps, int64_t count, d
 
 void slidingSum(const double* s, int64_t taps, int64_t count, double* out) {
   forAllOutputs<8>(count, SlidingSum{s, taps, out});
-}
-
-void slidingWeightedDot(const double* s, const double* g, const double* w, int64_t taps, int64_t count,
-                        double* out) {
-  forAllOutputs<8>(count, SlidingWeightedDot{s, g, w, taps, out});
 }
 
 void slidingWeightedSquares(const double* s, const double* f, const double* g, const double* w, int64_t taps,
@@ -206,5 +177,5 @@ void addScaledFour(const double* rows, int64_t stride, const double* factors, in
   addScaledRows<4>(rows, stride, factors, count, out);
 }
 
-constexpr VectorKernels kernels = {slidingDot, slidingSum, slidingWeightedDot, slidingWeightedSquares,
-                                   dot,        dotFour,    addScaled,          addScaledFour};
+constexpr VectorKernels kernels = {slidingDot, slidingSum, slidingWeightedSquares, dot,
+                                   dotFour,    addScaled,  addScaledFour};

@@ -38,8 +38,8 @@ struct Sliding {
         w(unevenNoise(nrOfTaps, 4, decades)), taps(nrOfTaps), count(nrOfOutputs) {}
 };
 
-enum class Kind { Dot, Sum, WeightedDot, WeightedSquares };
-constexpr std::array allKinds = {Kind::Dot, Kind::Sum, Kind::WeightedDot, Kind::WeightedSquares};
+enum class Kind { Dot, Sum, WeightedSquares };
+constexpr std::array allKinds = {Kind::Dot, Kind::Sum, Kind::WeightedSquares};
 
 std::vector<double> plain(Kind kind, const Sliding& in) {
   std::vector<double> out(in.count);
@@ -50,8 +50,6 @@ std::vector<double> plain(Kind kind, const Sliding& in) {
         sum += in.s[p + i] * in.w[i];
       } else if (kind == Kind::Sum) {
         sum += in.s[p + i];
-      } else if (kind == Kind::WeightedDot) {
-        sum += (in.s[p + i] * in.g[i]) * in.w[i];
       } else {
         const double x = in.f[p] * in.s[p + i] + in.w[i];
         sum += in.g[i] * (x * x);
@@ -74,8 +72,6 @@ std::vector<double> slid(SimdLevel level, Kind kind, const Sliding& in, std::siz
   const int64_t count = wide(in.count);
   if (kind == Kind::Dot) kernels.slidingDot(s.data(), w.data(), taps, count, out.data());
   if (kind == Kind::Sum) kernels.slidingSum(s.data(), taps, count, out.data());
-  if (kind == Kind::WeightedDot)
-    kernels.slidingWeightedDot(s.data(), g.data(), w.data(), taps, count, out.data());
   if (kind == Kind::WeightedSquares)
     kernels.slidingWeightedSquares(s.data(), f.data(), g.data(), w.data(), taps, count, out.data());
   return out.values();
@@ -140,7 +136,7 @@ TEST_P(VectorKernelsTest, SlidingSumsPassOnWhatIsNotFiniteToTheOutputsThatSeeItA
 }
 
 TEST_P(VectorKernelsTest, SlidingSumsPassOnANumberlessWeightToAllOutputs) {
-  for (const Kind kind : {Kind::Dot, Kind::WeightedDot, Kind::WeightedSquares}) {
+  for (const Kind kind : {Kind::Dot, Kind::WeightedSquares}) {
     Sliding in(5, 43, 1);
     in.w[2] = notANumber;
     for (const double value : slid(GetParam(), kind, in, 0)) EXPECT_TRUE(std::isnan(value));
