@@ -126,8 +126,8 @@ bool isClear(const Resemblances& resemblance, double median, double margin) {
 }
 
 std::vector<bool> below(const std::vector<double>& values, double limit) {
-  std::vector<bool> result;
-  for (const double value : values) result.push_back(value < limit);
+  std::vector<bool> result(values.size());
+  std::transform(values.begin(), values.end(), result.begin(), [limit](double x) { return x < limit; });
   return result;
 }
 

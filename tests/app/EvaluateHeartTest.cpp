@@ -209,7 +209,8 @@ TEST_F(EvaluateHeart, WithAScanBothArtifactsAreJudged) {
   EXPECT_THAT(run.out, HasSubstr("slices per volume"));
   EXPECT_THAT(run.out, HasSubstr("The residual lies 40.0 to 40.0 dB below the gradient artifact."));
   EXPECT_THAT(run.out, HasSubstr("Beats: sensitivity 1.000, positive predictivity 1.000"));
-  for (const nlohmann::json& channel : figures().at("channels"))
+  const nlohmann::json found = figures();
+  for (const nlohmann::json& channel : found.at("channels"))
     EXPECT_LT(channel.at("explained").get<double>(), 0.999); // the gradient's residual counts
 }
 
