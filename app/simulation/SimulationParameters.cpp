@@ -71,7 +71,7 @@ std::string problemWithHeart(const HeartParameters& heart, double seconds) {
 }
 
 std::string problemWithMovement(const MovementParameters& movement, double seconds) {
-  const std::string peak = rangeProblem("The movements' peak", movement.peakUv, 1, 100000, " uV");
+  std::string peak = rangeProblem("The movements' peak", movement.peakUv, 1, 100000, " uV");
   if (!peak.empty()) return peak;
   std::ostringstream text;
   if (movement.nrOfBursts < 1)
