@@ -106,6 +106,7 @@ public:
   virtual bool detectHeartPulses();
   bool estimateHeartPeriod();
   bool buildPulseDetectionSignal();
+  bool checkPulseModelIsPossible();
   /// Replaces bcgSeries of a channel by its artifact estimate; channels in order from 0.
   virtual void buildPulseModel(int32_t channel);
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);

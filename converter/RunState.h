@@ -191,7 +191,8 @@ private:
 /// The heart beats that are found between the two passes of the cardiac correction. Positions in samples of
 /// bcgSeries.
 struct CardiacCorrection {
-  size_t pulseCapacity = 3000; ///< a program that corrects long recordings may raise it
+  size_t pulseCapacity = 3000;    ///< a program that corrects long recordings may raise it
+  float candidatesPerSecond = 35; ///< the same for many channels, whose detection signal has more minima
   HeartPeriod period;
   std::vector<float> pulseDetectionSignal;
   std::vector<double> pulsePositions;

@@ -5,7 +5,7 @@ namespace emeg {
 namespace {
 
 SimdLevel askMachine() {
-#if defined(__x86_64__)
+#if defined(EMEG_X86_SIMD_LEVELS)
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx512f")) return SimdLevel::Avx512;
   if (__builtin_cpu_supports("avx2")) return SimdLevel::Avx2;

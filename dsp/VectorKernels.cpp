@@ -7,7 +7,7 @@ const VectorKernels& vectorKernelsAvx2();
 const VectorKernels& vectorKernelsAvx512();
 
 const VectorKernels& vectorKernels(SimdLevel level) {
-#if defined(__x86_64__)
+#if defined(EMEG_X86_SIMD_LEVELS)
   if (level == SimdLevel::Avx512) return vectorKernelsAvx512();
   if (level == SimdLevel::Avx2) return vectorKernelsAvx2();
 #endif

@@ -108,7 +108,8 @@ std::vector<double> resemblancesOfPairs(const BeatSegments& segments, const std:
 
 /// Whether rounding of the resemblances cannot change which of them lie below their approximate median.
 bool isClear(const Resemblances& resemblance, double median, double margin) {
-  if (resemblance.largestTerm == 0) return true; // of a flat channel: 0 whatever the order
+  // Of a flat channel: 0 whatever the order. With an infinite sample: no number, which lies below nothing.
+  if (resemblance.largestTerm == 0 || !std::isfinite(median)) return true;
   double sum = 0;
   double sumOfSquares = 0;
   double distance = margin;

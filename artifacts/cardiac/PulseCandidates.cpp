@@ -22,8 +22,10 @@ bool meetsRival(const PulseCandidates& candidates, int32_t index, int32_t step, 
 
 PulseCandidates findCandidates(const std::vector<float>& signal, size_t capacity) {
   PulseCandidates candidates;
-  for (size_t i = 1; i + 1 < signal.size() && candidates.positions.size() < capacity; ++i) {
+  for (size_t i = 1; i + 1 < signal.size(); ++i) {
     if (!(signal[i - 1] > signal[i] && signal[i + 1] > signal[i])) continue;
+    candidates.listIsFull = candidates.positions.size() >= capacity;
+    if (candidates.listIsFull) break;
     candidates.positions.push_back(static_cast<int32_t>(i));
     candidates.values.push_back(signal[i]);
   }

@@ -12,6 +12,7 @@ struct PulseCandidates {
   std::vector<int32_t> positions; ///< samples of the series
   std::vector<float> values;      ///< of the detection signal there
   std::vector<int8_t> marks;      ///< -7 (deepest of its surroundings) to -1; 0: never marked
+  bool listIsFull = false;        ///< there are more minima than the list has room for
 
   int32_t count() const { return static_cast<int32_t>(positions.size()); }
   int32_t position(int32_t index) const { return positions[static_cast<size_t>(index)]; }
@@ -19,7 +20,7 @@ struct PulseCandidates {
   int mark(int32_t index) const { return marks[static_cast<size_t>(index)]; }
 };
 
-/// All strict local minima, at most `capacity`; nothing is marked.
+/// All strict local minima, the first `capacity` of them; nothing is marked.
 PulseCandidates findCandidates(const std::vector<float>& detectionSignal, size_t capacity);
 
 /// Marks in seven passes, -7 to -1, every candidate without a smaller or equal one among those that earlier

@@ -19,6 +19,14 @@ PulseModel::PulseModel(const std::vector<double>& pulsePositions, int32_t heartP
     : hasBeats_(pulsePositions.size() >= fewestPulses),
       base_(hasBeats_ ? makeBeatTimeBase(pulsePositions, heartPeriod) : BeatTimeBase()), warpFit_(base_) {}
 
+uint64_t PulseModel::memoryFor(const std::vector<double>& pulsePositions, int32_t heartPeriod) {
+  if (pulsePositions.size() < fewestPulses) return 0;
+  constexpr uint64_t rowsBesideTheEpochs = 32; // tables, beats, shapes
+  const BeatTimeBase base = makeBeatTimeBase(pulsePositions, heartPeriod);
+  return (base.nrOfEpochs() + rowsBesideTheEpochs) * static_cast<uint64_t>(base.epochLength()) *
+         sizeof(double);
+}
+
 void PulseModel::replaceByEstimate(std::vector<double>& series, int64_t length) {
   if (!hasBeats_) {
     std::fill(series.begin(), series.end(), 0.0);

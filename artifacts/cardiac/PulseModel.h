@@ -21,6 +21,9 @@ public:
   PulseModel(const PulseModel&) = delete;
   PulseModel& operator=(const PulseModel&) = delete;
 
+  /// Bytes that estimating a channel takes, however many channels there are.
+  static uint64_t memoryFor(const std::vector<double>& pulsePositions, int32_t heartPeriod);
+
   /// Replaces the `length` samples of the channel's series by its artifact estimate; behind them stands one
   /// value, 0. In front of the first pulse and behind the last the series stays as it is.
   void replaceByEstimate(std::vector<double>& series, int64_t length);

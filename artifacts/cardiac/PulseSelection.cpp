@@ -6,14 +6,16 @@
 
 namespace emeg {
 
-HeartPulses selectHeartPulses(const std::vector<float>& detectionSignal, float rate, float lowPassHz,
-                              const HeartPeriod& heart, size_t capacity) {
+HeartPulses selectHeartPulses(const std::vector<float>& detectionSignal, float rate,
+                              float candidatesPerSecond, const HeartPeriod& heart, size_t capacity) {
   HeartPulses pulses;
   if (heart.shortest <= 0 || detectionSignal.empty()) return pulses;
   const auto length = static_cast<double>(detectionSignal.size());
-  const double room = std::floor(length / static_cast<double>(rate) * static_cast<double>(lowPassHz));
+  const double room =
+      std::floor(length / static_cast<double>(rate) * static_cast<double>(candidatesPerSecond));
 
   PulseCandidates candidates = findCandidates(detectionSignal, static_cast<size_t>(room));
+  pulses.candidatesAreFull = candidates.listIsFull;
   std::vector<int32_t> seeds = markCandidates(candidates, heart.shortest);
   const size_t seedRoom = detectionSignal.size() / static_cast<size_t>(heart.shortest);
   if (seeds.size() > seedRoom) seeds.resize(seedRoom);

@@ -3,6 +3,7 @@
 #include "artifacts/cardiac/PulseModel.h"
 #include "artifacts/cardiac/PulseSelection.h"
 #include "converter/Converter.h"
+#include "converter/steps/MachineResources.h"
 #include "files/formats/TriggerMarkers.h"
 
 namespace emeg {

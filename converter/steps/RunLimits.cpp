@@ -37,9 +37,9 @@ MachineResources neededResources(const LMTRPluginEMEGFileConverter& converter) {
     if (switches.anyArtifactCorrection) correcting += transform * sizeof(float);
     if (switches.correctGradient)
       correcting += samples * sizeof(double) + transform * (sizeof(double) + sizeof(float));
-    if (switches.useAverageReference) correcting += samples * sizeof(float);
+    if (switches.useAverageReference || switches.correctBCG) correcting += samples * sizeof(float);
     if (switches.correctBCG) {
-      const auto bcgRate = 500.0; // at most: the reduced rate is at least 250 Hz and below twice that
+      const auto bcgRate = 500.0; // the reduced rate lies below twice 250 Hz
       const double seconds = static_cast<double>(samples) * converter.values.samplingInterval;
       const auto perChannel = static_cast<uint64_t>(seconds * bcgRate) + 2;
       correcting += selected * perChannel * (sizeof(double) + sizeof(float)); // series and detection signal

@@ -19,10 +19,7 @@ inline constexpr const char* triggerProtocolName = "_ArtifactsTriggers";
 /// An empty trigger protocol with its placeholder slot.
 Protocol makeTriggerProtocol();
 
-/// Adds "MRGradientTriggers": one marker per volume, or with `onePerSlice` one per slice of every volume, at
-/// floor((v x volumeDuration + firstTriggerTime + s x sliceDuration) x timeFactor + 0.5) plus
-/// intervalStartUs. Durations in seconds. `timeFactor` is the run's microseconds per second. Negative counts
-/// add no marker, nor do times that are not finite; markers beyond maxNrOfGradientMarkers are left out.
+/// What the markers of a scan follow from. Durations in seconds.
 struct GradientMarkerTiming {
   int32_t nrOfVolumes = 0;
   int32_t nrOfSlicesPerVolume = 0;
@@ -31,6 +28,11 @@ struct GradientMarkerTiming {
   double firstTriggerTime = 0;
   bool onePerSlice = false;
 };
+
+/// Adds "MRGradientTriggers": one marker per volume, or with `onePerSlice` one per slice of every volume, at
+/// floor((v x volumeDuration + firstTriggerTime + s x sliceDuration) x timeFactor + 0.5) plus
+/// intervalStartUs. `timeFactor` is the run's microseconds per second. Negative counts
+/// add no marker, nor do times that are not finite; markers beyond maxNrOfGradientMarkers are left out.
 void addGradientMarkers(Protocol& triggers, const GradientMarkerTiming& timing, double timeFactor,
                         double intervalStartUs);
 
