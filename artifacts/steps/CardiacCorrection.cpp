@@ -18,8 +18,9 @@ BcgSeries bcgSeriesOf(const CorrectionBuffers& buffers) {
 
 bool LMTRPluginEMEGFileConverter::detectHeartPulses() {
   if (!estimateHeartPeriod() || !buildPulseDetectionSignal()) return false;
-  const HeartPulses pulses = selectHeartPulses(cardiac.pulseDetectionSignal, buffers.bcgRate,
-                                               buffers.bcgLowPassHz, cardiac.period, cardiac.pulseCapacity);
+  const HeartPulses pulses =
+      selectHeartPulses(cardiac.pulseDetectionSignal, buffers.bcgRate, cardiac.candidatesPerSecond,
+                        cardiac.period, cardiac.pulseCapacity);
   cardiac.pulsePositions = pulses.positions;
 
   log.logProgress("Writing heart pulse triggers");
@@ -31,7 +32,20 @@ bool LMTRPluginEMEGFileConverter::detectHeartPulses() {
   if (pulses.listIsFull) {
     log.logProgress("The heart pulse list is full: behind the last pulse all signal below 35 Hz is removed.");
   }
-  return true;
+  if (pulses.candidatesAreFull) {
+    log.logProgress("The list of heart pulse candidates is full: behind the last pulse all signal below "
+                    "35 Hz is removed.");
+  }
+  return checkPulseModelIsPossible();
+}
+
+/// A very regular heart with a few beats missing asks for a very fine model.
+bool LMTRPluginEMEGFileConverter::checkPulseModelIsPossible() {
+  MachineResources needed;
+  needed.memory = PulseModel::memoryFor(cardiac.pulsePositions, cardiac.period.period);
+  const std::string shortage =
+      describeShortage(needed, availableResources(inputPathBuffer.path()), inputPathBuffer.path());
+  return shortage.empty() || showError(shortage);
 }
 
 bool LMTRPluginEMEGFileConverter::estimateHeartPeriod() {

@@ -96,7 +96,7 @@ TEST_F(HeartPulsesOfARun, EndWithTheirMarkersWhereTheListIsFullWhichIsLoggedOnce
 
 TEST_F(HeartPulsesOfARun, EndWhereTheListOfCandidatesIsFullWhichIsLoggedOnce) {
   HeartConverter converter;
-  converter.cardiac.candidatesPerSecond = 1;
+  converter.cardiac.candidatesPerSecond = 0.5f;
   ASSERT_TRUE(converter.start());
   ASSERT_GT(converter.cardiac.pulsePositions.size(), 5u);
   EXPECT_LT(converter.cardiac.pulsePositions.back(), 14000);
