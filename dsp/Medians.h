@@ -14,9 +14,9 @@ double sortMedian(double* values, int32_t count);
 /// values that are not finite, or whose squares are not, has a result that is not finite.
 double histogramMedian(const double* values, int32_t count);
 
-/// The same, and how safe the result is: `margin` is the smallest distance of any value from any bin edge on the
-/// way. Where values, mean and standard deviation change by much less, every value stays in its bin. 0 when the
-/// spread decided alone.
+/// The same, and how safe the result is: `margin` is the smallest distance of any value from any bin edge on
+/// the way. Where values, mean and standard deviation change by much less, every value stays in its bin. 0
+/// when the spread decided alone.
 double histogramMedian(const double* values, int32_t count, double& margin);
 
 } // namespace emeg

@@ -1,20 +1,7 @@
 // The loops of VectorKernels, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake).
 // Nothing else may be included here: the file stands inside an unnamed namespace.
 
-typedef double Vector __attribute__((vector_size(vectorBytes)));
-
-constexpr int lanes = vectorBytes / static_cast<int>(sizeof(double));
 constexpr int nrOfPartialSums = 8;
-
-inline Vector load(const double* from) {
-  Vector v;
-  __builtin_memcpy(&v, from, sizeof v);
-  return v;
-}
-
-inline void store(const Vector& v, double* to) {
-  __builtin_memcpy(to, &v, sizeof v);
-}
 
 /// Calls block.run<V>(p) so that V x lanes outputs from p on are made at a time, and block.single(p) where
 /// fewer than one vector of outputs is left. The last vector may overlap the one before it: outputs are set,

@@ -1,8 +1,8 @@
 #include "artifacts/cardiac/BcgSeries.h"
 
+#include "artifacts/cardiac/Energy.h"
+
 #include <algorithm>
-#include <cmath>
-#include <numeric>
 
 namespace emeg {
 
@@ -15,11 +15,7 @@ void copyWindow(const double* samples, int64_t length, int64_t first, int64_t co
 }
 
 bool hasEnergy(const double* samples, int64_t length) {
-  return std::inner_product(samples, samples + length, samples, 0.0) > 0;
-}
-
-double normFactor(double energy) {
-  return energy > 0 ? 1 / std::sqrt(energy) : 0.0;
+  return energyOf({samples, static_cast<size_t>(length)}) > 0;
 }
 
 } // namespace emeg

@@ -25,7 +25,4 @@ void copyWindow(const double* samples, int64_t length, int64_t first, int64_t co
 /// none.
 bool hasEnergy(const double* samples, int64_t length);
 
-/// 1 / sqrt(energy), and 0 for a segment without energy.
-double normFactor(double energy);
-
 } // namespace emeg

@@ -1,5 +1,6 @@
 #include "artifacts/cardiac/BeatTemplate.h"
 
+#include "artifacts/cardiac/Energy.h"
 #include "dsp/Medians.h"
 #include "dsp/VectorKernels.h"
 
@@ -25,11 +26,6 @@ public:
   void copy(size_t beat, double* segment) const {
     copyWindow(channel_, length_, beats_[beat] - period_, size_, segment);
   }
-  static double factorOf(const std::vector<double>& segment) {
-    double energy = 0;
-    for (const double x : segment) energy += x * x;
-    return normFactor(energy);
-  }
   /// Sum of the normalised segments of the beats that are chosen.
   std::vector<double> sumOver(const std::vector<bool>& chosen) const {
     std::vector<double> sum(static_cast<size_t>(size_));
@@ -37,7 +33,7 @@ public:
     for (size_t k = 0; k < nrOfBeats(); ++k) {
       if (!chosen[k]) continue;
       copy(k, segment.data());
-      vectorKernels().addScaled(segment.data(), factorOf(segment), size_, sum.data());
+      vectorKernels().addScaled(segment.data(), normFactor(energyOf(segment)), size_, sum.data());
     }
     return sum;
   }
@@ -65,7 +61,7 @@ Resemblances resemblances(const BeatSegments& segments, const std::vector<double
   std::vector<double> weighted(weights.size());
   for (size_t k = 0; k < segments.nrOfBeats(); ++k) {
     segments.copy(k, segment.data());
-    const double factor = BeatSegments::factorOf(segment);
+    const double factor = normFactor(energyOf(segment));
     for (double& x : segment) x *= factor;
     for (size_t i = 0; i < segment.size(); ++i) weighted[i] = weights[i] * segment[i];
     const double toAll = vectorKernels().dot(segment.data(), weightedSum.data(), segments.size());
@@ -85,7 +81,7 @@ std::vector<double> resemblancesOfPairs(const BeatSegments& segments, const std:
   std::vector<double> segment(size);
   for (size_t k = 0; k < n; ++k) {
     segments.copy(k, segment.data());
-    factors[k] = BeatSegments::factorOf(segment);
+    factors[k] = normFactor(energyOf(segment));
     for (size_t i = 0; i < size; ++i) samplesOfAll[i * n + k] = segment[i];
   }
   std::vector<double> result(n);

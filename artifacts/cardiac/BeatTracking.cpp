@@ -1,6 +1,7 @@
 #include "artifacts/cardiac/BeatTracking.h"
 
 #include "artifacts/cardiac/BeatWeights.h"
+#include "artifacts/cardiac/Energy.h"
 #include "dsp/Medians.h"
 #include "dsp/VectorKernels.h"
 
@@ -97,9 +98,7 @@ private:
       // One sample more on either side tells whether the first and the last position rise.
       copyWindow(running.samples, length_, position - 2 * period_ - 1, 4 * period_ + 3, window_.data());
       const double* const segment = window_.data() + 1;
-      double energy = 0;
-      for (int64_t k = period_; k <= 3 * period_; ++k) energy += segment[k] * segment[k];
-      const double factor = normFactor(energy);
+      const double factor = normFactor(energyOf({segment + period_, static_cast<size_t>(2 * period_ + 1)}));
       for (int64_t k = 0; k <= 4 * period_; ++k) {
         running.sum[static_cast<size_t>(k)] += factor * segment[k];
         running.votes[static_cast<size_t>(k)] += segment[k + 1] > segment[k - 1] ? 1.0 : -1.0;

@@ -1,5 +1,6 @@
 #include "artifacts/cardiac/GramIteration.h"
 
+#include "artifacts/cardiac/Energy.h"
 #include "dsp/VectorKernels.h"
 
 #include <cmath>
@@ -15,12 +16,6 @@ constexpr double leastEnergy = 1e-6;
 
 /// A turn whose change of energy lies so close to the limit is decided by the direct iteration.
 constexpr double undecided = 1e-9;
-
-double energyOf(const std::vector<double>& values) {
-  double energy = 0;
-  for (const double x : values) energy += x * x;
-  return energy;
-}
 
 /// Products of all rows with one.
 void productsWith(const RowMatrix& rows, const double* row, double* products) {

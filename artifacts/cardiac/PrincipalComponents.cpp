@@ -1,5 +1,6 @@
 #include "artifacts/cardiac/PrincipalComponents.h"
 
+#include "artifacts/cardiac/Energy.h"
 #include "artifacts/cardiac/GramIteration.h"
 #include "dsp/VectorKernels.h"
 
@@ -14,12 +15,6 @@ namespace {
 
 constexpr double settled = 1e-6;
 constexpr int mostTurns = 10000;
-
-double energyOf(const double* values, size_t count) {
-  double energy = 0;
-  for (size_t i = 0; i < count; ++i) energy += values[i] * values[i];
-  return energy;
-}
 
 /// Divides by the Euclidean norm; false when there is nothing to divide.
 bool normalise(RowMatrix& shape) {
@@ -61,12 +56,12 @@ PrincipalComponents::Component settle(const RowMatrix& rows, std::vector<double>
   RowMatrix next(1, length);
   for (size_t i = 0; i < rows.nrOfRows(); ++i)
     vectorKernels().addScaled(rows.row(i), scores[i], static_cast<int64_t>(length), shape.row(0));
-  double energy = energyOf(scores.data(), scores.size());
+  double energy = energyOf(scores);
   for (int turn = 1;; ++turn) {
     if (!normalise(shape)) return {};
     std::fill(next.row(0), next.row(0) + length, 0.0);
     project(rows, shape.row(0), scores, next.row(0));
-    const double newEnergy = energyOf(scores.data(), scores.size());
+    const double newEnergy = energyOf(scores);
     if (std::abs(newEnergy / energy - 1) <= settled || turn == turns) break;
     energy = newEnergy;
     std::swap(shape, next);

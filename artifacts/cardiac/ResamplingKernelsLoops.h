@@ -1,21 +1,9 @@
 // The loops of ResamplingKernels, written once for registers of vectorBytes bytes (see
 // cmake/SimdLevels.cmake). Nothing else may be included here: the file stands inside an unnamed namespace.
 
-typedef double Vector __attribute__((vector_size(vectorBytes)));
 typedef int32_t Indices __attribute__((vector_size(vectorBytes / 2)));
 
-constexpr int lanes = vectorBytes / static_cast<int>(sizeof(double));
 constexpr double infinity = __builtin_huge_val();
-
-inline Vector load(const double* from) {
-  Vector v;
-  __builtin_memcpy(&v, from, sizeof v);
-  return v;
-}
-
-inline void store(const Vector& v, double* to) {
-  __builtin_memcpy(to, &v, sizeof v);
-}
 
 typedef double Pair __attribute__((vector_size(16)));
 

@@ -1,6 +1,6 @@
 #include "artifacts/cardiac/WarpFit.h"
 
-#include "artifacts/cardiac/BcgSeries.h"
+#include "artifacts/cardiac/Energy.h"
 #include "artifacts/cardiac/ResamplingKernels.h"
 #include "artifacts/cardiac/RowMatrix.h"
 #include "dsp/VectorKernels.h"
@@ -19,12 +19,6 @@ constexpr double finestStep = 0.001;
 constexpr double scoreRounding = 1e-11;
 
 constexpr size_t rowsAtOnce = 4;
-
-double energyOf(const std::vector<double>& values) {
-  double energy = 0;
-  for (const double value : values) energy += value * value;
-  return energy;
-}
 
 } // namespace
 

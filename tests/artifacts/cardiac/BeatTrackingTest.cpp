@@ -1,6 +1,7 @@
 #include "artifacts/cardiac/BeatTracking.h"
 
 #include "artifacts/cardiac/BeatWeights.h"
+#include "artifacts/cardiac/Energy.h"
 #include "tests/artifacts/cardiac/TestRecordings.h"
 #include "tests/artifacts/reference/LiteralDetectionSignal.h"
 
