@@ -1,11 +1,17 @@
 #include "dsp/RealFFT.h"
 
-#include "dsp/FFTButterflies.h"
 #include "dsp/FFTTables.h"
+#include "dsp/FFTTwiddles.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace emeg {
 
 namespace {
+
+#include "dsp/SplitRadix.h"
 
 /// Below 8 points there is no bin between DC and Nyquist's neighbour to split, and the tables end at 2^31
 /// points.
@@ -31,7 +37,7 @@ void splitBins(double* x, int64_t n) {
     const double evenIm = (x[i + 1] - x[j + 1]) * 0.5;
     const double oddRe = (x[i + 1] + x[j + 1]) * (0.5 * sign);
     const double oddIm = (x[j] - x[i]) * (0.5 * sign);
-    const ComplexValue odd = turn<direction>({oddRe, oddIm}, *cosine, *sine);
+    const Point<double> odd = turn<direction>(Point<double>{oddRe, oddIm}, *cosine, *sine);
     x[i] = evenRe + odd.re;
     x[i + 1] = evenIm + odd.im;
     x[j] = evenRe - odd.re;

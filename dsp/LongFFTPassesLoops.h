@@ -1,0 +1,163 @@
+// The loops of LongFFTPasses, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake). Nothing but
+// other pieces may be included here: the file stands inside an unnamed namespace.
+
+#include "dsp/SimdTranspose.h"
+#include "dsp/SplitRadix.h"
+
+constexpr int log2Lanes = lanes == 8 ? 3 : lanes == 4 ? 2 : 1;
+
+/// Groups of columns that fill a register.
+constexpr int64_t partsOfGroup = columnsAtOnce / lanes;
+
+/// Transforms a block of 2^log2n points of `lanes` columns or rows.
+template <BlockKind kind>
+void transformLanes(const FFTPlan& plan, Vector* block, int32_t log2n) {
+  if (log2n == 4) return transformBlock<Direction::Forward, kind, 16>(block);
+  if (log2n == 5) return transformBlock<Direction::Forward, kind, 32>(block);
+  const int64_t n = int64_t{1} << log2n;
+  transformLanes<kind>(plan, block + PartOffsets<kind>::half(n), log2n - 1);
+  transformLanes<BlockKind::A>(plan, block + PartOffsets<kind>::quarterPlus(n), log2n - 2);
+  transformLanes<BlockKind::B>(plan, block + PartOffsets<kind>::quarterMinus(n), log2n - 2);
+  const double* turns = plan.passTurns(log2n);
+  combine<Direction::Forward, kind>(block, n / 2, FixedTwiddle<4, 0>{});
+  for (int64_t k = 1; k < n / 4; ++k)
+    combine<Direction::Forward, kind>(block + 2 * k, n / 2, Twiddle{turns[2 * k], turns[2 * k + 1]});
+}
+
+/// Reads a group of columns into bit-reversed order.
+template <bool swapped>
+void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uint32_t* reversals, Vector* work) {
+  for (int64_t i = 0; i < rows; ++i) {
+    const double* from = group + i * rowSize;
+    for (int64_t part = 0; part < partsOfGroup; ++part) {
+      Vector* to = work + part * 2 * rows + reversals[i];
+      if constexpr (swapped)
+        loadPairs(from + part * 2 * lanes, to[1], to[0]);
+      else
+        loadPairs(from + part * 2 * lanes, to[0], to[1]);
+    }
+  }
+}
+
+/// A row of transformed columns, turned.
+inline Point<Vector> turnedRow(const Vector* columns, int64_t row, const ColumnTurns* coarse,
+                               const ColumnTurns* fine, int64_t lane) {
+  const ColumnTurns& a = coarse[row / FFTPlan::fineTurns];
+  const ColumnTurns& b = fine[row % FFTPlan::fineTurns];
+  const Vector aCosine = load(a.cosines.data() + lane);
+  const Vector aSine = load(a.sines.data() + lane);
+  const Vector bCosine = load(b.cosines.data() + lane);
+  const Vector bSine = load(b.sines.data() + lane);
+  const Vector cosine = aCosine * bCosine - aSine * bSine;
+  const Vector sine = aSine * bCosine + aCosine * bSine;
+  const Vector re = columns[2 * row];
+  const Vector im = columns[2 * row + 1];
+  return {re * cosine + im * sine, im * cosine - re * sine};
+}
+
+/// Turns a group of columns and writes it back in squares of lanes x lanes points: what was a row's part of a
+/// square holds one column, real parts first.
+void scatterColumns(const FFTPlan& plan, int64_t group, const Vector* work, double* points) {
+  const ColumnTurns* coarse = plan.coarseTurns(group);
+  const ColumnTurns* fine = plan.fineTurnsOf(group);
+  const int64_t rowSize = 2 * plan.columns();
+  for (int64_t row = 0; row < plan.rows(); row += lanes)
+    for (int64_t part = 0; part < partsOfGroup; ++part) {
+      Vector re[lanes];
+      Vector im[lanes];
+      for (int64_t i = 0; i < lanes; ++i) {
+        const Point<Vector> point =
+            turnedRow(work + part * 2 * plan.rows(), row + i, coarse, fine, part * lanes);
+        re[i] = point.re;
+        im[i] = point.im;
+      }
+      transpose(re);
+      transpose(im);
+      double* const square = points + row * rowSize + 2 * (group * columnsAtOnce + part * lanes);
+      for (int64_t i = 0; i < lanes; ++i) {
+        store(re[i], square + i * rowSize);
+        store(im[i], square + i * rowSize + lanes);
+      }
+    }
+}
+
+void transformColumns(const FFTPlan& plan, const uint32_t* reversals, double* points, void* workspace,
+                      bool swapped) {
+  Vector* const work = static_cast<Vector*>(workspace);
+  const int64_t rowSize = 2 * plan.columns();
+  for (int64_t group = 0; group < plan.columns() / columnsAtOnce; ++group) {
+    const double* first = points + group * 2 * columnsAtOnce;
+    if (swapped)
+      gatherColumns<true>(first, plan.rows(), rowSize, reversals, work);
+    else
+      gatherColumns<false>(first, plan.rows(), rowSize, reversals, work);
+    for (int64_t part = 0; part < partsOfGroup; ++part)
+      transformLanes<BlockKind::A>(plan, work + part * 2 * plan.rows(), plan.log2Rows());
+    scatterColumns(plan, group, work, points);
+  }
+}
+
+/// Bits of the number of a group of rows.
+inline int32_t log2Groups(const FFTPlan& plan) {
+  return plan.log2Rows() - log2Lanes;
+}
+
+void transformRows(const FFTPlan& plan, const uint32_t* reversals, double* points, void* workspace,
+                   bool swapped) {
+  Vector* const work = static_cast<Vector*>(workspace);
+  const int64_t columns = plan.columns();
+  const int32_t groupBits = log2Groups(plan);
+  const int32_t middleBits = plan.log2Columns() - groupBits;
+  const int64_t middleMask = (int64_t{1} << middleBits) - 1;
+  for (int64_t group = 0; group < plan.rows() / lanes; ++group) {
+    double* const rows = points + group * lanes * 2 * columns;
+    for (int64_t square = 0; square < columns / lanes; ++square)
+      for (int64_t i = 0; i < lanes; ++i) {
+        const double* from = rows + 2 * (i * columns + square * lanes);
+        Vector* const to = work + reversals[square * lanes + i];
+        to[0] = load(from);
+        to[1] = load(from + lanes);
+      }
+    transformLanes<BlockKind::A>(plan, work, plan.log2Columns());
+    // The number of the group and the upper bits of the column change places in toNaturalOrder.
+    for (int64_t column = 0; column < columns; ++column) {
+      const int64_t place = ((column & middleMask) << groupBits) + (column >> middleBits);
+      double* const to = rows + 2 * lanes * place;
+      if (swapped)
+        storePairs(work[2 * column + 1], work[2 * column], to);
+      else
+        storePairs(work[2 * column], work[2 * column + 1], to);
+    }
+  }
+}
+
+/// `lanes` points that stay together.
+inline void exchangeChunks(double* a, double* b) {
+  const Vector a0 = load(a);
+  const Vector a1 = load(a + lanes);
+  const Vector b0 = load(b);
+  const Vector b1 = load(b + lanes);
+  store(b0, a);
+  store(b1, a + lanes);
+  store(a0, b);
+  store(a1, b + lanes);
+}
+
+/// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every value of
+/// the bits between.
+void toNaturalOrder(const FFTPlan& plan, double* points) {
+  constexpr int64_t tile = 8;
+  const int64_t side = int64_t{1} << log2Groups(plan);
+  const int64_t squares = plan.columns() / side;
+  const int64_t rowSize = 2 * lanes * side * squares;
+  for (int64_t square = 0; square < squares; ++square) {
+    double* const chunks = points + square * side * 2 * lanes;
+    for (int64_t i0 = 0; i0 < side; i0 += tile)
+      for (int64_t j0 = 0; j0 <= i0; j0 += tile)
+        for (int64_t i = i0; i < i0 + tile && i < side; ++i)
+          for (int64_t j = j0; j < j0 + tile && j < i; ++j)
+            exchangeChunks(chunks + i * rowSize + 2 * lanes * j, chunks + j * rowSize + 2 * lanes * i);
+  }
+}
+
+constexpr LongFFTPasses kernels = {transformColumns, transformRows, toNaturalOrder};
