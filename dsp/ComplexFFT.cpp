@@ -28,14 +28,12 @@ struct Kernels<Direction::Inverse> {
 /// Inverse: with real and imaginary parts exchanged on the way in and out a forward transform is an inverse one.
 template <Direction direction>
 void transformLong(double* x, int32_t log2m) {
-  const FFTPlan& plan = fftPlan(log2m);
-  const uint32_t* ofRows = bitReversalTable(plan.log2Rows()).data();
-  const uint32_t* ofColumns = bitReversalTable(plan.log2Columns()).data();
   constexpr bool swapped = direction == Direction::Inverse;
+  const LongFFT fft = longFFT(log2m);
   const LongFFTPasses& passes = longFFTPasses();
-  passes.transformColumns(plan, ofRows, x, fftWorkspace(), swapped);
-  passes.transformRows(plan, ofColumns, x, fftWorkspace(), swapped);
-  passes.toNaturalOrder(plan, x);
+  passes.transformColumns(fft, x, swapped);
+  passes.transformRows(fft, x, swapped);
+  passes.toNaturalOrder(fft, x);
 }
 
 template <Direction direction>

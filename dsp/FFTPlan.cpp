@@ -45,7 +45,8 @@ FFTPlan::FFTPlan(int32_t log2m)
 }
 
 std::size_t FFTPlan::workspaceSize() const {
-  return static_cast<std::size_t>(2 * columnsAtOnce * std::max(rows(), 2 * columns()));
+  // A group of columns; or the rows of two registers and two rows more.
+  return static_cast<std::size_t>(std::max(2 * columnsAtOnce * rows(), 2 * (2 * columnsAtOnce + 2) * columns()));
 }
 
 } // namespace emeg

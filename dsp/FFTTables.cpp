@@ -59,24 +59,33 @@ const std::vector<uint32_t>& bitReversalTable(int32_t log2m) {
 }
 
 const FFTPlan& fftPlan(int32_t log2m) {
-  FFTTables& tables = fftTables();
-  std::unique_ptr<const FFTPlan>& plan = tables.plans[static_cast<std::size_t>(log2m)];
+  std::unique_ptr<const FFTPlan>& plan = fftTables().plans[static_cast<std::size_t>(log2m)];
   if (plan == nullptr) {
     makeCosineTable(log2m);
     plan = std::make_unique<const FFTPlan>(log2m);
   }
-  bitReversalTable(plan->log2Rows());
-  bitReversalTable(plan->log2Columns());
-  const std::size_t lines = plan->workspaceSize() * sizeof(double) / sizeof(CacheLine);
-  if (tables.workspace.size() < lines) {
-    std::vector<CacheLine>().swap(tables.workspace);
-    tables.workspace.resize(lines);
+  return *plan;
+}
+
+const RealFFTPlan& realFFTPlan(int32_t log2n) {
+  std::unique_ptr<const RealFFTPlan>& plan = fftTables().realPlans[static_cast<std::size_t>(log2n)];
+  if (plan == nullptr) {
+    makeCosineTable(log2n);
+    plan = std::make_unique<const RealFFTPlan>(log2n);
   }
   return *plan;
 }
 
-void* fftWorkspace() {
-  return fftTables().workspace.data();
+LongFFT longFFT(int32_t log2m) {
+  const FFTPlan& plan = fftPlan(log2m);
+  std::vector<CacheLine>& workspace = fftTables().workspace;
+  const std::size_t lines = plan.workspaceSize() * sizeof(double) / sizeof(CacheLine);
+  if (workspace.size() < lines) {
+    std::vector<CacheLine>().swap(workspace);
+    workspace.resize(lines);
+  }
+  return {plan, bitReversalTable(plan.log2Rows()).data(), bitReversalTable(plan.log2Columns()).data(),
+          workspace.data()};
 }
 
 Turn turnFromTable(int64_t k, int32_t log2N) {

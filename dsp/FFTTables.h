@@ -1,6 +1,8 @@
 #pragma once
 
 #include "dsp/FFTPlan.h"
+#include "dsp/FFTTwiddles.h"
+#include "dsp/RealFFTPlan.h"
 
 #include <array>
 #include <cstddef>
@@ -35,6 +37,14 @@ inline constexpr auto halfSizes = detail::tabulate([](uint64_t p) { return stati
 inline constexpr auto splitRadixCounts =
     detail::tabulate([](uint64_t p) { return static_cast<uint32_t>(p / 3); });
 
+/// A plan, the bit reversals of its rows and columns, and room for plan.workspaceSize() doubles.
+struct LongFFT {
+  const FFTPlan& plan;
+  const uint32_t* reversedRows;
+  const uint32_t* reversedColumns;
+  void* work;
+};
+
 /// Memory without a type.
 struct alignas(64) CacheLine {
   std::array<std::byte, 64> bytes;
@@ -57,6 +67,9 @@ struct FFTTables {
   /// Per log2m from 1024 points on, or nothing.
   std::array<std::unique_ptr<const FFTPlan>, 32> plans;
 
+  /// Per log2n from 2048 values on, or nothing.
+  std::array<std::unique_ptr<const RealFFTPlan>, 32> realPlans;
+
   /// What the passes of long transforms work in: a few rows and columns of the longest one so far.
   std::vector<CacheLine> workspace;
 };
@@ -67,17 +80,14 @@ FFTTables& fftTables();
 /// Bit-reversal table for 2^log2m points (log2m = 0 ... 31), built at its first use.
 const std::vector<uint32_t>& bitReversalTable(int32_t log2m);
 
-/// Plan for 2^log2m complex points (log2m = 10 ... 31), made at its first use together with a workspace that
-/// is large enough for it.
+/// Plans for 2^log2m complex points (log2m = 10 ... 31) and 2^log2n real values (log2n = 11 ... 31), made at
+/// their first use.
 const FFTPlan& fftPlan(int32_t log2m);
+const RealFFTPlan& realFFTPlan(int32_t log2n);
 
-/// The workspace that the last call of fftPlan made sure of.
-void* fftWorkspace();
-
-struct Turn {
-  double cosine;
-  double sine;
-};
+/// What a complex transform of 2^log2m points (log2m = 10 ... 31) needs, made at its first use. Valid until the next
+/// call for a longer one.
+LongFFT longFFT(int32_t log2m);
 
 /// Cosine and sine of 2 pi k / 2^log2N, 0 <= k < 2^log2N, from the cosine table, which must cover that length.
 Turn turnFromTable(int64_t k, int32_t log2N);

@@ -12,6 +12,12 @@ constexpr Direction opposite(Direction direction) {
   return direction == Direction::Forward ? Direction::Inverse : Direction::Forward;
 }
 
+/// A twiddle's two numbers.
+struct Turn {
+  double cosine;
+  double sine;
+};
+
 /// Which place a block has in a conjugate-pair split-radix transform (see dsp/SplitRadix.h).
 enum class BlockKind { A, B };
 

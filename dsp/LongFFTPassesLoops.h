@@ -2,7 +2,10 @@
 // other pieces may be included here: the file stands inside an unnamed namespace.
 
 #include "dsp/SimdTranspose.h"
+
 #include "dsp/SplitRadix.h"
+
+#include "dsp/SpectrumSplit.h"
 
 constexpr int log2Lanes = lanes == 8 ? 3 : lanes == 4 ? 2 : 1;
 
@@ -39,8 +42,9 @@ void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uin
   }
 }
 
-/// A row of transformed columns, turned.
-inline Point<Vector> turnedRow(const Vector* columns, int64_t row, const ColumnTurns* coarse,
+/// A row of the columns from `lane` of their group on, turned by row times column.
+template <Direction direction>
+inline Point<Vector> turnByRow(const Point<Vector>& point, int64_t row, const ColumnTurns* coarse,
                                const ColumnTurns* fine, int64_t lane) {
   const ColumnTurns& a = coarse[row / FFTPlan::fineTurns];
   const ColumnTurns& b = fine[row % FFTPlan::fineTurns];
@@ -50,30 +54,46 @@ inline Point<Vector> turnedRow(const Vector* columns, int64_t row, const ColumnT
   const Vector bSine = load(b.sines.data() + lane);
   const Vector cosine = aCosine * bCosine - aSine * bSine;
   const Vector sine = aSine * bCosine + aCosine * bSine;
-  const Vector re = columns[2 * row];
-  const Vector im = columns[2 * row + 1];
-  return {re * cosine + im * sine, im * cosine - re * sine};
+  return turn<direction>(point, cosine, sine);
+}
+
+/// Where the rows of transformed columns are written.
+enum class RowOrder {
+  Natural,
+  /// A register full of rows from the upper half, then the rows that hold their mirrors: row k and row rows - k. Rows
+  /// 0 and rows/2, which hold their own mirrors, share the first place.
+  InPairs
+};
+
+template <RowOrder order>
+inline int64_t rowAt(int64_t place, int64_t rows) {
+  if constexpr (order == RowOrder::Natural) return place;
+  const int64_t row = place / (2 * lanes) * lanes + place % lanes;
+  if (place % (2 * lanes) < lanes) return row;
+  return row == 0 ? rows / 2 : rows - row;
 }
 
 /// Turns a group of columns and writes it back in squares of lanes x lanes points: what was a row's part of a
 /// square holds one column, real parts first.
+template <RowOrder order>
 void scatterColumns(const FFTPlan& plan, int64_t group, const Vector* work, double* points) {
   const ColumnTurns* coarse = plan.coarseTurns(group);
   const ColumnTurns* fine = plan.fineTurnsOf(group);
   const int64_t rowSize = 2 * plan.columns();
-  for (int64_t row = 0; row < plan.rows(); row += lanes)
+  for (int64_t place = 0; place < plan.rows(); place += lanes)
     for (int64_t part = 0; part < partsOfGroup; ++part) {
       Vector re[lanes];
       Vector im[lanes];
       for (int64_t i = 0; i < lanes; ++i) {
-        const Point<Vector> point =
-            turnedRow(work + part * 2 * plan.rows(), row + i, coarse, fine, part * lanes);
+        const int64_t row = rowAt<order>(place + i, plan.rows());
+        const Vector* const from = work + 2 * (part * plan.rows() + row);
+        const Point<Vector> point = turnByRow<Direction::Forward>({from[0], from[1]}, row, coarse, fine, part * lanes);
         re[i] = point.re;
         im[i] = point.im;
       }
       transpose(re);
       transpose(im);
-      double* const square = points + row * rowSize + 2 * (group * columnsAtOnce + part * lanes);
+      double* const square = points + place * rowSize + 2 * (group * columnsAtOnce + part * lanes);
       for (int64_t i = 0; i < lanes; ++i) {
         store(re[i], square + i * rowSize);
         store(im[i], square + i * rowSize + lanes);
@@ -81,20 +101,28 @@ void scatterColumns(const FFTPlan& plan, int64_t group, const Vector* work, doub
     }
 }
 
-void transformColumns(const FFTPlan& plan, const uint32_t* reversals, double* points, void* workspace,
-                      bool swapped) {
-  Vector* const work = static_cast<Vector*>(workspace);
-  const int64_t rowSize = 2 * plan.columns();
+template <RowOrder order, bool swapped>
+void transformColumnsInOrder(const LongFFT& fft, double* points) {
+  const FFTPlan& plan = fft.plan;
+  Vector* const work = static_cast<Vector*>(fft.work);
   for (int64_t group = 0; group < plan.columns() / columnsAtOnce; ++group) {
-    const double* first = points + group * 2 * columnsAtOnce;
-    if (swapped)
-      gatherColumns<true>(first, plan.rows(), rowSize, reversals, work);
-    else
-      gatherColumns<false>(first, plan.rows(), rowSize, reversals, work);
+    gatherColumns<swapped>(points + group * 2 * columnsAtOnce, plan.rows(), 2 * plan.columns(), fft.reversedRows,
+                           work);
     for (int64_t part = 0; part < partsOfGroup; ++part)
       transformLanes<BlockKind::A>(plan, work + part * 2 * plan.rows(), plan.log2Rows());
-    scatterColumns(plan, group, work, points);
+    scatterColumns<order>(plan, group, work, points);
   }
+}
+
+void transformColumns(const LongFFT& fft, double* points, bool swapped) {
+  if (swapped)
+    transformColumnsInOrder<RowOrder::Natural, true>(fft, points);
+  else
+    transformColumnsInOrder<RowOrder::Natural, false>(fft, points);
+}
+
+void transformColumnsInPairs(const LongFFT& fft, double* points) {
+  transformColumnsInOrder<RowOrder::InPairs, false>(fft, points);
 }
 
 /// Bits of the number of a group of rows.
@@ -102,9 +130,9 @@ inline int32_t log2Groups(const FFTPlan& plan) {
   return plan.log2Rows() - log2Lanes;
 }
 
-void transformRows(const FFTPlan& plan, const uint32_t* reversals, double* points, void* workspace,
-                   bool swapped) {
-  Vector* const work = static_cast<Vector*>(workspace);
+void transformRows(const LongFFT& fft, double* points, bool swapped) {
+  const FFTPlan& plan = fft.plan;
+  Vector* const work = static_cast<Vector*>(fft.work);
   const int64_t columns = plan.columns();
   const int32_t groupBits = log2Groups(plan);
   const int32_t middleBits = plan.log2Columns() - groupBits;
@@ -114,7 +142,7 @@ void transformRows(const FFTPlan& plan, const uint32_t* reversals, double* point
     for (int64_t square = 0; square < columns / lanes; ++square)
       for (int64_t i = 0; i < lanes; ++i) {
         const double* from = rows + 2 * (i * columns + square * lanes);
-        Vector* const to = work + reversals[square * lanes + i];
+        Vector* const to = work + fft.reversedColumns[square * lanes + i];
         to[0] = load(from);
         to[1] = load(from + lanes);
       }
@@ -145,7 +173,8 @@ inline void exchangeChunks(double* a, double* b) {
 
 /// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every value of
 /// the bits between.
-void toNaturalOrder(const FFTPlan& plan, double* points) {
+void toNaturalOrder(const LongFFT& fft, double* points) {
+  const FFTPlan& plan = fft.plan;
   constexpr int64_t tile = 8;
   const int64_t side = int64_t{1} << log2Groups(plan);
   const int64_t squares = plan.columns() / side;
@@ -160,4 +189,10 @@ void toNaturalOrder(const FFTPlan& plan, double* points) {
   }
 }
 
-constexpr LongFFTPasses kernels = {transformColumns, transformRows, toNaturalOrder};
+#include "dsp/SpectrumSplitLoops.h"
+
+#include "dsp/FilterRowsLoops.h"
+
+constexpr LongFFTPasses kernels = {
+    lanes,         transformColumns,       transformRows, toNaturalOrder, splitSpectrum<Direction::Forward>,
+    splitSpectrum<Direction::Inverse>, transformColumnsInPairs, filterRows,    restoreColumns};

@@ -21,8 +21,8 @@ struct Point {
 };
 
 /// v exp(-i a) forward, v exp(+i a) inverse.
-template <Direction direction, class T>
-inline Point<T> turn(const Point<T>& v, double cosine, double sine) {
+template <Direction direction, class T, class Number>
+inline Point<T> turn(const Point<T>& v, const Number& cosine, const Number& sine) {
   if constexpr (direction == Direction::Forward)
     return {v.re * cosine + v.im * sine, v.im * cosine - v.re * sine};
   else

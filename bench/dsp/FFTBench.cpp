@@ -1,6 +1,7 @@
 // One channel's way through a filter - forward transform, multiplication by a response, inverse - by this library's
 // plain calls and by FFTW's, in one process on the same data: the ratio is the figure to look at.
 
+#include "dsp/FilterFFT.h"
 #include "dsp/RealFFT.h"
 #include "dsp/SimdLevel.h"
 
@@ -70,6 +71,17 @@ private:
   std::vector<float> response_;
 };
 
+/// The three in one.
+class Fused {
+public:
+  explicit Fused(int32_t log2n) : signal_(noise(log2n)), gains_(gains(log2n, 2).data(), log2n) { run(); }
+  void run() { filterFFT(signal_.get(), gains_); }
+
+private:
+  Signal signal_;
+  BinGains gains_;
+};
+
 /// FFTW, one thread, real to complex and back in place.
 class Fftw {
 public:
@@ -127,14 +139,18 @@ void printTable(int32_t first, int32_t last) {
                             : bestSimdLevel() == SimdLevel::Avx2 ? "AVX2"
                                                                  : "baseline";
   std::printf("SIMD level: %s; milliseconds for forward, multiply, inverse\n", level);
-  std::printf("%6s %11s %15s %14s %13s\n", "log2 n", "ours", "FFTW ESTIMATE", "FFTW MEASURE", "ours/MEASURE");
+  std::printf("%6s %11s %15s %14s %13s %12s %14s\n", "log2 n", "ours", "FFTW ESTIMATE", "FFTW MEASURE", "ours/MEASURE",
+              "ours fused", "fused/MEASURE");
   for (int32_t log2n = first; log2n <= last; ++log2n) {
     Plain plain(log2n);
+    Fused fused(log2n);
     Fftw estimate(log2n, FFTW_ESTIMATE);
     Fftw measure(log2n, FFTW_MEASURE);
     const std::vector<double> ms =
-        leastTimes({[&] { plain.run(); }, [&] { estimate.run(); }, [&] { measure.run(); }});
-    std::printf("%6d %11.4f %15.4f %14.4f %13.2f\n", log2n, ms[0], ms[1], ms[2], ms[0] / ms[2]);
+        leastTimes({[&] { plain.run(); }, [&] { estimate.run(); }, [&] { measure.run(); },
+                    [&] { fused.run(); }});
+    std::printf("%6d %11.4f %15.4f %14.4f %13.2f %12.4f %14.2f\n", log2n, ms[0], ms[1], ms[2], ms[0] / ms[2], ms[3],
+                ms[3] / ms[2]);
     std::fflush(stdout);
   }
 }
@@ -153,6 +169,7 @@ void registerSizes(int32_t first, int32_t last) {
     made->DenseRange(first, last)->Unit(benchmark::kMicrosecond);
   };
   sized(benchmark::RegisterBenchmark("plain", [](benchmark::State& s) { measure<Plain>(s); }));
+  sized(benchmark::RegisterBenchmark("fused", [](benchmark::State& s) { measure<Fused>(s); }));
   sized(benchmark::RegisterBenchmark("fftwEstimate", [](benchmark::State& s) { measure<Fftw>(s, FFTW_ESTIMATE); }));
   sized(benchmark::RegisterBenchmark("fftwMeasure", [](benchmark::State& s) { measure<Fftw>(s, FFTW_MEASURE); }));
 }
