@@ -49,4 +49,10 @@ std::size_t FFTPlan::workspaceSize() const {
   return static_cast<std::size_t>(std::max(2 * columnsAtOnce * rows(), 2 * (2 * columnsAtOnce + 2) * columns()));
 }
 
+std::size_t FFTPlan::tableBytes() const {
+  std::size_t bytes = (coarse_.size() + fine_.size()) * sizeof(ColumnTurns);
+  for (const std::vector<double>& turns : passTurns_) bytes += turns.size() * sizeof(double);
+  return bytes;
+}
+
 } // namespace emeg

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -42,6 +43,8 @@ public:
 
   /// Doubles that a pass needs to work in.
   std::size_t workspaceSize() const;
+
+  std::size_t tableBytes() const;
 
 private:
   int32_t log2Rows_;

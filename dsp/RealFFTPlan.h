@@ -3,6 +3,7 @@
 #include "dsp/FFTTwiddles.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -31,6 +32,8 @@ public:
   const double* rowSines() const { return rowSines_.data(); }
   /// ... and of the columns, in bit-reversed order.
   const Turn* columnTurns() const { return columnTurns_.data(); }
+
+  std::size_t tableBytes() const;
 
 private:
   int32_t log2n_;
