@@ -46,7 +46,8 @@ FFTPlan::FFTPlan(int32_t log2m)
 
 std::size_t FFTPlan::workspaceSize() const {
   // A group of columns; or the rows of two registers and two rows more.
-  return static_cast<std::size_t>(std::max(2 * columnsAtOnce * rows(), 2 * (2 * columnsAtOnce + 2) * columns()));
+  return static_cast<std::size_t>(
+      std::max(2 * columnsAtOnce * rows(), 2 * (2 * columnsAtOnce + 2) * columns()));
 }
 
 std::size_t FFTPlan::tableBytes() const {

@@ -16,11 +16,11 @@ struct alignas(64) ColumnTurns {
   std::array<double, columnsAtOnce> sines;
 };
 
-/// How complex transforms of 2^log2m points, 1024 and more, go through the caches: point j stands in row j1 and
-/// column j2 of a matrix, j = j1 x columns + j2. The columns are transformed, every result is turned by its row
-/// times its column, the rows are transformed, and bin k1 + k2 x rows has come to row k1 and column k2. Columns and
-/// rows are short enough for the caches near the core; the matrix is read and written once per step. (Bailey: FFTs
-/// in external or hierarchical memory, Journal of Supercomputing 4, 1990.)
+/// How complex transforms of 2^log2m points, 1024 and more, go through the caches: point j stands in row j1
+/// and column j2 of a matrix, j = j1 x columns + j2. The columns are transformed, every result is turned by
+/// its row times its column, the rows are transformed, and bin k1 + k2 x rows has come to row k1 and column
+/// k2. Columns and rows are short enough for the caches near the core; the matrix is read and written once
+/// per step. (Bailey: FFTs in external or hierarchical memory, Journal of Supercomputing 4, 1990.)
 class FFTPlan {
 public:
   static constexpr int32_t leastLog2m = 10;
@@ -35,7 +35,9 @@ public:
   int64_t columns() const { return int64_t{1} << log2Columns_; }
 
   /// The turns of group `group` of columns, by k1 / fineTurns and by k1 mod fineTurns.
-  const ColumnTurns* coarseTurns(int64_t group) const { return coarse_.data() + group * (rows() / fineTurns); }
+  const ColumnTurns* coarseTurns(int64_t group) const {
+    return coarse_.data() + group * (rows() / fineTurns);
+  }
   const ColumnTurns* fineTurnsOf(int64_t group) const { return fine_.data() + group * fineTurns; }
 
   /// Cosine and sine of butterfly k < n/4 of a pass that makes blocks of n = 2^log2n points, pair by pair.

@@ -54,7 +54,8 @@ void filterFFT(double* signal, const BinGains& gains) {
   if (log2n < leastFilterLog2n) return;
   if (log2n < RealFFTPlan::leastLog2n) {
     realFFTForward(signal, log2n);
-    for (std::size_t k = 0; k < gains.packed().size(); ++k) signal[k] *= static_cast<double>(gains.packed()[k]);
+    for (std::size_t k = 0; k < gains.packed().size(); ++k)
+      signal[k] *= static_cast<double>(gains.packed()[k]);
     realFFTInverse(signal, log2n);
     return;
   }

@@ -59,7 +59,8 @@ public:
       middle_[i] = {mirrors[2 * i][0], mirrors[2 * i + 1][0]};
     }
   }
-  void filter(const RealFFTPlan& plan, const FFTPlan& matrix, const uint32_t* reversals, const BinGains& gains) {
+  void filter(const RealFFTPlan& plan, const FFTPlan& matrix, const uint32_t* reversals,
+              const BinGains& gains) {
     filterFirstRow(first_, columns_, plan, reversals, gains);
     const int64_t middleRow = matrix.rows() / 2;
     filterOwnMirrors(middle_, 0, columns_ - 1, plan, reversals,
@@ -81,8 +82,8 @@ private:
   Point<double>* middle_;
 };
 
-/// Multiplies the spectrum of `lanes` rows and of the rows with their mirrors, both in bit-reversed order, by the
-/// gains. Real and imaginary parts have changed places afterwards.
+/// Multiplies the spectrum of `lanes` rows and of the rows with their mirrors, both in bit-reversed order, by
+/// the gains. Real and imaginary parts have changed places afterwards.
 inline void filterPairsOfRows(Vector* rows, Vector* mirrors, int64_t columns, int64_t firstRow,
                               const RealFFTPlan& plan, const float* gains) {
   const Vector rowCosine = load(plan.rowCosines() + firstRow);
@@ -167,19 +168,20 @@ void restoreColumns(const LongFFT& fft, double* points) {
         const double* const square = first + place * rowSize + part * 2 * lanes;
         Vector re[lanes];
         Vector im[lanes];
-        for (int64_t i = 0; i < lanes; ++i) {
+        forEachLane([&](int i) {
           re[i] = load(square + i * rowSize);
           im[i] = load(square + i * rowSize + lanes);
-        }
+        });
         transpose(re);
         transpose(im);
-        for (int64_t i = 0; i < lanes; ++i) {
+        forEachLane([&](int i) {
           const int64_t row = rowAt<RowOrder::InPairs>(place + i, rows);
-          const Point<Vector> point = turnByRow<Direction::Forward>({re[i], im[i]}, row, coarse, fine, part * lanes);
+          const Point<Vector> point =
+              turnByRow<Direction::Forward>({re[i], im[i]}, row, coarse, fine, part * lanes);
           Vector* const to = work + part * 2 * rows + fft.reversedRows[row];
           to[0] = point.re;
           to[1] = point.im;
-        }
+        });
       }
     for (int64_t part = 0; part < partsOfGroup; ++part)
       transformLanes<BlockKind::A>(plan, work + part * 2 * rows, plan.log2Rows());

@@ -1,5 +1,5 @@
-// The loops of LongFFTPasses, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake). Nothing but
-// other pieces may be included here: the file stands inside an unnamed namespace.
+// The loops of LongFFTPasses, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake).
+// Nothing but other pieces may be included here: the file stands inside an unnamed namespace.
 
 #include "dsp/SimdTranspose.h"
 
@@ -29,7 +29,8 @@ void transformLanes(const FFTPlan& plan, Vector* block, int32_t log2n) {
 
 /// Reads a group of columns into bit-reversed order.
 template <bool swapped>
-void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uint32_t* reversals, Vector* work) {
+void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uint32_t* reversals,
+                   Vector* work) {
   for (int64_t i = 0; i < rows; ++i) {
     const double* from = group + i * rowSize;
     for (int64_t part = 0; part < partsOfGroup; ++part) {
@@ -60,8 +61,8 @@ inline Point<Vector> turnByRow(const Point<Vector>& point, int64_t row, const Co
 /// Where the rows of transformed columns are written.
 enum class RowOrder {
   Natural,
-  /// A register full of rows from the upper half, then the rows that hold their mirrors: row k and row rows - k. Rows
-  /// 0 and rows/2, which hold their own mirrors, share the first place.
+  /// A register full of rows from the upper half, then the rows that hold their mirrors: row k and row rows -
+  /// k. Rows 0 and rows/2, which hold their own mirrors, share the first place.
   InPairs
 };
 
@@ -84,20 +85,21 @@ void scatterColumns(const FFTPlan& plan, int64_t group, const Vector* work, doub
     for (int64_t part = 0; part < partsOfGroup; ++part) {
       Vector re[lanes];
       Vector im[lanes];
-      for (int64_t i = 0; i < lanes; ++i) {
+      forEachLane([&](int i) {
         const int64_t row = rowAt<order>(place + i, plan.rows());
         const Vector* const from = work + 2 * (part * plan.rows() + row);
-        const Point<Vector> point = turnByRow<Direction::Forward>({from[0], from[1]}, row, coarse, fine, part * lanes);
+        const Point<Vector> point =
+            turnByRow<Direction::Forward>({from[0], from[1]}, row, coarse, fine, part * lanes);
         re[i] = point.re;
         im[i] = point.im;
-      }
+      });
       transpose(re);
       transpose(im);
       double* const square = points + place * rowSize + 2 * (group * columnsAtOnce + part * lanes);
-      for (int64_t i = 0; i < lanes; ++i) {
+      forEachLane([&](int i) {
         store(re[i], square + i * rowSize);
         store(im[i], square + i * rowSize + lanes);
-      }
+      });
     }
 }
 
@@ -106,8 +108,8 @@ void transformColumnsInOrder(const LongFFT& fft, double* points) {
   const FFTPlan& plan = fft.plan;
   Vector* const work = static_cast<Vector*>(fft.work);
   for (int64_t group = 0; group < plan.columns() / columnsAtOnce; ++group) {
-    gatherColumns<swapped>(points + group * 2 * columnsAtOnce, plan.rows(), 2 * plan.columns(), fft.reversedRows,
-                           work);
+    gatherColumns<swapped>(points + group * 2 * columnsAtOnce, plan.rows(), 2 * plan.columns(),
+                           fft.reversedRows, work);
     for (int64_t part = 0; part < partsOfGroup; ++part)
       transformLanes<BlockKind::A>(plan, work + part * 2 * plan.rows(), plan.log2Rows());
     scatterColumns<order>(plan, group, work, points);
@@ -171,8 +173,8 @@ inline void exchangeChunks(double* a, double* b) {
   store(a1, b + lanes);
 }
 
-/// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every value of
-/// the bits between.
+/// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every
+/// value of the bits between.
 void toNaturalOrder(const LongFFT& fft, double* points) {
   const FFTPlan& plan = fft.plan;
   constexpr int64_t tile = 8;
@@ -193,6 +195,12 @@ void toNaturalOrder(const LongFFT& fft, double* points) {
 
 #include "dsp/FilterRowsLoops.h"
 
-constexpr LongFFTPasses kernels = {
-    lanes,         transformColumns,       transformRows, toNaturalOrder, splitSpectrum<Direction::Forward>,
-    splitSpectrum<Direction::Inverse>, transformColumnsInPairs, filterRows,    restoreColumns};
+constexpr LongFFTPasses kernels = {lanes,
+                                   transformColumns,
+                                   transformRows,
+                                   toNaturalOrder,
+                                   splitSpectrum<Direction::Forward>,
+                                   splitSpectrum<Direction::Inverse>,
+                                   transformColumnsInPairs,
+                                   filterRows,
+                                   restoreColumns};

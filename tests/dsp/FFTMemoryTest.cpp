@@ -1,4 +1,5 @@
-// What transforms allocate. The program counts every allocation, so these tests stand in a program of their own.
+// What transforms allocate. The program counts every allocation, so these tests stand in a program of their
+// own.
 
 #include "dsp/FFTTables.h"
 #include "dsp/FilterFFT.h"

@@ -37,7 +37,8 @@ std::vector<double> filtered(std::vector<double> signal, const BinGains& gains) 
   return signal;
 }
 
-std::vector<double> filteredByPlainCalls(std::vector<double> signal, const std::vector<float>& gains, int32_t log2n) {
+std::vector<double> filteredByPlainCalls(std::vector<double> signal, const std::vector<float>& gains,
+                                         int32_t log2n) {
   realFFTForward(signal.data(), log2n);
   for (std::size_t k = 0; k < signal.size(); ++k) signal[k] *= static_cast<double>(gains[k]);
   realFFTInverse(signal.data(), log2n);

@@ -67,7 +67,8 @@ void expectResponse(const FilterStageList& stages, int32_t log2N) {
   ASSERT_EQ(response.gains().size(), expected.size() + 1);
   const double unit = 2.0 / static_cast<double>(expected.size());
   for (std::size_t k = 0; k < expected.size(); ++k)
-    EXPECT_NEAR(static_cast<double>(response.gains()[k]), expected[k], 1e-5 * expected[k] + 1e-12 * unit) << k;
+    EXPECT_NEAR(static_cast<double>(response.gains()[k]), expected[k], 1e-5 * expected[k] + 1e-12 * unit)
+        << k;
 }
 
 /// Padding as defined, with reads that stay inside the signal.

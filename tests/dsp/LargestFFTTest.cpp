@@ -1,5 +1,5 @@
-// Accuracy at every size up to 2^24 values: minutes of reference computation and gigabytes of memory, so these tests
-// stand in a program of their own.
+// Accuracy at every size up to 2^24 values: minutes of reference computation and gigabytes of memory, so
+// these tests stand in a program of their own.
 
 #include "dsp/RealFFT.h"
 #include "tests/dsp/reference/SlowFourier.h"
@@ -67,7 +67,8 @@ double roundTripError(const std::vector<double>& input, std::vector<double> spec
   long double difference = 0;
   long double length = 0;
   for (std::size_t j = 0; j < input.size(); ++j) {
-    const long double wanted = static_cast<long double>(input[j]) * static_cast<long double>(input.size() / 2);
+    const long double wanted =
+        static_cast<long double>(input[j]) * static_cast<long double>(input.size() / 2);
     const long double error = static_cast<long double>(spectrum[j]) - wanted;
     difference += error * error;
     length += wanted * wanted;

@@ -15,8 +15,8 @@ namespace {
 
 using reference::Wide;
 
-/// Matrices that are square and ones with twice as many rows as columns, on either side of the blocks that are
-/// straight-line code.
+/// Matrices that are square and ones with twice as many rows as columns, on either side of the blocks that
+/// are straight-line code.
 constexpr int32_t leastLog2m = FFTPlan::leastLog2m;
 constexpr int32_t mostLog2m = 17;
 
@@ -47,9 +47,10 @@ TEST_P(LongFFTPassesAtEveryLevel, GiveTheTextbookTransformInBothDirections) {
   for (int32_t log2m = leastLog2m; log2m <= mostLog2m; ++log2m) {
     const std::vector<double> input = reference::random(std::size_t{2} << log2m, 2);
     for (const bool inverse : {false, true})
-      EXPECT_LT(reference::relativeError(complexForward(input, log2m, GetParam(), inverse),
-                                         reference::recursiveFFT(reference::asComplex(input), inverse ? 1 : -1)),
-                reference::tolerance(log2m))
+      EXPECT_LT(
+          reference::relativeError(complexForward(input, log2m, GetParam(), inverse),
+                                   reference::recursiveFFT(reference::asComplex(input), inverse ? 1 : -1)),
+          reference::tolerance(log2m))
           << "2^" << log2m;
   }
 }
@@ -57,8 +58,8 @@ TEST_P(LongFFTPassesAtEveryLevel, GiveTheTextbookTransformInBothDirections) {
 TEST_P(LongFFTPassesAtEveryLevel, TransformAnImpulseAtAnyPlaceIntoOneTurningPoint) {
   const std::size_t m = std::size_t{1} << 11;
   const std::vector<Wide> roots = reference::rootsOfUnity(m, -1);
-  for (const std::size_t place : {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{8}, std::size_t{33},
-                                  m / 2 + 1, m - 1}) {
+  for (const std::size_t place :
+       {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{8}, std::size_t{33}, m / 2 + 1, m - 1}) {
     std::vector<double> input(2 * m);
     input[2 * place] = 1;
     std::vector<Wide> expected(m);
