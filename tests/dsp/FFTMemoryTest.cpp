@@ -107,8 +107,8 @@ TEST(FFTMemory, TheFirstTransformAllocatesTablesAndWorkspaceAlone) {
     const std::size_t workspace = fftTables().workspace.size() * sizeof(CacheLine);
     // What is needed while the tables are made stays within as much again.
     EXPECT_LT(allocations().bytes - before, 2 * tableBytes() + workspace + 4096) << "2^" << log2n;
-    // A group of columns or two registers full of rows: about 256 bytes times the square root of the points.
-    EXPECT_LE(workspace, std::size_t{300} * (std::size_t{1} << (log2n / 2))) << "2^" << log2n;
+    // At most 32 points of every row; there are no more rows than the square root of the values.
+    EXPECT_LE(workspace, std::size_t{512} * (std::size_t{1} << (log2n / 2))) << "2^" << log2n;
   }
 }
 
