@@ -5,7 +5,7 @@ set -eu
 cd "$(dirname "$0")"
 
 scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev \
-  libbenchmark-dev
+  libbenchmark-dev libfftw3-dev
 
 jobs=$(nproc)
 cmake --preset asan >/dev/null

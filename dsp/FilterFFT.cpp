@@ -20,10 +20,12 @@ BinGains::BinGains(const float* packed, int32_t log2n, SimdLevel level) : level_
   log2n_ = log2n;
   dc_ = packed[0];
   nyquist_ = packed[1];
-  if (log2n < RealFFTPlan::leastLog2n)
+  if (log2n < RealFFTPlan::leastLog2n) {
     packed_.assign(packed, packed + (std::size_t{1} << log2n));
-  else
+    for (std::size_t k = 2; k < packed_.size(); k += 2) packed_[k + 1] = packed_[k];
+  } else {
     layOut(packed);
+  }
 }
 
 void BinGains::layOut(const float* packed) {
