@@ -41,7 +41,6 @@ bool runConverter() {
 }
 
 bool runPlugin() {
-  currentRun.reset();
   if (!emeg::resolveHostFunctions()) return false;
   const emeg::HostVersion version = emeg::host::version();
   if (!emeg::isHostVersionAtLeast(version.major, version.minor, version.revision, 1, 9, 9)) {
