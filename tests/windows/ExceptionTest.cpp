@@ -1,5 +1,6 @@
 #include "tests/windows/WindowsRecording.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace emeg::test {
@@ -35,6 +36,28 @@ TEST_F(WindowsException, ThatTheHostThrowsEndsTheRunWithAMessageAndStaysInThePlu
                                                  "This plugin requires a CTC file."));
   EXPECT_THAT(result.linesOf("watched file"), ElementsAre("gone", "gone", "gone"));
   EXPECT_THAT(leftBehind(), ElementsAre("run1.ccd", "run1.ctc", "run1.prt"));
+}
+
+TEST_F(WindowsException, IsCaughtWhicheverHostFunctionItComesFrom) {
+  const std::filesystem::path recording = recordingIn("recording");
+  for (const char* place : {"version", "Please select a CCD file", "update", "Defining parameters",
+                            "artifact correction", "volume-wise", "Window half-length", "Writing CCD"}) {
+    SCOPED_TRACE(place);
+    const WindowsResult result =
+        runHost({"ccd=" + windowsPath(recording / "run1.ccd"), std::string("leaveAt=") + place});
+    ASSERT_TRUE(result.isDone()) << result.output;
+    EXPECT_THAT(result.linesOf("execute"), ElementsAre("0")) << result.output;
+    for (const std::string& name : leftBehind()) {
+      EXPECT_EQ(name.find("Chunk"), std::string::npos) << name;
+      EXPECT_EQ(name.find(".part"), std::string::npos) << name;
+    }
+  }
+}
+
+TEST_F(WindowsException, FromTheMessageBoxIsCaughtToo) {
+  const WindowsResult result = runHost({"leaveAt=This plugin requires a CTC file."});
+  ASSERT_TRUE(result.isDone()) << result.output;
+  EXPECT_THAT(result.linesOf("execute"), ElementsAre("0"));
 }
 
 // A structured exception is the host's to handle. It skips the plug-in's destructors, and the next execution

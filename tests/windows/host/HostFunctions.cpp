@@ -12,7 +12,9 @@ struct HostError {
   int number;
 };
 
-static void leaveThePlugin() {
+static void leaveThePluginAt(const char* text) {
+  if (settings.leaveAt == nullptr || strstr(text, settings.leaveAt) == nullptr) return;
+  settings.leaveAt = settings.ccd = settings.prt = settings.ctc = nullptr;
   if (strcmp(settings.leave, "raise") == 0) RaiseException(ownStructuredException, 0, 0, nullptr);
   throw HostError{7};
 }
@@ -22,29 +24,30 @@ HOST_FUNCTION int lmGetVersionOfLumetra(int* major, int* minor, int* revision) {
   *minor = settings.minor;
   *revision = settings.revision;
   printf("version\n");
+  leaveThePluginAt("version");
   return 1;
 }
 
 HOST_FUNCTION void lmLogText(const char* text) {
   printf("log: %s\n", text);
-  if (settings.leaveAt != nullptr && strstr(text, settings.leaveAt) != nullptr) {
-    settings.leaveAt = settings.ccd = settings.prt = settings.ctc = nullptr;
-    leaveThePlugin();
-  }
+  leaveThePluginAt(text);
 }
 
 HOST_FUNCTION void lmMessageBox(const char* text) {
   printf("box: %s\n", text);
+  leaveThePluginAt(text);
 }
 
 HOST_FUNCTION int lmYesNoMessageBox(const char* question) {
   printf("yes or no: %s\n", question);
+  leaveThePluginAt(question);
   return 0;
 }
 
 HOST_FUNCTION int lmGetIntegerInput(const char* prompt, int byDefault, int minimum, int maximum) {
   const int answer = strstr(prompt, "artifact correction") != nullptr ? settings.correction : byDefault;
   printf("integer: %s [%d, %d to %d] %d\n", prompt, byDefault, minimum, maximum, answer);
+  leaveThePluginAt(prompt);
   return answer;
 }
 
@@ -65,6 +68,7 @@ HOST_FUNCTION int lmGetOpenFileName(const char* title, const char* pattern, cons
                              : strcmp(pattern, "*.prt") == 0 ? settings.prt
                                                              : settings.ctc;
   printf("file: %s [%s, %s] %s\n", title, pattern, description, chosen != nullptr ? chosen : "none");
+  leaveThePluginAt(title);
   if (chosen == nullptr || strlen(chosen) > 255) return 0;
   strcpy(path, chosen);
   return 1;
@@ -72,12 +76,15 @@ HOST_FUNCTION int lmGetOpenFileName(const char* title, const char* pattern, cons
 
 HOST_FUNCTION void lmUpdateActiveWindow() {
   printf("update\n");
+  leaveThePluginAt("update");
 }
 
 HOST_FUNCTION int lmGetDlgIntegerParameter(int) {
+  leaveThePluginAt("integer parameter");
   return -1;
 }
 
 HOST_FUNCTION float lmGetDlgFloatParameter(int) {
+  leaveThePluginAt("float parameter");
   return -1.0f;
 }

@@ -9,8 +9,8 @@ struct Settings {
   const char* ctc = nullptr;
   int correction = 1;
   int executions = 1;
-  /// The host leaves lmLogText at the first line with this text, in the way of `leave`: "throw" a C++
-  /// exception, "raise" a structured one. From then on it cancels all file dialogues.
+  /// The host leaves one of its functions at the first text, prompt or name with this part, in the way of
+  /// `leave`: "throw" a C++ exception, "raise" a structured one. From then on it cancels all file dialogues.
   const char* leaveAt = nullptr;
   const char* leave = "throw";
   const char* watch = nullptr; ///< a file: is it there after each execution?
