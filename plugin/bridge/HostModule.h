@@ -22,7 +22,7 @@ private:
   void* handle_;
 };
 
-/// An exception left a host function that another compiler's exceptions come from.
+/// A host function ended with an exception of another compiler, whose reason cannot be read here.
 class HostException : public std::exception {
 public:
   const char* what() const noexcept override { return "the workstation reported an error of its own"; }

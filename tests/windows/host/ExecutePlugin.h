@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform.h"
-#include "Settings.h"
+#include "tests/windows/host/Platform.h"
+#include "tests/windows/host/Settings.h"
 
 static constexpr unsigned long microsoftCppException = 0xE06D7363;
 

@@ -1,7 +1,7 @@
 // The workstation's exported functions. Every call is a line on the standard output.
 
-#include "Platform.h"
-#include "Settings.h"
+#include "tests/windows/host/Platform.h"
+#include "tests/windows/host/Settings.h"
 
 #define HOST_FUNCTION extern "C" __declspec(dllexport)
 

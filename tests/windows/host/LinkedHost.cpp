@@ -1,9 +1,9 @@
 // A workstation that is linked to the plug-in's exported class members.
 
-#include "ExecutePlugin.h"
-#include "LumetraPlugin.h"
-#include "Platform.h"
-#include "Settings.h"
+#include "tests/windows/host/ExecutePlugin.h"
+#include "tests/windows/host/LumetraPlugin.h"
+#include "tests/windows/host/Platform.h"
+#include "tests/windows/host/Settings.h"
 
 extern "C" __declspec(dllimport) LMTRPluginInterface* createPlugin();
 

@@ -1,8 +1,8 @@
 // A workstation that loads the plug-in at run time and knows its object through createPlugin alone.
 
-#include "ExecutePlugin.h"
-#include "Platform.h"
-#include "Settings.h"
+#include "tests/windows/host/ExecutePlugin.h"
+#include "tests/windows/host/Platform.h"
+#include "tests/windows/host/Settings.h"
 
 /// Only the order of the virtual operations is shared: nothing here links to the plug-in.
 class LMTRPluginInterface {

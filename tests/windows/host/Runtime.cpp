@@ -1,6 +1,6 @@
 // What a Microsoft C++ program expects of its runtime library.
 
-#include "Platform.h"
+#include "tests/windows/host/Platform.h"
 
 extern "C" {
 void* malloc(unsigned long long nrOfBytes);

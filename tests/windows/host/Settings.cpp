@@ -1,6 +1,6 @@
-#include "Settings.h"
+#include "tests/windows/host/Settings.h"
 
-#include "Platform.h"
+#include "tests/windows/host/Platform.h"
 
 Settings settings;
 
