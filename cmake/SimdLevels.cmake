@@ -13,8 +13,8 @@ function(emeg_add_simd_kernels target path)
 
   set(levels "Baseline/16/")
   if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
-    # Windows aligns the stack to 16 bytes and GCC does not align it further there, yet spills wider registers with
-    # moves that demand it (GCC bug 54412): the assembler writes the moves that do not.
+    # Windows aligns the stack to 16 bytes, and GCC may keep wider registers there with moves that demand more (GCC bug
+    # 54412). Debian's is patched not to; for any other the assembler is told to write the moves that demand nothing.
     if(WIN32)
       set(unaligned "+-Wa,-muse-unaligned-vector-move")
     endif()
