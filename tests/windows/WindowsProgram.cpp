@@ -8,7 +8,7 @@
 namespace emeg::test {
 namespace {
 
-constexpr std::chrono::seconds timeLimit{400};
+constexpr std::chrono::seconds timeLimit{300};
 
 } // namespace
 
