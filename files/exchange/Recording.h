@@ -57,6 +57,7 @@ struct RecordingMarker {
   double onset = 0;          ///< samples of the recording, the first sample is 0; may lie between samples
   double duration = 0;       ///< samples
   int channel = allChannels; ///< index from 0
+  std::string date;          ///< BrainVision's last field of a new segment: digits, year to microsecond
 };
 
 /// A date and time of day without a zone, as the file says it.

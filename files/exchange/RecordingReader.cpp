@@ -1,5 +1,6 @@
 #include "files/exchange/RecordingReader.h"
 
+#include "files/exchange/BrainVisionReader.h"
 #include "files/exchange/ChannelSubset.h"
 #include "files/exchange/CtcRecordingReader.h"
 #include "files/exchange/FileExtension.h"
@@ -30,6 +31,8 @@ std::unique_ptr<RecordingReader> openRecording(const std::string& path, const Op
   std::unique_ptr<RecordingReader> reader;
   if (extension == ".ctc") {
     reader = openCtcRecording(path);
+  } else if (extension == ".vhdr") {
+    reader = openBrainVisionRecording(path);
   } else {
     throw RecordingError(refusalOfExtension(path));
   }

@@ -1,5 +1,6 @@
 #include "files/exchange/RecordingWriter.h"
 
+#include "files/exchange/BrainVisionWriter.h"
 #include "files/exchange/CtcRecordingWriter.h"
 #include "files/exchange/FileExtension.h"
 
@@ -43,6 +44,7 @@ std::unique_ptr<RecordingWriter> createRecording(const std::string& path, const 
 
   const std::string extension = extensionOf(path);
   if (extension == ".ctc") return createCtcRecording(path, header, options);
+  if (extension == ".vhdr") return createBrainVisionRecording(path, header, options);
   throw RecordingError(refusalOfOutputExtension(path));
 }
 
