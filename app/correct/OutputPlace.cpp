@@ -1,0 +1,68 @@
+#include "app/correct/OutputPlace.h"
+
+#include "files/exchange/FileExtension.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fmt/format.h>
+
+namespace emeg {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<const char*, 4> writtenExtensions = {".ctc", ".vhdr", ".edf", ".bdf"};
+
+bool isWritten(const std::string& extension) {
+  return std::find(writtenExtensions.begin(), writtenExtensions.end(), extension) != writtenExtensions.end();
+}
+
+std::string defaultOutput(const std::string& input, const std::string& suffix) {
+  const std::string stem = withoutExtension(input);
+  const std::string extension = isWritten(extensionOf(input)) ? input.substr(stem.size()) : ".vhdr";
+  return stem + suffix + extension;
+}
+
+void checkIsFree(const std::string& path) {
+  std::error_code ignored;
+  if (fs::exists(fs::symlink_status(path, ignored)))
+    throw UnusableInput(
+        fmt::format("\"{}\" exists already; choose another name with --output, or replace it with "
+                    "--force.",
+                    path));
+}
+
+} // namespace
+
+std::string folderOf(const std::string& path) {
+  const std::string folder = fs::path(path).parent_path().string();
+  return folder.empty() ? "." : folder;
+}
+
+OutputPlace outputPlaceOf(const CorrectParameters& parameters, const CorrectionPlan& plan) {
+  OutputPlace place;
+  place.recording =
+      parameters.output.empty() ? defaultOutput(parameters.input, plan.suffix) : parameters.output;
+  if (!isWritten(extensionOf(place.recording)))
+    throw UnusableInput(refusalOfOutputExtension(place.recording));
+  std::error_code ignored;
+  if (fs::equivalent(place.recording, parameters.input, ignored))
+    throw UnusableInput(fmt::format("the output \"{}\" is the input; choose another name.", place.recording));
+  place.sidecar = withoutExtension(place.recording) + ".json";
+  return place;
+}
+
+void checkPlaceIsFree(const OutputPlace& place, bool force) {
+  const std::string folder = folderOf(place.recording);
+  if (!fs::is_directory(folder))
+    throw UnusableInput(fmt::format("there is no folder \"{}\" for the output; make it first.", folder));
+  if (force) return;
+  checkIsFree(place.recording);
+  checkIsFree(place.sidecar);
+  if (extensionOf(place.recording) != ".vhdr") return;
+  for (const char* extension : {".eeg", ".vmrk"}) checkIsFree(withoutExtension(place.recording) + extension);
+}
+
+} // namespace emeg
