@@ -142,12 +142,20 @@ std::optional<EdfScale> edfScaleFor(const ValueRange& range, const RecordingChan
     smallest -= 1;
     largest += 1;
   }
+  EdfScale scale = emptyScale(is24Bit);
+  // Around 0 the range is symmetric, so that 0 stays 0.
+  if (smallest <= 0 && largest >= 0) {
+    largest = std::max(-smallest, largest);
+    smallest = -largest;
+    scale.digitalMinimum = -scale.digitalMaximum;
+  }
   const auto below = eightCharactersBelow(smallest);
   const auto above = eightCharactersAbove(largest);
   if (!below || !above) return std::nullopt;
-  EdfScale scale = emptyScale(is24Bit);
   scale.physicalMinimum = *below;
   scale.physicalMaximum = *above;
+  // A minus sign takes a digit: the farther end counts.
+  if (scale.digitalMinimum == -scale.digitalMaximum) scale.physicalMaximum = -*below;
   return scale;
 }
 
