@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")"
 
-scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev libfmt-dev \
+scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev libfmt-dev libssl-dev \
   libbenchmark-dev
 
 jobs=$(nproc)

@@ -2,6 +2,7 @@
 
 #include "app/correct/Correction.h"
 #include "app/correct/Interrupt.h"
+#include "app/correct/Summary.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -209,7 +210,10 @@ int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& e
   try {
     const CorrectionResult result = correctRecording(parameters, report);
     report.clearProgress();
-    out << result.files.back() << "\n";
+    if (parameters.json)
+      out << result.sidecar;
+    else
+      printSummary(out, result, parameters);
     return report.warnings().empty() ? correctedWell : correctedWithWarnings;
   } catch (const UnusableInput& error) {
     report.error(error.what());

@@ -1,13 +1,18 @@
 #include "app/correct/Correction.h"
 
+#include "app/correct/Checksum.h"
 #include "app/correct/CorrectedRecording.h"
+#include "app/correct/FilterAdvice.h"
 #include "app/correct/Interrupt.h"
 #include "app/correct/MarkerTransfer.h"
+#include "app/correct/RunWarnings.h"
 #include "app/correct/ScratchFolder.h"
 #include "app/correct/ScratchInput.h"
+#include "app/correct/Sidecar.h"
 #include "files/exchange/FileExtension.h"
 #include "files/formats/ChunkFiles.h"
 
+#include <cstdio>
 #include <fmt/format.h>
 #include <memory>
 
@@ -28,9 +33,11 @@ public:
 
   CorrectionResult run() {
     open();
+    advise();
     makeScratch();
     copyIn();
     convert();
+    measure();
     write();
     return std::move(result_);
   }
@@ -49,6 +56,25 @@ private:
     result_.plan = planCorrection(result_.header, parameters_);
     result_.place = outputPlaceOf(parameters_, result_.plan);
     checkPlaceIsFree(result_.place, parameters_.force);
+  }
+
+  /// What the user should know before the wait.
+  void advise() {
+    if (parameters_.repairSaturation) {
+      checkSaturationCanShow(result_.header, result_.plan, parameters_.input);
+      scratchSamples_ = ScratchSamples::Float64;
+    }
+    const FilterAdvice advice =
+        adviceOnFilters(parameters_, result_.plan.decimationFactor, result_.header.samplingFrequency);
+    for (const std::string& note : advice.notes) report_.note(note);
+    for (const std::string& warning : advice.warnings) report_.warning(warning);
+    const bool losesTriggers = result_.plan.decimationFactor > 1 &&
+                               result_.plan.channels.corrected.size() < result_.plan.channels.channels.size();
+    if (losesTriggers)
+      report_.note(
+          fmt::format("of trigger and status channels every {}-th sample is kept: shorter pulses get lost "
+                      "there. Markers keep their times.",
+                      result_.plan.decimationFactor));
   }
 
   void makeScratch() {
@@ -78,9 +104,14 @@ private:
         report_.warning(
             fmt::format("{} samples are no numbers and were taken as 0: look at the recording there.",
                         content.nrOfNotFinite));
+      if (parameters_.repairSaturation)
+        result_.repaired = repairSaturatedChannels(inputPath(), result_.header, result_.plan,
+                                                   partOfRun(readingEnds, readingEnds));
     } catch (const RecordingError& error) {
       throw UnusableInput(error.what());
     }
+    for (const std::string& file : result_.header.files)
+      result_.inputFiles.push_back({file, sha256Of(file, InterruptWatch::check)});
   }
 
   void convert() {
@@ -118,6 +149,28 @@ private:
     if (!outcome.finished) throw FailedRun("the converter ended the run without saying why.");
   }
 
+  void requireSequence() const {
+    if (parameters_.allowUncorrected) return;
+    throw FailedRun(
+        fmt::format("no scanner sequence was found in \"{}\", so nothing was written. Is it a recording "
+                    "with the scanner running, for 25 s at least? --interval START:END chooses the part "
+                    "with the scan, --channels NAME,... channels that show it; --allow-uncorrected writes "
+                    "the output all the same.",
+                    parameters_.input));
+  }
+
+  void measure() {
+    report_.step("Measuring what is left");
+    if (result_.found.hasSequence()) {
+      const auto before = openRecording(inputPath());
+      const auto after = openRecording(convertedPath_);
+      result_.quality = measureQuality(*before, *after, result_.plan, result_.found.sequence,
+                                       partOfRun(convertingEnds, measuringEnds));
+    }
+    if (!looksLikeScan(result_)) requireSequence();
+    for (const std::string& warning : warningsOf(result_, parameters_)) report_.warning(warning);
+  }
+
   void write() {
     report_.step(fmt::format("Writing \"{}\"", result_.place.recording));
     try {
@@ -131,12 +184,30 @@ private:
       const auto writer = createRecording(result_.place.recording, corrected.header(), options);
       copyRecording(corrected, *writer, partOfRun(measuringEnds, 1));
       InterruptWatch::check();
-      writer->finish();
-      for (const std::string& warning : writer->warnings()) report_.note(warning);
-      result_.files = writer->files();
+      finish(*writer);
     } catch (const RecordingError& error) {
       throw FailedRun(error.what());
     }
+  }
+
+  /// The set is complete when its header is there: the sidecar comes before it, and goes with it when it
+  /// fails.
+  void finish(RecordingWriter& writer) {
+    const size_t notesBefore = report_.notes().size();
+    result_.sidecar = sidecarText(result_, parameters_, report_);
+    writeWholeFile(result_.place.sidecar, result_.sidecar, parameters_.force);
+    try {
+      writer.finish();
+    } catch (...) {
+      std::remove(result_.place.sidecar.c_str());
+      throw;
+    }
+    result_.files = writer.files();
+    for (const std::string& warning : writer.warnings()) report_.note(warning);
+    if (report_.notes().size() == notesBefore) return;
+    result_.sidecar = sidecarText(result_, parameters_, report_);
+    constexpr bool overwriteOwn = true;
+    writeWholeFile(result_.place.sidecar, result_.sidecar, overwriteOwn);
   }
 
   std::string inputPath() const { return scratch_->file("recording.ctc"); }

@@ -3,6 +3,7 @@
 #include "files/exchange/BrainVisionReader.h"
 #include "files/exchange/ChannelSubset.h"
 #include "files/exchange/CtcRecordingReader.h"
+#include "files/exchange/EdfReader.h"
 #include "files/exchange/FileExtension.h"
 
 #include <algorithm>
@@ -33,6 +34,8 @@ std::unique_ptr<RecordingReader> openRecording(const std::string& path, const Op
     reader = openCtcRecording(path);
   } else if (extension == ".vhdr") {
     reader = openBrainVisionRecording(path);
+  } else if (extension == ".edf" || extension == ".bdf") {
+    return openEdfRecording(path, options.channels);
   } else {
     throw RecordingError(refusalOfExtension(path));
   }

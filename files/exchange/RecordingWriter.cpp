@@ -2,6 +2,7 @@
 
 #include "files/exchange/BrainVisionWriter.h"
 #include "files/exchange/CtcRecordingWriter.h"
+#include "files/exchange/EdfWriter.h"
 #include "files/exchange/FileExtension.h"
 
 #include <cmath>
@@ -27,9 +28,8 @@ void RecordingWriter::finish() {
 }
 
 bool needsRanges(const std::string& path, const RecordingHeader& header) {
-  static_cast<void>(path);
-  static_cast<void>(header);
-  return false;
+  const std::string extension = extensionOf(path);
+  return (extension == ".edf" || extension == ".bdf") && edfNeedsRanges(header, extension == ".bdf");
 }
 
 std::unique_ptr<RecordingWriter> createRecording(const std::string& path, const RecordingHeader& header,
@@ -45,6 +45,7 @@ std::unique_ptr<RecordingWriter> createRecording(const std::string& path, const 
   const std::string extension = extensionOf(path);
   if (extension == ".ctc") return createCtcRecording(path, header, options);
   if (extension == ".vhdr") return createBrainVisionRecording(path, header, options);
+  if (extension == ".edf" || extension == ".bdf") return createEdfRecording(path, header, options);
   throw RecordingError(refusalOfOutputExtension(path));
 }
 

@@ -86,12 +86,12 @@ TEST(PendingFiles, FoldersDevicesAndMissingFoldersAreRefused) {
 }
 
 TEST(RecordingWriter, AFullDiskLeavesNothing) {
-  for (const char* name : {"r.ctc", "r.vhdr"}) {
+  for (const char* name : {"r.ctc", "r.vhdr", "r.edf", "r.bdf"}) {
     const ScratchFolder folder;
+    const SampleRecording recording = makeRecording({"Cz", "Pz"}, 20000, 100);
     {
       const FileSizeLimit limit(10000);
-      EXPECT_THROW(writeRecordingTo(folder.path(name), makeRecording({"Cz", "Pz"}, 20000, 100)),
-                   RecordingError)
+      EXPECT_THROW(writeRecordingTo(folder.path(name), recording, withRanges(recording)), RecordingError)
           << name;
     }
     EXPECT_THAT(folder.names(), IsEmpty()) << name;
@@ -99,11 +99,11 @@ TEST(RecordingWriter, AFullDiskLeavesNothing) {
 }
 
 TEST(RecordingWriter, ARecordingThatIsNotFinishedLeavesNothing) {
-  for (const char* name : {"r.ctc", "r.vhdr"}) {
+  for (const char* name : {"r.ctc", "r.vhdr", "r.edf", "r.bdf"}) {
     const ScratchFolder folder;
     const SampleRecording recording = makeRecording({"Cz"}, 100, 100);
     {
-      const auto writer = createRecording(folder.path(name), recording.header);
+      const auto writer = createRecording(folder.path(name), recording.header, withRanges(recording));
       writer->write(50, std::span(recording.values).first(50));
       EXPECT_THROW(writer->finish(), std::out_of_range) << "half of it is missing";
     }

@@ -50,6 +50,20 @@ RecordingMarker markerAt(double onset, const std::string& description, double du
   return marker;
 }
 
+WriteOptions withRanges(const SampleRecording& recording) {
+  WriteOptions options;
+  const auto length = recording.header.nrOfTimePoints;
+  for (int c = 0; c < recording.header.nrOfChannels(); ++c) {
+    ValueRange range{recording.at(c, 0), recording.at(c, 0)};
+    for (int64_t t = 0; t < length; ++t) {
+      range.smallest = std::min(range.smallest, recording.at(c, t));
+      range.largest = std::max(range.largest, recording.at(c, t));
+    }
+    options.ranges.push_back(range);
+  }
+  return options;
+}
+
 std::vector<std::string> writeRecordingTo(const std::string& path, const SampleRecording& recording,
                                           const WriteOptions& options) {
   const auto writer = createRecording(path, recording.header, options);

@@ -24,6 +24,9 @@ SampleRecording makeRecording(const std::vector<std::string>& names, int64_t nrO
 
 RecordingMarker markerAt(double onset, const std::string& description, double duration = 0);
 
+/// Options that announce the range of every channel.
+WriteOptions withRanges(const SampleRecording& recording);
+
 /// Writes a recording in blocks of uneven lengths; returns the writer's warnings.
 std::vector<std::string> writeRecordingTo(const std::string& path, const SampleRecording& recording,
                                           const WriteOptions& options = {});
