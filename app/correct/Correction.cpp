@@ -24,6 +24,7 @@ namespace {
 constexpr double readingEnds = 0.1;
 constexpr double convertingEnds = 0.8;
 constexpr double measuringEnds = 0.9;
+constexpr double rangesEnd = 0.95;
 
 /// One run; its members are made in the order of the steps.
 class Correction {
@@ -176,13 +177,14 @@ private:
     try {
       const auto converted = openRecording(convertedPath_);
       CorrectedRecording corrected(*reader_, *converted, result_.plan,
-                                   transferMarkers(result_.header, result_.plan, result_.found));
+                                   transferMarkers(result_.header, result_.plan, result_.found,
+                                                   extensionOf(result_.place.recording) == ".vhdr"));
       WriteOptions options;
       options.overwrite = parameters_.force;
       if (needsRanges(result_.place.recording, corrected.header()))
-        options.ranges = measureRanges(corrected, partOfRun(measuringEnds, measuringEnds));
+        options.ranges = measureRanges(corrected, partOfRun(measuringEnds, rangesEnd));
       const auto writer = createRecording(result_.place.recording, corrected.header(), options);
-      copyRecording(corrected, *writer, partOfRun(measuringEnds, 1));
+      copyRecording(corrected, *writer, partOfRun(rangesEnd, 1));
       InterruptWatch::check();
       finish(*writer);
     } catch (const RecordingError& error) {

@@ -62,13 +62,14 @@ std::vector<Stretch> unmodelledStretches(const std::vector<double>& pulseTimes, 
 }
 
 std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
-                                             const Findings& found) {
+                                             const Findings& found, bool atWholeSamples) {
   std::vector<RecordingMarker> markers;
   for (RecordingMarker marker : header.markers)
     if (moveIntoInterval(marker, plan)) markers.push_back(std::move(marker));
 
   const double rate = header.samplingFrequency / plan.decimationFactor;
   const auto length = static_cast<double>(plan.nrOfOutputTimePoints());
+  const size_t nrOfCarried = markers.size();
   if (found.hasSequence()) addGradientMarkers(found, rate, length, markers);
   for (const double time : found.pulseTimes)
     markers.push_back(markerAt(foundType, pulseMarkerName, time, rate));
@@ -77,6 +78,15 @@ std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, cons
     RecordingMarker marker = markerAt(badType, unmodelledMarkerName, stretch.start, rate);
     marker.duration = std::min(stretch.end * rate, length) - marker.onset;
     markers.push_back(std::move(marker));
+  }
+  if (atWholeSamples) {
+    for (size_t i = nrOfCarried; i < markers.size(); ++i) {
+      markers[i].onset = std::min(std::floor(markers[i].onset + 0.5), length - 1);
+      markers[i].duration = std::min(std::floor(markers[i].duration + 0.5), length - markers[i].onset);
+    }
+    // A marker behind the last sample that is kept would round to one that is not there.
+    for (size_t i = 0; i < nrOfCarried; ++i)
+      if (markers[i].onset > length - 1 && markers[i].onset < length) markers[i].onset = length - 1;
   }
   std::stable_sort(markers.begin(), markers.end(),
                    [](const RecordingMarker& a, const RecordingMarker& b) { return a.onset < b.onset; });

@@ -25,8 +25,9 @@ struct Stretch {
 std::vector<Stretch> unmodelledStretches(const std::vector<double>& pulseTimes, double seconds);
 
 /// The recording's markers at their places in the corrected interval, those that it does not touch left out,
-/// and those of what was found, in ascending order.
+/// and those of what was found, in ascending order. With `atWholeSamples` (a format that knows no others) the
+/// onsets of what was found are rounded.
 std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
-                                             const Findings& found);
+                                             const Findings& found, bool atWholeSamples);
 
 } // namespace emeg

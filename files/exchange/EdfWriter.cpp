@@ -51,7 +51,7 @@ private:
   bool is24Bit_;
   EdfRecordLayout layout_;
   std::vector<EdfScale> scales_;
-  bool keepsIntegers_ = false;
+  std::vector<bool> keepsIntegers_; ///< per channel: the integers of its source come back
   PendingFiles pending_;
   std::string temporary_;
   EdfHandle handle_;
@@ -87,12 +87,12 @@ EdfWriter::EdfWriter(const std::string& path, const RecordingHeader& header, con
 }
 
 void EdfWriter::chooseScales(const WriteOptions& options) {
-  keepsIntegers_ = options.ranges.empty();
   for (size_t c = 0; c < header_.channels.size(); ++c) {
     const RecordingChannel& channel = header_.channels[c];
-    const auto scale = keepsIntegers_ ? edfScaleOfStored(channel, is24Bit_)
-                                      : edfScaleFor(options.ranges[c], channel, is24Bit_);
-    if (!scale && keepsIntegers_)
+    auto scale = edfScaleOfStored(channel, is24Bit_);
+    keepsIntegers_.push_back(scale.has_value());
+    if (!scale && !options.ranges.empty()) scale = edfScaleFor(options.ranges[c], channel, is24Bit_);
+    if (!scale && options.ranges.empty())
       throw std::invalid_argument("channel " + channel.name + " needs a range: its values are no " +
                                   (is24Bit_ ? "24" : "16") + "-bit integers");
     if (!scale)
@@ -164,7 +164,7 @@ int EdfWriter::integerOf(size_t c, double value) {
     return std::clamp(0, scale.digitalMinimum, scale.digitalMaximum);
   }
   double integer = 0;
-  if (keepsIntegers_) {
+  if (keepsIntegers_[c]) {
     integer = (value - channel.stored->offset) / channel.stored->step;
   } else {
     const double inUnits = channel.isVoltage() ? value / channel.microvoltsPerUnit : value;

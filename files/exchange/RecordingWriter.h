@@ -52,13 +52,12 @@ private:
 struct WriteOptions {
   bool overwrite = false;
   /// For formats of integers: the smallest and largest value of every channel (measureRanges), from which
-  /// steps are chosen. Empty: the channels' `stored` decides, so that values that were not changed keep their
-  /// integers; channels without it need a range.
+  /// steps are chosen for channels whose `stored` does not say them; those that have it keep their integers.
   std::vector<ValueRange> ranges;
 };
 
 /// True when the format of `path` stores integers and the channels do not say by themselves how: then
-/// createRecording needs ranges. Callers that change values clear `stored` first, or give ranges anyway.
+/// createRecording needs ranges. Callers that change values clear `stored` first.
 bool needsRanges(const std::string& path, const RecordingHeader& header);
 
 /// Creates a recording of `header.nrOfTimePoints` time points; the extension chooses the format: .ctc, .vhdr,
