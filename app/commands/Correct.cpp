@@ -45,6 +45,7 @@ Examples:
   emeg correct sub-01_task-rest_eeg.vhdr --bcg
       writes sub-01_task-rest_eeg_GRA_BCG.vhdr beside it
   emeg correct run1.edf -o clean/run1.bdf --slice-wise --window 150 --line-noise 50 --rate 250
+  emeg correct sub-01/eeg/sub-01_task-rest_eeg.vhdr --bcg --bids
   emeg correct run2.vhdr --bcg --interval 12:312 --channels Fp1,Fp2,Cz,ECG
 )";
 
@@ -171,8 +172,14 @@ void declareProcessing(CLI::App& app, CorrectOptions& o) {
 void declareFiles(CLI::App& app, CorrectOptions& o) {
   const char* const group = "Files";
   CorrectParameters& p = o.parameters;
-  app.add_option("-o,--output", p.output, "Output; its extension chooses the format: .vhdr, .edf, .bdf, .ctc")
-      ->group(group);
+  CLI::Option* output = app.add_option("-o,--output", p.output,
+                                       "Output; its extension chooses the format: .vhdr, .edf, .bdf, .ctc")
+                            ->group(group);
+  app.add_flag("--bids", p.bids,
+               "IN belongs to a BIDS dataset: write to its derivatives/emeg, with events and "
+               "channels tables; channel types come from its channels.tsv")
+      ->group(group)
+      ->excludes(output);
   app.add_flag("--force", p.force, "Replace existing output files")->group(group);
   app.add_flag("--allow-uncorrected", p.allowUncorrected,
                "Write the output even when no scanner sequence was found")

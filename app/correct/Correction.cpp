@@ -1,5 +1,6 @@
 #include "app/correct/Correction.h"
 
+#include "app/correct/BidsFiles.h"
 #include "app/correct/Checksum.h"
 #include "app/correct/CorrectedRecording.h"
 #include "app/correct/FilterAdvice.h"
@@ -13,6 +14,7 @@
 #include "files/formats/ChunkFiles.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <fmt/format.h>
 #include <memory>
 
@@ -54,9 +56,18 @@ private:
     }
     result_.header = reader_->header();
     for (const std::string& warning : result_.header.warnings) report_.note(warning);
+    if (parameters_.bids) useBidsChannels();
     result_.plan = planCorrection(result_.header, parameters_);
     result_.place = outputPlaceOf(parameters_, result_.plan);
     checkPlaceIsFree(result_.place, parameters_.force);
+  }
+
+  void useBidsChannels() {
+    try {
+      applyBidsChannels(bidsPlaceOf(parameters_.input, {}), result_.header);
+    } catch (const RecordingError& error) {
+      throw UnusableInput(error.what());
+    }
   }
 
   /// What the user should know before the wait.
@@ -186,30 +197,48 @@ private:
       const auto writer = createRecording(result_.place.recording, corrected.header(), options);
       copyRecording(corrected, *writer, partOfRun(rangesEnd, 1));
       InterruptWatch::check();
-      finish(*writer);
+      finish(*writer, corrected.header());
     } catch (const RecordingError& error) {
       throw FailedRun(error.what());
     }
   }
 
-  /// The set is complete when its header is there: the sidecar comes before it, and goes with it when it
-  /// fails.
-  void finish(RecordingWriter& writer) {
+  /// The set is complete when its header is there: other files come before it, and go with it when it fails.
+  void finish(RecordingWriter& writer, const RecordingHeader& header) {
     const size_t notesBefore = report_.notes().size();
-    result_.sidecar = sidecarText(result_, parameters_, report_);
-    writeWholeFile(result_.place.sidecar, result_.sidecar, parameters_.force);
+    std::vector<CompanionFile> companions;
+    if (result_.place.bids)
+      companions = companionFiles(*result_.place.bids, result_, header.markers, header.samplingFrequency);
+    companions.push_back({result_.place.sidecar, describeRun()});
     try {
+      for (const CompanionFile& file : companions) {
+        writeWholeFile(file.path, file.text, parameters_.force);
+        written_.push_back(file.path);
+      }
       writer.finish();
     } catch (...) {
-      std::remove(result_.place.sidecar.c_str());
+      for (const std::string& path : written_) std::remove(path.c_str());
       throw;
     }
     result_.files = writer.files();
     for (const std::string& warning : writer.warnings()) report_.note(warning);
-    if (report_.notes().size() == notesBefore) return;
-    result_.sidecar = sidecarText(result_, parameters_, report_);
     constexpr bool overwriteOwn = true;
-    writeWholeFile(result_.place.sidecar, result_.sidecar, overwriteOwn);
+    if (report_.notes().size() != notesBefore)
+      writeWholeFile(result_.place.sidecar, describeRun(), overwriteOwn);
+    if (result_.place.bids) describeDerivatives();
+  }
+
+  std::string describeRun() {
+    result_.sidecar = sidecarText(result_, parameters_, report_);
+    if (result_.place.bids)
+      result_.sidecar = bidsSidecar(*result_.place.bids, result_, parameters_, result_.sidecar);
+    return result_.sidecar;
+  }
+
+  void describeDerivatives() const {
+    const std::string path = result_.place.bids->derivativeRoot + "/dataset_description.json";
+    constexpr bool overwrite = false;
+    if (!std::filesystem::exists(path)) writeWholeFile(path, derivativeDescription(), overwrite);
   }
 
   std::string inputPath() const { return scratch_->file("recording.ctc"); }
@@ -229,6 +258,7 @@ private:
   std::unique_ptr<RecordingReader> reader_;
   std::unique_ptr<ScratchFolder> scratch_;
   std::string convertedPath_;
+  std::vector<std::string> written_; ///< beside the recording, in this run
 };
 
 } // namespace

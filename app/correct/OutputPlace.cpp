@@ -1,5 +1,6 @@
 #include "app/correct/OutputPlace.h"
 
+#include "app/correct/BidsFiles.h"
 #include "files/exchange/FileExtension.h"
 
 #include <algorithm>
@@ -19,10 +20,8 @@ bool isWritten(const std::string& extension) {
   return std::find(writtenExtensions.begin(), writtenExtensions.end(), extension) != writtenExtensions.end();
 }
 
-std::string defaultOutput(const std::string& input, const std::string& suffix) {
-  const std::string stem = withoutExtension(input);
-  const std::string extension = isWritten(extensionOf(input)) ? input.substr(stem.size()) : ".vhdr";
-  return stem + suffix + extension;
+std::string outputExtensionFor(const std::string& input) {
+  return isWritten(extensionOf(input)) ? input.substr(withoutExtension(input).size()) : ".vhdr";
 }
 
 void checkIsFree(const std::string& path) {
@@ -43,8 +42,15 @@ std::string folderOf(const std::string& path) {
 
 OutputPlace outputPlaceOf(const CorrectParameters& parameters, const CorrectionPlan& plan) {
   OutputPlace place;
-  place.recording =
-      parameters.output.empty() ? defaultOutput(parameters.input, plan.suffix) : parameters.output;
+  const std::string extension = outputExtensionFor(parameters.input);
+  if (parameters.bids) {
+    place.bids = bidsPlaceOf(parameters.input, plan.suffix);
+    // The format is none of those that BIDS takes.
+    place.recording = place.bids->derivativeStem + "_eeg" + (extension == ".ctc" ? ".vhdr" : extension);
+  } else {
+    place.recording = parameters.output.empty() ? withoutExtension(parameters.input) + plan.suffix + extension
+                                                : parameters.output;
+  }
   if (!isWritten(extensionOf(place.recording)))
     throw UnusableInput(refusalOfOutputExtension(place.recording));
   std::error_code ignored;
@@ -56,11 +62,15 @@ OutputPlace outputPlaceOf(const CorrectParameters& parameters, const CorrectionP
 
 void checkPlaceIsFree(const OutputPlace& place, bool force) {
   const std::string folder = folderOf(place.recording);
+  std::error_code error;
+  if (place.bids) fs::create_directories(folder, error);
   if (!fs::is_directory(folder))
     throw UnusableInput(fmt::format("there is no folder \"{}\" for the output; make it first.", folder));
   if (force) return;
   checkIsFree(place.recording);
   checkIsFree(place.sidecar);
+  if (place.bids)
+    for (const std::string& companion : companionPaths(*place.bids)) checkIsFree(companion);
   if (extensionOf(place.recording) != ".vhdr") return;
   for (const char* extension : {".eeg", ".vmrk"}) checkIsFree(withoutExtension(place.recording) + extension);
 }

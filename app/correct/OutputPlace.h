@@ -1,15 +1,18 @@
 #pragma once
 
+#include "app/correct/BidsDataset.h"
 #include "app/correct/CorrectionPlan.h"
 
+#include <optional>
 #include <string>
 
 namespace emeg {
 
 /// Where a run's results go.
 struct OutputPlace {
-  std::string recording; ///< the file that the user names
-  std::string sidecar;   ///< the JSON file beside it
+  std::string recording;         ///< the file that the user names
+  std::string sidecar;           ///< the JSON file beside it
+  std::optional<BidsPlace> bids; ///< when it belongs to a BIDS dataset
 };
 
 /// The output that was asked for, or by default the input's name with the converter's suffix in the input's
