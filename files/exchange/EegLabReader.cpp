@@ -2,6 +2,7 @@
 
 #include "files/exchange/FileExtension.h"
 #include "files/exchange/MatFile.h"
+#include "files/exchange/Rehearsal.h"
 #include "files/exchange/TextFile.h"
 #include "files/formats/BinaryFile.h"
 #include "files/formats/CtcFile.h"
@@ -199,6 +200,16 @@ void EegLabReader::readBlock(int64_t first, int64_t count, std::span<double> val
 } // namespace
 
 std::unique_ptr<RecordingReader> openEegLabRecording(const std::string& path) {
+  // matio and HDF5 crash on some damaged files.
+  const bool harmless = survives([&path] {
+    EegLabReader reader(path);
+    const int64_t last = reader.header().nrOfTimePoints - 1;
+    std::vector<double> values(reader.header().channels.size());
+    reader.read(0, 1, values);
+    reader.read(last, 1, values);
+  });
+  if (!harmless)
+    throw RecordingError("\"" + path + "\" is damaged so that it cannot be read. Save it again in EEGLAB.");
   return std::make_unique<EegLabReader>(path);
 }
 

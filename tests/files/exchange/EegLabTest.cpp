@@ -1,8 +1,11 @@
+#include "files/exchange/Rehearsal.h"
 #include "tests/files/ScratchFolder.h"
 #include "tests/files/exchange/SampleRecordings.h"
 
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace emeg {
 namespace {
@@ -78,6 +81,28 @@ TEST(EegLab, CutOffFilesAreRefused) {
       std::filesystem::resize_file(folder.path(name),
                                    static_cast<uintmax_t>(part * static_cast<double>(size)));
       EXPECT_NE(refusalOf(folder.path(name)), "") << name << " cut to " << part;
+    }
+  }
+}
+
+TEST(EegLab, WhatCrashesALibraryIsTriedInACopyOfTheProcess) {
+  EXPECT_TRUE(survives([] {}));
+  EXPECT_TRUE(survives([] { throw std::runtime_error("no crash"); }));
+  EXPECT_FALSE(survives([] { std::abort(); }));
+  EXPECT_FALSE(survives([] { std::raise(SIGSEGV); }));
+}
+
+TEST(EegLab, DamagedFilesAreRefusedOrReadAndNeverCrash) {
+  const ScratchFolder folder;
+  std::mt19937 random(1);
+  for (const char* name : {"plain.set", "compressed.set", "v73.set"}) {
+    std::ifstream file(sample(name), std::ios::binary);
+    const std::string good{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    for (int attempt = 0; attempt < 30; ++attempt) {
+      std::string bad = good;
+      for (int change = 0; change < 20; ++change)
+        bad[random() % std::min<size_t>(bad.size(), 4000)] = static_cast<char>(random());
+      refusalOf(folder.write("bad.set", bad));
     }
   }
 }
