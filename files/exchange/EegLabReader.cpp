@@ -201,15 +201,16 @@ void EegLabReader::readBlock(int64_t first, int64_t count, std::span<double> val
 
 std::unique_ptr<RecordingReader> openEegLabRecording(const std::string& path) {
   // matio and HDF5 crash on some damaged files.
-  const bool harmless = survives([&path] {
+  const RehearsalResult trial = rehearse([&path] {
     EegLabReader reader(path);
     const int64_t last = reader.header().nrOfTimePoints - 1;
     std::vector<double> values(reader.header().channels.size());
     reader.read(0, 1, values);
     reader.read(last, 1, values);
   });
-  if (!harmless)
+  if (!trial.survived)
     throw RecordingError("\"" + path + "\" is damaged so that it cannot be read. Save it again in EEGLAB.");
+  if (!trial.error.empty()) throw RecordingError(trial.error);
   return std::make_unique<EegLabReader>(path);
 }
 
