@@ -4,8 +4,9 @@
 set -eu
 cd "$(dirname "$0")"
 
-scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev libfmt-dev libssl-dev \
-  libbenchmark-dev
+scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev \
+  libbenchmark-dev libedf-dev libfmt-dev libssl-dev libmatio-dev zlib1g-dev pkg-config \
+  python3-mne biosig-tools
 
 jobs=$(nproc)
 cmake --preset asan >/dev/null

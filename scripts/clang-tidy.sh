@@ -2,7 +2,8 @@
 # Checks every source of the library and the programs with clang-tidy. Prints nothing and exits 0 when all is well.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh clang-tidy g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
+scripts/install-packages.sh clang-tidy g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev \
+  libedf-dev libfmt-dev libmatio-dev zlib1g-dev pkg-config
 cmake --preset release >/dev/null
 find dsp files artifacts converter plugin host app -name '*.cpp' -print0 |
   xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/release 2> >(grep -v -E 'warnings? (generated|treated)|^Suppressed|^Use -' >&2)

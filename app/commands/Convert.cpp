@@ -49,6 +49,19 @@ void warn(std::ostream& err, const std::vector<std::string>& warnings) {
   for (const std::string& warning : warnings) fmt::print(err, "emeg convert: note: {}\n", warning);
 }
 
+/// The input turned out to be unreadable on the way.
+class UnreadableInput : public RecordingError {
+  using RecordingError::RecordingError;
+};
+
+void readBlock(RecordingReader& reader, int64_t first, int64_t count, std::vector<double>& values) {
+  try {
+    reader.read(first, count, values);
+  } catch (const RecordingError& error) {
+    throw UnreadableInput(error.what());
+  }
+}
+
 void copySamples(RecordingReader& reader, RecordingWriter& writer, ProgressLine& progress) {
   const RecordingHeader& header = reader.header();
   const int64_t blockLength = convenientBlockLength(header.nrOfChannels());
@@ -56,7 +69,7 @@ void copySamples(RecordingReader& reader, RecordingWriter& writer, ProgressLine&
   for (int64_t first = 0; first < header.nrOfTimePoints; first += blockLength) {
     const int64_t count = std::min(blockLength, header.nrOfTimePoints - first);
     values.resize(static_cast<size_t>(count) * header.channels.size());
-    reader.read(first, count, values);
+    readBlock(reader, first, count, values);
     writer.write(count, values);
     progress.report(static_cast<double>(first + count) / static_cast<double>(header.nrOfTimePoints));
   }
@@ -87,6 +100,9 @@ int runConvert(const ConvertOptions& options, std::ostream& out, std::ostream& e
       copySamples(*reader, *writer, progress);
     }
     writer->finish();
+  } catch (const UnreadableInput& error) {
+    fmt::print(err, "emeg convert: {}\n", error.what());
+    return wrongUsage;
   } catch (const RecordingError& error) {
     fmt::print(err, "emeg convert: {}\n", error.what());
     return failed;

@@ -133,7 +133,7 @@ void CtcRecordingReader::describeChannels() {
   // The description's frequency is a double: it gives the digits that the CTC's float has lost.
   if (description) {
     const double exact = description->header.samplingFrequency();
-    if (std::isfinite(exact) && std::abs(exact) <= double{std::numeric_limits<float>::max()} &&
+    if (std::isfinite(exact) && std::abs(exact) <= static_cast<double>(std::numeric_limits<float>::max()) &&
         static_cast<float>(exact) == ctc_.samplingFrequency)
       header_.samplingFrequency = exact;
   }

