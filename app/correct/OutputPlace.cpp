@@ -7,6 +7,7 @@
 #include <array>
 #include <filesystem>
 #include <fmt/format.h>
+#include <vector>
 
 namespace emeg {
 
@@ -22,6 +23,13 @@ bool isWritten(const std::string& extension) {
 
 std::string outputExtensionFor(const std::string& input) {
   return isWritten(extensionOf(input)) ? input.substr(withoutExtension(input).size()) : ".vhdr";
+}
+
+/// What a format's files beside the one that the user names end with.
+std::vector<std::string> endingsBeside(const std::string& extension) {
+  if (extension == ".vhdr") return {".eeg", ".vmrk"};
+  if (extension == ".ctc") return {".ccd", ".prt", "_ArtifactsTriggers.prt"};
+  return {};
 }
 
 void checkIsFree(const std::string& path) {
@@ -71,8 +79,8 @@ void checkPlaceIsFree(const OutputPlace& place, bool force) {
   checkIsFree(place.sidecar);
   if (place.bids)
     for (const std::string& companion : companionPaths(*place.bids)) checkIsFree(companion);
-  if (extensionOf(place.recording) != ".vhdr") return;
-  for (const char* extension : {".eeg", ".vmrk"}) checkIsFree(withoutExtension(place.recording) + extension);
+  for (const std::string& ending : endingsBeside(extensionOf(place.recording)))
+    checkIsFree(withoutExtension(place.recording) + ending);
 }
 
 } // namespace emeg

@@ -1,4 +1,5 @@
 #include "app/correct/CorrectionPlan.h"
+#include "app/correct/OutputPlace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,6 +96,23 @@ TEST(CorrectionPlan, RecordingsTooSlowOrTooLongAreRefused) {
   header = hundredSeconds();
   header.nrOfTimePoints = int64_t{1} << 32;
   EXPECT_THROW(planCorrection(header, {}), UnusableInput);
+}
+
+TEST(OutputPlace, KeepsTheInputsFormatWhereItCanBeWritten) {
+  CorrectParameters parameters;
+  CorrectionPlan plan;
+  plan.suffix = "_GRA_BCG";
+  const auto placeFor = [&](const std::string& input, const std::string& output) {
+    parameters.input = input;
+    parameters.output = output;
+    return outputPlaceOf(parameters, plan).recording;
+  };
+  EXPECT_EQ(placeFor("a/run.vhdr", ""), "a/run_GRA_BCG.vhdr");
+  EXPECT_EQ(placeFor("run.BDF", ""), "run_GRA_BCG.BDF");
+  EXPECT_EQ(placeFor("run.set", ""), "run_GRA_BCG.vhdr");
+  EXPECT_EQ(placeFor("run.set", "b/clean.edf"), "b/clean.edf");
+  EXPECT_EQ(outputPlaceOf(parameters, plan).sidecar, "b/clean.json");
+  EXPECT_THROW(placeFor("run.set", "clean.set"), UnusableInput);
 }
 
 } // namespace emeg
