@@ -112,11 +112,13 @@ void declareCorrection(CLI::App& app, CorrectOptions& o) {
       ->group(group)
       ->excludes(slices);
   app.add_option("--window", p.window, "Half-length of the averaging window in slices, 1 to 1000 [150]")
+      ->type_name("N")
       ->check(CLI::Range(smallestWindow, largestWindow))
       ->group(group);
-  app.add_option(
-         "--line-noise", p.lineNoise,
-         "HZ,...: remove a sinusoid of constant frequency, amplitude and phase from every channel [none]")
+  app.add_option("--line-noise", p.lineNoise,
+                 "Remove a sinusoid of constant frequency, amplitude and phase from every channel [none]")
+      ->type_name("HZ,HZ")
+      ->allow_extra_args(false)
       ->delimiter(',')
       ->group(group);
   app.add_flag("--repair-saturation", p.repairSaturation,
@@ -127,15 +129,19 @@ void declareCorrection(CLI::App& app, CorrectOptions& o) {
 void declareSelection(CLI::App& app, CorrectOptions& o) {
   const char* const group = "Selection";
   CorrectParameters& p = o.parameters;
-  app.add_option("--channels", p.channels, "NAME,...: the channels to correct and write [all]")
+  app.add_option("--channels", p.channels, "The channels to correct and write [all]")
+      ->type_name("NAME,NAME")
+      ->allow_extra_args(false)
       ->delimiter(',')
       ->group(group);
   app.add_option("--treat-as-eeg", p.treatAsEeg,
-                 "NAME,... or all: correct these channels like EEG, whatever they are taken for [none]")
+                 "Correct these channels like EEG, whatever they are taken for; all: every one [none]")
+      ->type_name("NAME,NAME")
+      ->allow_extra_args(false)
       ->delimiter(',')
       ->group(group);
-  app.add_option("--interval", o.interval,
-                 "START:END in seconds from the first sample; END may be left out [all]")
+  app.add_option("--interval", o.interval, "In seconds from the first sample; END may be left out [all]")
+      ->type_name("START:END")
       ->check(problemWithInterval)
       ->group(group);
 }
@@ -144,27 +150,34 @@ void declareProcessing(CLI::App& app, CorrectOptions& o) {
   const char* const group = "Processing after the correction";
   CorrectParameters& p = o.parameters;
   app.add_option("--high-pass", p.highPass, "Remove what lies below this frequency in Hz [none]")
+      ->type_name("HZ")
       ->group(group);
-  app.add_option("--low-pass", p.lowPass, "Remove what lies above this frequency in Hz [none]")->group(group);
-  app.add_option(
-         "--notch", o.notches,
-         "HZ[:WIDTH],...: stop bands, 4 Hz wide if not said; gentle edges: --line-noise removes a line "
-         "better [none]")
+  app.add_option("--low-pass", p.lowPass, "Remove what lies above this frequency in Hz [none]")
+      ->type_name("HZ")
+      ->group(group);
+  app.add_option("--notch", o.notches,
+                 "Stop bands, 4 Hz wide if not said; gentle edges: --line-noise removes a line "
+                 "better [none]")
+      ->type_name("HZ[:WIDTH]")
+      ->allow_extra_args(false)
       ->delimiter(',')
       ->check(problemWithNotch)
       ->group(group);
   CLI::Option* decimate = app.add_option("--decimate", p.decimate,
                                          "Keep every N-th sample, behind a low-pass at the new Nyquist "
                                          "frequency [1]")
+                              ->type_name("N")
                               ->check(CLI::Range(1, largestDecimation))
                               ->group(group);
   app.add_option("--rate", p.rate, "The same, told as the new sampling frequency in Hz")
+      ->type_name("HZ")
       ->excludes(decimate)
       ->group(group);
   app.add_flag("--average-reference", p.averageReference,
                "Subtract the mean of the EEG channels from each of them")
       ->group(group);
   app.add_option("--scale", p.scale, "Multiply by 10^N, N from 0 to 10; units stay as they are named [0]")
+      ->type_name("N")
       ->check(CLI::Range(0, largestScale))
       ->group(group);
 }
@@ -174,6 +187,7 @@ void declareFiles(CLI::App& app, CorrectOptions& o) {
   CorrectParameters& p = o.parameters;
   CLI::Option* output = app.add_option("-o,--output", p.output,
                                        "Output; its extension chooses the format: .vhdr, .edf, .bdf, .ctc")
+                            ->type_name("FILE")
                             ->group(group);
   app.add_flag("--bids", p.bids,
                "IN belongs to a BIDS dataset: write to its derivatives/emeg, with events and "
@@ -186,6 +200,7 @@ void declareFiles(CLI::App& app, CorrectOptions& o) {
       ->group(group);
   app.add_option("--scratch", p.scratch,
                  "Folder for temporary files, with room for three copies [the output's]")
+      ->type_name("FOLDER")
       ->check(CLI::ExistingDirectory)
       ->group(group);
 }

@@ -15,6 +15,14 @@ bool namesFile(const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+/// The type's name without what the parser appends for its checks.
+std::string valueNameOf(const CLI::Option& option) {
+  std::string name = option.get_type_name();
+  for (const char* check : {":INT in [", ":FLOAT in [", ":UINT in [", ":DIR", ":FILE", ":{"})
+    name = name.substr(0, name.find(check));
+  return name;
+}
+
 DeclaredOption declared(const CLI::Option& option) {
   DeclaredOption result;
   result.isPositional = option.get_positional();
@@ -25,6 +33,7 @@ DeclaredOption declared(const CLI::Option& option) {
   result.group = option.get_group();
   result.isRequired = option.get_required();
   result.takesValue = option.get_items_expected_max() > 0;
+  if (result.takesValue && !result.isPositional) result.value = valueNameOf(option);
   result.takesFile = result.takesValue && (result.isPositional ||
                                            std::any_of(result.names.begin(), result.names.end(), namesFile));
   return result;

@@ -57,6 +57,7 @@ void writeOptions(const DeclaredCommand& command, bool positional, std::ostream&
     out << ".TP\n.B ";
     for (const std::string& name : option.names)
       out << (&name == &option.names.front() ? "" : ", ") << plain(name);
+    if (!option.value.empty()) out << " \\fI" << plain(option.value) << "\\fR";
     out << "\n" << plain(option.description) << "\n";
   }
 }

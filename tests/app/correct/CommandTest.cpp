@@ -179,6 +179,13 @@ TEST_F(CorrectCommand, TemporaryFilesGoWhereTheyAreWanted) {
   EXPECT_TRUE(std::filesystem::is_empty(folder / "scratch"));
 }
 
+TEST_F(CorrectCommand, ListsOfValuesDoNotSwallowTheInput) {
+  const ProgramRun run =
+      runEmeg({"correct", "--line-noise", "50,60", "--channels", "Fp1,Fp2", input, "--quiet"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(std::filesystem::exists(folder / "run_2ch_GRA.vhdr"));
+}
+
 TEST_F(CorrectCommand, HelpGivesUnitsDefaultsAndExamples) {
   const ProgramRun run = runEmeg({"correct", "--help"});
   EXPECT_EQ(run.status, 0);
