@@ -11,6 +11,7 @@ namespace {
 
 constexpr double highestComparedHz = 100;
 constexpr double usablePartOfRate = 0.4;
+constexpr double visibleRatio = 3; // of power at lines to power beside them
 
 VolumeAverage averageOf(RecordingReader& recording, double samplingFrequency, const MRSequence& sequence,
                         double factor, const std::function<void(double)>& progress) {
@@ -36,8 +37,20 @@ std::function<void(double)> quarter(const std::function<void(double)>& progress,
 
 } // namespace
 
+double ChannelQuality::artifactBefore() const {
+  return std::max(before.artifact(), peaksBefore.rms);
+}
+
+double ChannelQuality::artifactAfter() const {
+  return std::max(after.artifact(), peaksAfter.rms);
+}
+
 double ChannelQuality::remaining() const {
-  return before.artifact() > 0 ? after.artifact() / before.artifact() : 0;
+  return artifactBefore() > 0 ? artifactAfter() / artifactBefore() : 0;
+}
+
+bool ChannelQuality::isVisible() const {
+  return after.lineToBackground > visibleRatio || peaksAfter.toBackground > visibleRatio;
 }
 
 std::optional<QualityFigures> measureQuality(RecordingReader& before, RecordingReader& after,
@@ -58,10 +71,10 @@ std::optional<QualityFigures> measureQuality(RecordingReader& before, RecordingR
 
   const double from = sequence.firstTriggerTime;
   const double to = from + sequence.nrOfVolumes * sequence.volumeDuration;
-  const auto bandsBefore = measureBandPowers(before, from, to, range.highest, quarter(progress, 2));
-  auto bandsAfter = measureBandPowers(after, from, to, range.highest, quarter(progress, 3));
-  for (BandPowers& bands : bandsAfter)
-    for (double& power : bands) power *= unscale * unscale;
+  const auto spectraBefore = measureSpectra(before, from, to, range.highest, quarter(progress, 2));
+  auto spectraAfter = measureSpectra(after, from, to, range.highest, quarter(progress, 3));
+  for (PowerSpectrum& spectrum : spectraAfter)
+    for (double& power : spectrum.powers) power *= unscale * unscale;
 
   for (int c = 0; c < before.header().nrOfChannels(); ++c) {
     const auto k = static_cast<size_t>(c);
@@ -70,8 +83,10 @@ std::optional<QualityFigures> measureQuality(RecordingReader& before, RecordingR
     quality.after = averageAfter.partOf(c, range);
     quality.medianImagingArtifactBefore = averageBefore.medianImagingArtifact(c);
     quality.medianImagingArtifactAfter = averageAfter.medianImagingArtifact(c);
-    quality.bandsBefore = bandsBefore[k];
-    quality.bandsAfter = bandsAfter[k];
+    quality.bandsBefore = bandPowersOf(spectraBefore[k]);
+    quality.bandsAfter = bandPowersOf(spectraAfter[k]);
+    quality.peaksBefore = slicePeaksOf(spectraBefore[k], sequence, range.lowest);
+    quality.peaksAfter = slicePeaksOf(spectraAfter[k], sequence, range.lowest);
     figures.channels.push_back(quality);
   }
   figures.drift = averageBefore.drift(0);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/correct/BandPowers.h"
 #include "app/correct/CorrectionPlan.h"
+#include "app/correct/SpectralFigures.h"
 #include "app/correct/VolumeLocked.h"
 
 #include <functional>
@@ -16,9 +16,16 @@ struct ChannelQuality {
   double medianImagingArtifactBefore = 0; ///< microvolts, peak to peak
   double medianImagingArtifactAfter = 0;
   BandPowers bandsBefore{}, bandsAfter{}; ///< square microvolts
+  SlicePeaks peaksBefore, peaksAfter;
 
+  /// RMS of the artifact in microvolts: what repeats with the volumes or what stands out at the slice
+  /// frequency's multiples, whichever is more.
+  double artifactBefore() const;
+  double artifactAfter() const;
   /// What is left of the artifact's amplitude, 0 ... 1; more than 1 when it grew.
   double remaining() const;
+  /// Whether what is left stands out of the EEG.
+  bool isVisible() const;
 };
 
 /// Figures of all corrected channels, in the converter's order.

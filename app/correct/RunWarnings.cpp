@@ -14,7 +14,6 @@ namespace {
 using Warnings = std::vector<std::string>;
 
 constexpr double scanLineToBackground = 3;
-constexpr double visibleLineToBackground = 3;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr size_t fewPulses = 20;            // for three components of their shape
@@ -77,13 +76,10 @@ void addSequenceWarnings(const CorrectionResult& result, Warnings& warnings) {
 }
 
 void addResidualWarnings(const CorrectionResult& result, Warnings& warnings) {
-  const auto isVisible = [](const ChannelQuality& channel) {
-    return channel.after.lineToBackground > visibleLineToBackground;
-  };
   const auto grew = channelsWith(
-      result, [&](const ChannelQuality& channel) { return isVisible(channel) && channel.remaining() > 1; });
-  const auto stayed = channelsWith(result, [&](const ChannelQuality& channel) {
-    return isVisible(channel) && channel.remaining() > notReducedRemaining && channel.remaining() <= 1;
+      result, [](const ChannelQuality& channel) { return channel.isVisible() && channel.remaining() > 1; });
+  const auto stayed = channelsWith(result, [](const ChannelQuality& channel) {
+    return channel.isVisible() && channel.remaining() > notReducedRemaining && channel.remaining() <= 1;
   });
   if (!grew.empty())
     warnings.push_back(

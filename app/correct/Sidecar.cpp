@@ -82,12 +82,14 @@ Json detectedOf(const CorrectionResult& result, const CorrectParameters& paramet
   return detected;
 }
 
-Json lineFiguresOf(const VolumeLockedPart& part) {
+Json lineFiguresOf(const VolumeLockedPart& part, const SlicePeaks& peaks) {
   return {{"SliceHarmonics", part.sliceHarmonics},
           {"VolumeHarmonics", part.volumeHarmonics},
           {"Background", part.background},
           {"LineToBackground", part.lineToBackground},
-          {"Artifact", part.artifact()}};
+          {"VolumeLockedArtifact", part.artifact()},
+          {"SlicePeaks", peaks.rms},
+          {"SlicePeaksToBackground", peaks.toBackground}};
 }
 
 Json bandsOf(const ChannelQuality& channel) {
@@ -113,8 +115,8 @@ Json channelsOf(const CorrectionResult& result) {
                   {"Treatment", treatmentOf(planned)}};
     if (!planned.passesUntouched && result.quality) {
       const ChannelQuality& quality = result.quality->channels[static_cast<size_t>(planned.converterChannel)];
-      entry["Before"] = lineFiguresOf(quality.before);
-      entry["After"] = lineFiguresOf(quality.after);
+      entry["Before"] = lineFiguresOf(quality.before, quality.peaksBefore);
+      entry["After"] = lineFiguresOf(quality.after, quality.peaksAfter);
       entry["RemainingArtifact"] = quality.remaining();
       entry["MedianImagingArtifact"] = {{"Before", quality.medianImagingArtifactBefore},
                                         {"After", quality.medianImagingArtifactAfter}};

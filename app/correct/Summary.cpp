@@ -23,7 +23,7 @@ void printResidual(std::ostream& out, const CorrectionResult& result) {
     if (!result.plan.channels.channels[channel].role.showsSequence) continue;
     const ChannelQuality& quality = result.quality->channels[k];
     residuals.push_back(
-        {result.header.channels[channel].name, quality.before.artifact(), quality.after.artifact()});
+        {result.header.channels[channel].name, quality.artifactBefore(), quality.artifactAfter()});
   }
   if (residuals.empty()) return;
   std::sort(residuals.begin(), residuals.end(),

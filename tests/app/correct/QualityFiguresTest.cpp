@@ -111,7 +111,7 @@ TEST(BandPowers, OfASinusoidLieInItsBand) {
   recording.addChannel("Cz", ChannelKind::Eeg, [](int64_t t) {
     return 1000 + 10 * std::sin(twoPi * 10 * static_cast<double>(t) / fs);
   });
-  const BandPowers powers = measureBandPowers(recording, 0, 60, 100, [](double) {})[0];
+  const BandPowers powers = bandPowersOf(measureSpectra(recording, 0, 60, 100, [](double) {})[0]);
   EXPECT_NEAR(powers[2], 50, 1); // alpha: half the square of the amplitude
   for (const size_t other : {0u, 1u, 3u, 4u}) EXPECT_LT(powers[other], 0.5);
 }
@@ -121,7 +121,31 @@ TEST(BandPowers, AreZeroWhereThereIsNoWindow) {
   recording.editableHeader().samplingFrequency = fs;
   recording.editableHeader().nrOfTimePoints = 1000;
   recording.addChannel("Cz", ChannelKind::Eeg, [](int64_t) { return 1; });
-  EXPECT_EQ(measureBandPowers(recording, 0, 1, 100, [](double) {})[0], BandPowers{});
+  const PowerSpectrum none = measureSpectra(recording, 0, 1, 100, [](double) {})[0];
+  EXPECT_EQ(bandPowersOf(none), BandPowers{});
+  EXPECT_EQ(slicePeaksOf(none, scan(), 1).rms, 0);
+}
+
+// An artifact whose amplitude changes sign from time to time: the average over volumes does not see it.
+TEST(SlicePeaks, ShowAnArtifactWhoseAmplitudeDrifts) {
+  const double sliceHz = 20 / scan().volumeDuration;
+  const Signal noise = noiseOf(20);
+  const auto drifting = [&](double s) {
+    return noise(s) + 10 * std::sin(twoPi * (s - 3) / 60) * std::sin(twoPi * sliceHz * (s - 3));
+  };
+  MemoryRecording recording;
+  recording.editableHeader().samplingFrequency = fs;
+  recording.editableHeader().nrOfTimePoints = 70000;
+  recording.addChannel("Cz", ChannelKind::Eeg,
+                       [&](int64_t t) { return drifting(static_cast<double>(t) / fs); });
+  recording.addChannel("Pz", ChannelKind::Eeg, [&](int64_t t) { return noise(static_cast<double>(t)); });
+  const auto spectra = measureSpectra(recording, 3, 63, 100, [](double) {});
+  const SlicePeaks peaks = slicePeaksOf(spectra[0], scan(), 1);
+  EXPECT_NEAR(peaks.rms, 5, 0.8);
+  EXPECT_GT(peaks.toBackground, 1.5);
+  EXPECT_LT(slicePeaksOf(spectra[1], scan(), 1).rms, 2);
+  EXPECT_NEAR(slicePeaksOf(spectra[1], scan(), 1).toBackground, 1, 0.2);
+  EXPECT_LT(averageOf(drifting).partOf(0, {1, 100}).artifact(), 2);
 }
 
 TEST(PulseFigures, SeeWhatIsLockedToTheBeats) {
