@@ -4,7 +4,8 @@
 set -eu
 cd "$(dirname "$0")"
 
-scripts/install-packages.sh g++ cmake ninja-build nlohmann-json3-dev libcli11-dev
+scripts/install-packages.sh g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libedf-dev libfmt-dev libmatio-dev \
+  zlib1g-dev pkg-config
 
 echo "Building the plug-in, the stand-in host and the simulator ..."
 cmake --preset release >/dev/null

@@ -5,7 +5,8 @@ set -eu
 cd "$(dirname "$0")"
 
 scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev \
-  libbenchmark-dev libfftw3-dev g++-mingw-w64-x86-64-posix clang lld llvm binutils googletest wine64
+  libbenchmark-dev libfftw3-dev libedf-dev libfmt-dev libssl-dev libmatio-dev zlib1g-dev pkg-config \
+  python3-mne biosig-tools g++-mingw-w64-x86-64-posix clang lld llvm binutils googletest wine64
 
 jobs=$(nproc)
 cmake --preset asan >/dev/null

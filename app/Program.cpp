@@ -1,7 +1,12 @@
 #include "app/Program.h"
 
 #include "app/commands/Command.h"
+#include "app/commands/Completion.h"
+#include "app/commands/Convert.h"
+#include "app/commands/Correct.h"
 #include "app/commands/Evaluate.h"
+#include "app/commands/Info.h"
+#include "app/commands/Manual.h"
 #include "app/commands/Simulate.h"
 
 #include <CLI/CLI.hpp>
@@ -20,7 +25,10 @@ int parseAndRun(const std::vector<std::string>& arguments, std::ostream& out, st
   program.set_version_flag("--version", std::string("emeg ") + EMEG_VERSION);
   program.require_subcommand(1);
   program.footer("`emeg COMMAND --help` explains a command, with examples.");
-  const std::vector<Command> commands = {addSimulateCommand(program), addEvaluateCommand(program)};
+  const std::vector<Command> commands = {addCorrectCommand(program),  addConvertCommand(program),
+                                         addInfoCommand(program),     addSimulateCommand(program),
+                                         addEvaluateCommand(program), addCompletionCommand(program),
+                                         addManualCommand(program)};
 
   try {
     // The parser takes its arguments from the back.

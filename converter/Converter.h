@@ -101,14 +101,16 @@ public:
   bool fillFromChannels(int64_t start, int64_t count, std::vector<float>& chunkSamples);
 
   // --- artifacts/steps: the correction ---
+  /// The role of an output channel.
+  ChannelRole roleOf(int32_t outputChannel) const;
   bool processChannels();
   /// Finds the heart pulses of the recording in bcgSeries and adds their markers. Finding none is no failure.
   virtual bool detectHeartPulses();
   bool estimateHeartPeriod();
   bool buildPulseDetectionSignal();
   bool checkPulseModelIsPossible();
-  /// Replaces bcgSeries of a channel by its artifact estimate; channels in order from 0.
-  virtual void buildPulseModel(int32_t channel);
+  /// Replaces one of the bcgSeries by its artifact estimate; in order from 0.
+  virtual void buildPulseModel(int32_t pulseChannel);
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);
   bool writeProtocols();
   bool writeProtocol(Protocol& protocol);

@@ -3,6 +3,7 @@
 #include "artifacts/cardiac/HeartPeriod.h"
 #include "artifacts/cardiac/PulseModel.h"
 #include "artifacts/gradient/SequenceDetection.h"
+#include "converter/ChannelRole.h"
 #include "dsp/FilterStages.h"
 #include "files/formats/BinaryFile.h"
 #include "files/formats/CcdFile.h"
@@ -60,6 +61,7 @@ struct ChannelTable {
   ChannelDescription channelDescription; ///< header, records and extra records
   std::vector<double> channelScale;      ///< output = sample x scale + offset
   std::vector<double> channelOffset;
+  std::vector<ChannelRole> roles;    ///< may be shorter than the table, or empty: the others are all alike
   std::string inputFileName = "CCD"; ///< the file in which a channel is marked as bad
 };
 
@@ -174,7 +176,7 @@ public:
   std::vector<double> artifactEstimate;              ///< sum of the gradient templates
   std::vector<std::vector<double>> lowFrequencyRest; ///< per channel, one value per 0.1 s
   std::vector<float> referenceSum;
-  std::vector<std::vector<double>> bcgSeries; ///< per channel, bcgLength + 1 values at about 250 Hz
+  std::vector<std::vector<double>> bcgSeries; ///< per pulse channel, bcgLength + 1 values at about 250 Hz
 
   int64_t restStep = 0;
   int64_t restLength = 0;

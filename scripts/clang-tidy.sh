@@ -2,7 +2,8 @@
 # Checks every source of the library and the programs with clang-tidy. Prints nothing and exits 0 when all is well.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/install-packages.sh clang-tidy g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
+scripts/install-packages.sh clang-tidy g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev \
+  libedf-dev libfmt-dev libmatio-dev zlib1g-dev pkg-config
 cmake --preset release >/dev/null
 # What only the Windows build compiles is left out.
 find dsp files artifacts converter plugin host app -name '*.cpp' \

@@ -1,7 +1,7 @@
 #include "app/commands/Simulate.h"
 
 #include "app/simulation/GradientArtifact.h"
-#include "app/simulation/RecordingWriter.h"
+#include "app/simulation/SimulatedRecording.h"
 #include "app/simulation/SimulationParameters.h"
 
 #include <CLI/CLI.hpp>
@@ -33,9 +33,12 @@ const char* const footer = R"(Presets:
 Below 4000 Hz the amplifier passes 560 Hz, the readout lies at 500 Hz and the artifact drifts by
 1 % RMS; from 4000 Hz on it passes 250 Hz, the readout lies at 220 Hz and nothing drifts.
 
-Written beside OUT.ctc (all voltages in microvolts, all times in seconds from the first sample):
-  OUT.ccd         channel names
-  OUT.prt         a protocol with the conditions Rest and Task
+The extension of OUT chooses the format: .ctc, .vhdr (BrainVision, with .eeg and .vmrk), .edf
+(EDF+, simulated twice: the first time to find the range) or .bdf (BDF+, steps of 1/32 uV).
+
+Written beside OUT (all voltages in microvolts, all times in seconds from the first sample):
+  OUT.ccd         channel names (.ctc only)
+  OUT.prt         a protocol with the conditions Rest and Task (.ctc only; else they are markers)
   OUT_truth.json  every parameter, the exact times of scan and heart, RMS of the parts
   OUT_clean.ctc   the same without artifacts (EEG, sensor noise, line noise, movements)
   OUT_pulse.ctc   the heart beat artifact alone (presets bcg and both)
@@ -50,6 +53,8 @@ Examples:
   emeg simulate both run3.ctc --type 3 --uv-per-unit 0.5 --organisation 1 --heart-rate 72
   emeg simulate bcg run5.ctc --fs 500 --ectopic 5 --weak 60,20,0.2 --movement 300
       some beats come early, 20 s of small artifacts from 60 s on, five movements of the head
+  emeg simulate both demo.vhdr
+      a BrainVision recording
   emeg simulate gap run4.ctc --volumes 40 --slices 32 --slice-ms 60.1 --burst-ms 38 --gap-ms 80
 )";
 
@@ -122,7 +127,7 @@ void declareRecording(CLI::App& app, SimulateOptions& o) {
   app.add_option("PRESET", o.preset, "gap, continuous, bcg or both")
       ->required()
       ->check(CLI::IsMember({"gap", "continuous", "bcg", "both"}));
-  app.add_option("OUT.ctc", o.target.path, "The recording to write")->required();
+  app.add_option("OUT", o.target.path, "The recording to write: .ctc, .vhdr, .edf or .bdf")->required();
 
   const char* const group = "Recording";
   app.add_option("--seed", o.seed, "Seed of all random numbers [1]")->check(problemWithSeed)->group(group);
@@ -163,7 +168,7 @@ void declareFiles(CLI::App& app, SimulateOptions& o) {
       ->check(CLI::IsMember({1, 2}))
       ->group(group);
   app.add_flag("--no-ccd", o.noCcd, "Write no channel description")->group(group);
-  app.add_flag("--no-prt", o.noPrt, "Write no protocol")->group(group);
+  app.add_flag("--no-prt", o.noPrt, "Write no protocol, no markers")->group(group);
   app.add_flag("--no-truth", o.noTruth, "Write no truth, clean or pulse file")->group(group);
   app.add_flag("--force", o.target.overwrite, "Replace existing files")->group(group);
 }
@@ -266,7 +271,11 @@ SimulationParameters parametersOf(const SimulateOptions& o) {
 }
 
 std::string problemWithOptions(const CLI::App& app, const SimulateOptions& o, const SimulationParameters& p) {
-  if (!isRecordingPath(o.target.path)) return "\"" + o.target.path + "\" is no name of a .ctc file.";
+  if (!isRecordingPath(o.target.path))
+    return "\"" + o.target.path + "\" is no name of a .ctc, .vhdr, .edf or .bdf file.";
+  for (const char* option : {"--type", "--organisation", "--uv-per-unit", "--no-ccd"})
+    if (!o.target.path.ends_with(".ctc") && app.get_option(option)->count() > 0)
+      return std::string(option) + " has a meaning for .ctc files only.";
   if (!p.gradient)
     if (std::string text = pointlessOption(app, scanGroup, o.preset); !text.empty()) return text;
   if (!p.heart)

@@ -15,6 +15,23 @@ namespace {
 constexpr int eegChannelType = 0;
 constexpr double longestBlockSeconds = 10;
 constexpr int fewestBlocks = 6;
+constexpr double microsecondsPerSecond = 1e6;
+
+Protocol blockDesign(const SimulationParameters& parameters) {
+  const double blockSeconds = std::min(longestBlockSeconds, parameters.seconds / fewestBlocks);
+  const double blockUs = std::floor(blockSeconds * microsecondsPerSecond);
+  const double endUs = parameters.seconds * microsecondsPerSecond;
+  Protocol protocol(false, "", TimeResolution::Usec);
+  protocol.startConditions();
+  const auto addBlocks = [&](const char* name, double firstOnset, int r, int g, int b) {
+    protocol.findOrAddCondition(name, -1, r, g, b);
+    for (double onset = firstOnset; onset + blockUs <= endUs; onset += 2 * blockUs)
+      protocol.addInterval(onset, onset + blockUs);
+  };
+  addBlocks("Rest", 0, 128, 128, 128);
+  addBlocks("Task", blockUs, 255, 128, 0);
+  return protocol;
+}
 
 } // namespace
 
@@ -38,19 +55,33 @@ ChannelDescription describeChannels(const SimulationParameters& parameters, cons
   return description;
 }
 
+RecordingHeader describeRecording(const SimulationParameters& parameters) {
+  RecordingHeader header;
+  header.samplingFrequency = parameters.samplingFrequency;
+  header.nrOfTimePoints = parameters.nrOfTimePoints();
+  for (int c = 0; c < parameters.nrOfChannels; c++) {
+    RecordingChannel channel;
+    channel.name = electrodeName(c);
+    channel.unit = "uV";
+    header.channels.push_back(channel);
+  }
+  const double samplesPerUs = parameters.samplingFrequency / microsecondsPerSecond;
+  for (const Condition& condition : blockDesign(parameters).conditions) {
+    for (size_t i = 0; i < condition.onsets.size(); i++) {
+      RecordingMarker marker;
+      marker.description = condition.conditionName;
+      marker.onset = condition.onsets[i] * samplesPerUs;
+      marker.duration = (condition.offsets[i] - condition.onsets[i]) * samplesPerUs;
+      header.markers.push_back(marker);
+    }
+  }
+  std::stable_sort(header.markers.begin(), header.markers.end(),
+                   [](const RecordingMarker& a, const RecordingMarker& b) { return a.onset < b.onset; });
+  return header;
+}
+
 std::string blockDesignProtocol(const SimulationParameters& parameters, const std::string& ctcFileName) {
-  const double blockSeconds = std::min(longestBlockSeconds, parameters.seconds / fewestBlocks);
-  const double blockUs = std::floor(blockSeconds * 1000000);
-  const double endUs = parameters.seconds * 1000000;
-  Protocol protocol(false, "", TimeResolution::Usec);
-  protocol.startConditions();
-  const auto addBlocks = [&](const char* name, double firstOnset, int r, int g, int b) {
-    protocol.findOrAddCondition(name, -1, r, g, b);
-    for (double onset = firstOnset; onset + blockUs <= endUs; onset += 2 * blockUs)
-      protocol.addInterval(onset, onset + blockUs);
-  };
-  addBlocks("Rest", 0, 128, 128, 128);
-  addBlocks("Task", blockUs, 255, 128, 0);
+  const Protocol protocol = blockDesign(parameters);
 
   std::vector<std::string> labels;
   labels.reserve(protocol.conditions.size());

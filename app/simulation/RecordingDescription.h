@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/simulation/SimulationParameters.h"
+#include "files/exchange/Recording.h"
 #include "files/formats/CcdFile.h"
 
 #include <string>
@@ -11,6 +12,10 @@ namespace emeg {
 /// (without folder) of the recording and of its protocol, the latter empty when there is none.
 ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
                                     const std::string& prtFileName);
+
+/// What a file of another format says of a simulated recording: electrode names, and the blocks of the
+/// protocol as markers.
+RecordingHeader describeRecording(const SimulationParameters& parameters);
 
 /// The text of a protocol file for a simulated recording: a block design with the conditions "Rest" and
 /// "Task" that take turns every ten seconds (at least three blocks of each fit into short recordings).

@@ -59,17 +59,18 @@ bool LMTRPluginEMEGFileConverter::buildPulseDetectionSignal() {
   return true;
 }
 
-void LMTRPluginEMEGFileConverter::buildPulseModel(int32_t channel) {
-  if (channel == 0) {
+void LMTRPluginEMEGFileConverter::buildPulseModel(int32_t pulseChannel) {
+  if (pulseChannel == 0) {
     cardiac.pulseModel = std::make_unique<PulseModel>(cardiac.pulsePositions, cardiac.period.period);
   }
   PulseModel& model = *cardiac.pulseModel;
-  model.replaceByEstimate(buffers.bcgSeries[static_cast<size_t>(channel)], buffers.bcgLength);
-  if (channel + 1 < selection.nrOfSelectedChannels) return;
-  log.logProgress("PulseModel: %d channels X %lld timepoints", selection.nrOfSelectedChannels,
+  model.replaceByEstimate(buffers.bcgSeries[static_cast<size_t>(pulseChannel)], buffers.bcgLength);
+  const auto nrOfPulseChannels = static_cast<int32_t>(buffers.bcgSeries.size());
+  if (pulseChannel + 1 < nrOfPulseChannels) return;
+  log.logProgress("PulseModel: %d channels X %lld timepoints", nrOfPulseChannels,
                   static_cast<long long>(buffers.bcgLength));
-  log.logProgress("TimeCorrectedPulses: %d channels X %d pulses X %d timepoints",
-                  selection.nrOfSelectedChannels, model.nrOfEpochs(), model.epochLength());
+  log.logProgress("TimeCorrectedPulses: %d channels X %d pulses X %d timepoints", nrOfPulseChannels,
+                  model.nrOfEpochs(), model.epochLength());
   cardiac.pulseModel.reset();
 }
 

@@ -69,9 +69,9 @@ void CorrectionDriver::removeLineSinusoids() {
                   c_.sinusoidTables.notchSpanLengths);
 }
 
-void CorrectionDriver::fillBcgSeries(int32_t channel) {
+void CorrectionDriver::fillBcgSeries(int32_t pulseChannel) {
   filterSignalFFT(signal_, samples_, bcgLowPassFilter_);
-  std::vector<double>& series = buffers_.bcgSeries[static_cast<size_t>(channel)];
+  std::vector<double>& series = buffers_.bcgSeries[static_cast<size_t>(pulseChannel)];
   for (int64_t k = 0, j = 0; j < samples_; ++k, j += buffers_.bcgStep)
     series[static_cast<size_t>(k)] = static_cast<double>(static_cast<float>(signal_[j]));
 }
@@ -105,7 +105,7 @@ bool CorrectionDriver::finishChannel(int32_t channel) {
   const int64_t outputs = c_.span.nrOfOutputTimePoints;
   for (int64_t k = 0, j = 0; j < samples_; ++k, j += c_.filters.decimationFactor)
     buffers_.chunkBuffer[static_cast<size_t>(k)] = static_cast<float>(signal_[j]);
-  if (c_.switches.useAverageReference) {
+  if (c_.switches.useAverageReference && c_.roleOf(channel).takesPartInReference) {
     const double weight = c_.averageReferenceWeights[static_cast<size_t>(channel)];
     for (int64_t i = 0; weight != 0.0 && i < outputs; ++i) {
       float& sum = buffers_.referenceSum[static_cast<size_t>(i)];
@@ -119,6 +119,7 @@ bool CorrectionDriver::finishChannel(int32_t channel) {
 bool CorrectionDriver::subtractReference() {
   const int64_t outputs = c_.span.nrOfOutputTimePoints;
   for (int32_t channel = 0; channel < c_.selection.nrOfSelectedChannels; ++channel) {
+    if (!c_.roleOf(channel).takesPartInReference) continue;
     if (!c_.chunkFiles.readChannel(channel, outputs, buffers_.chunkBuffer.data()))
       return reportFileError("Error reading file: ");
     for (int64_t i = 0; i < outputs; ++i)

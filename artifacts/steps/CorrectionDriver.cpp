@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <numeric>
 
 namespace emeg {
 
@@ -37,6 +39,7 @@ CorrectionDriver::CorrectionDriver(LMTRPluginEMEGFileConverter& converter)
 
 bool CorrectionDriver::run() {
   if (!c_.switches.correctionNeeded) return true;
+  orderChannels();
   buildFilters();
   allocateBuffers();
   if (c_.switches.correctGradient || c_.switches.correctBCG) {
@@ -50,7 +53,7 @@ bool CorrectionDriver::run() {
   if (c_.switches.correctBCG) {
     if (!correctInTwoPasses()) return false;
   } else {
-    for (int32_t channel = 0; channel < c_.selection.nrOfSelectedChannels; ++channel)
+    for (const int32_t channel : order_)
       if (!correctInOnePass(channel)) return false;
   }
 
@@ -60,6 +63,17 @@ bool CorrectionDriver::run() {
   if (c_.switches.useAverageReference && !subtractReference()) return false;
   buffers_ = CorrectionBuffers();
   return true;
+}
+
+/// The scanner's timing is found before it is needed: channels that cannot show it come last.
+void CorrectionDriver::orderChannels() {
+  order_.resize(static_cast<size_t>(c_.selection.nrOfSelectedChannels));
+  std::iota(order_.begin(), order_.end(), 0);
+  std::stable_partition(order_.begin(), order_.end(),
+                        [this](int32_t channel) { return c_.roleOf(channel).showsSequence; });
+  if (!c_.switches.correctBCG) return;
+  std::copy_if(order_.begin(), order_.end(), std::back_inserter(pulseChannels_),
+               [this](int32_t channel) { return c_.roleOf(channel).takesPartInPulses; });
 }
 
 void CorrectionDriver::buildFilters() {
@@ -94,7 +108,8 @@ void CorrectionDriver::allocateBuffers() {
     buffers_.bcgLength = (samples_ - 1) / buffers_.bcgStep + 1;
     buffers_.bcgRate = static_cast<float>(fs / static_cast<double>(buffers_.bcgStep));
     buffers_.bcgInterval = 1 / buffers_.bcgRate;
-    buffers_.bcgSeries.assign(nrOfChannels, std::vector<double>(static_cast<size_t>(buffers_.bcgLength) + 1));
+    buffers_.bcgSeries.assign(pulseChannels_.size(),
+                              std::vector<double>(static_cast<size_t>(buffers_.bcgLength) + 1));
     longestKnotRow = std::max(longestKnotRow, buffers_.bcgLength + 1);
   }
   for (std::vector<double>* array :
@@ -115,7 +130,7 @@ bool CorrectionDriver::correctInOnePass(int32_t channel) {
     filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
     subtractHighPassedSignal();
   }
-  if (stages.correctGradient && !removeGradientArtifact()) return false;
+  if (stages.correctGradient && !removeGradientArtifact(channel)) return false;
   if (stages.removeLineSinusoids) removeLineSinusoids();
   if (stages.correctOcular && !removeOcularArtifact()) return false;
   if (stages.anyArtifactCorrection) addFullRateRest();
@@ -123,17 +138,20 @@ bool CorrectionDriver::correctInOnePass(int32_t channel) {
 }
 
 bool CorrectionDriver::correctInTwoPasses() {
-  const int32_t nrOfChannels = c_.selection.nrOfSelectedChannels;
-  for (int32_t channel = 0; channel < nrOfChannels; ++channel)
-    if (!preprocess(channel)) return false;
+  int32_t pulseChannel = 0;
+  for (const int32_t channel : order_) {
+    const bool hasPulses = c_.roleOf(channel).takesPartInPulses;
+    if (!(hasPulses ? preprocess(channel, pulseChannel++) : correctInOnePass(channel))) return false;
+  }
+  if (pulseChannels_.empty()) return true;
   c_.log.logProgress("Automatic detection of heart pulses");
   if (!c_.detectHeartPulses()) return false;
-  for (int32_t channel = 0; channel < nrOfChannels; ++channel)
-    if (!removePulses(channel)) return false;
+  for (size_t k = 0; k < pulseChannels_.size(); ++k)
+    if (!removePulses(pulseChannels_[k], static_cast<int32_t>(k))) return false;
   return true;
 }
 
-bool CorrectionDriver::preprocess(int32_t channel) {
+bool CorrectionDriver::preprocess(int32_t channel, int32_t pulseChannel) {
   const StageSwitches& stages = c_.switches;
   c_.log.logProgress("Pre-processing channel #%d", numberOf(channel));
   if (!readChannel(channel)) return false;
@@ -141,23 +159,23 @@ bool CorrectionDriver::preprocess(int32_t channel) {
   if (stages.correctSaturations) repairChannelSaturations();
   filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
   keepLowFrequencyRest(channel);
-  if (stages.correctGradient && !removeGradientArtifact()) return false;
+  if (stages.correctGradient && !removeGradientArtifact(channel)) return false;
   if (stages.removeLineSinusoids) removeLineSinusoids();
 
   const int64_t margin = c_.span.firstTimePoint - c_.span.firstProcessedTimePoint;
   for (int64_t i = 0; i < samples_; ++i)
     buffers_.chunkBuffer[static_cast<size_t>(margin + i)] = static_cast<float>(signal_[i]);
   if (!writeChannel(channel, processed_)) return false;
-  fillBcgSeries(channel);
+  fillBcgSeries(pulseChannel);
   return true;
 }
 
-bool CorrectionDriver::removePulses(int32_t channel) {
+bool CorrectionDriver::removePulses(int32_t channel, int32_t pulseChannel) {
   const StageSwitches& stages = c_.switches;
   c_.log.logProgress("Removing heart pulse artifacts from channel #%d", numberOf(channel));
   if (!readChannel(channel)) return false;
-  c_.buildPulseModel(channel);
-  std::vector<double>& estimate = buffers_.bcgSeries[static_cast<size_t>(channel)];
+  c_.buildPulseModel(pulseChannel);
+  std::vector<double>& estimate = buffers_.bcgSeries[static_cast<size_t>(pulseChannel)];
   estimate[static_cast<size_t>(buffers_.bcgLength)] = 0.0;
   combineWithSpline(estimate, buffers_.bcgLength + 1, buffers_.bcgStep, -1);
   if (stages.correctOcular && !removeOcularArtifact()) return false;

@@ -20,14 +20,15 @@ public:
 
 private:
   // What the stages need before the first channel.
+  void orderChannels();
   void buildFilters();
   void allocateBuffers();
 
   // The two ways over the channels.
   bool correctInOnePass(int32_t channel);
   bool correctInTwoPasses();
-  bool preprocess(int32_t channel);
-  bool removePulses(int32_t channel);
+  bool preprocess(int32_t channel, int32_t pulseChannel);
+  bool removePulses(int32_t channel, int32_t pulseChannel);
 
   // Stages of one channel, in the order of the run.
   bool readChannel(int32_t channel);
@@ -35,9 +36,9 @@ private:
   void repairChannelSaturations();
   void keepLowFrequencyRest(int32_t channel);
   void subtractHighPassedSignal();
-  bool removeGradientArtifact();
+  bool removeGradientArtifact(int32_t channel);
   void removeLineSinusoids();
-  void fillBcgSeries(int32_t channel);
+  void fillBcgSeries(int32_t pulseChannel);
   bool removeOcularArtifact() { return true; } // a place for a stage that this system does not have
   void addFullRateRest();
   bool finishChannel(int32_t channel);
@@ -55,9 +56,11 @@ private:
 
   LMTRPluginEMEGFileConverter& c_;
   CorrectionBuffers& buffers_;
-  const int64_t samples_;    ///< of the interval, at the input rate
-  const int64_t processed_;  ///< of the interval and its margins
-  double* signal_ = nullptr; ///< channelSignal
+  const int64_t samples_;              ///< of the interval, at the input rate
+  const int64_t processed_;            ///< of the interval and its margins
+  double* signal_ = nullptr;           ///< channelSignal
+  std::vector<int32_t> order_;         ///< output channels as they are corrected
+  std::vector<int32_t> pulseChannels_; ///< those of them with heart beats to remove, in the same order
   FilterResponse outputFilter_;
   FilterResponse artifactHighPassFilter_;
   FilterResponse bcgLowPassFilter_;

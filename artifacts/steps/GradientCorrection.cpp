@@ -24,12 +24,13 @@ SplinedSignal splinedSignal(const double* signal, const CorrectionBuffers& buffe
 
 /// Removes the gradient artifact from the current channel. The timing is found once, on the first channel
 /// that shows it; a channel without any known timing stays as it is.
-bool CorrectionDriver::removeGradientArtifact() {
+bool CorrectionDriver::removeGradientArtifact(int32_t channel) {
   std::vector<double>& estimate = buffers_.artifactEstimate;
   std::fill(estimate.begin(), estimate.end(), 0.0);
   computeSplineCoefficients(signal_, buffers_.splineB.data(), buffers_.splineC.data(),
                             buffers_.splineD.data(), samples_);
-  if (c_.sequence.sliceDuration == 0 && !detectSequence()) return false;
+  const bool isToBeFound = c_.sequence.sliceDuration == 0 && c_.roleOf(channel).showsSequence;
+  if (isToBeFound && !detectSequence()) return false;
   if (c_.sequence.sliceDuration == 0) return true;
 
   estimateGradientArtifact(splinedSignal(signal_, buffers_, samples_), c_.sequence,

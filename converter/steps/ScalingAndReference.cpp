@@ -50,8 +50,12 @@ bool LMTRPluginEMEGFileConverter::askScalingAndReference() {
   }
 
   if (switches.useAverageReference && selection.nrOfSelectedChannels > 0) {
-    averageReferenceWeights.assign(static_cast<size_t>(selection.nrOfSelectedChannels),
-                                   1.0 / selection.nrOfSelectedChannels);
+    int32_t nrOfReferences = 0;
+    for (int32_t channel = 0; channel < selection.nrOfSelectedChannels; ++channel)
+      if (roleOf(channel).takesPartInReference) ++nrOfReferences;
+    averageReferenceWeights.clear();
+    for (int32_t channel = 0; channel < selection.nrOfSelectedChannels; ++channel)
+      averageReferenceWeights.push_back(roleOf(channel).takesPartInReference ? 1.0 / nrOfReferences : 0.0);
   }
   return true;
 }

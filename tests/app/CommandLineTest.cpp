@@ -70,8 +70,10 @@ TEST_P(BadOptions, AreRefusedWithAReasonAndWithoutFiles) {
 INSTANTIATE_TEST_SUITE_P(
     CommandLine, BadOptions,
     testing::Values(
-        BadCase{{"gap"}, "OUT.ctc"}, BadCase{{"spiral", "OUT"}, "spiral"}, BadCase{{"gap", "r.dat"}, "r.dat"},
+        BadCase{{"gap"}, "OUT"}, BadCase{{"spiral", "OUT"}, "spiral"}, BadCase{{"gap", "r.dat"}, "r.dat"},
         BadCase{{"gap", ".ctc"}, ".ctc"}, BadCase{{"gap", "folder/.ctc"}, ".ctc"},
+        BadCase{{"gap", "r.set"}, "no name of a .ctc, .vhdr, .edf or .bdf file"},
+        BadCase{{"gap", "r.vhdr", "--type", "3"}, "for .ctc files only"},
         BadCase{{"gap", "OUT", "--frequency", "3"}, "--frequency"},
         BadCase{{"gap", "OUT", "--channels", "0"}, "number of channels is 0"},
         BadCase{{"gap", "OUT", "--channels", "257"}, "between 1 and 256"},

@@ -21,6 +21,7 @@ const std::vector<Floor> floors = {
     {"converter/messages/", 0},
     {"dsp/", 1},
     {"files/formats/", 1},
+    {"files/exchange/", 4},
     {"artifacts/", 1},
     {"converter/", 2},
     {"converter/steps/", 3},

@@ -1,6 +1,6 @@
 #include "app/evaluation/DetectedSequence.h"
 #include "app/evaluation/Residual.h"
-#include "app/simulation/RecordingWriter.h"
+#include "app/simulation/SimulatedRecording.h"
 #include "tests/TestFolder.h"
 #include "tests/run/HostRun.h"
 

@@ -1,0 +1,82 @@
+#include "app/correct/ChannelPlan.h"
+
+#include "files/exchange/ChannelKind.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace emeg {
+
+namespace {
+
+constexpr const char* allNames = "all";
+
+bool isOneOf(const std::vector<std::string>& names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+void checkNames(const RecordingHeader& header, const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    const bool isThere = name == allNames || std::any_of(header.channels.begin(), header.channels.end(),
+                                                         [&name](const RecordingChannel& channel) {
+                                                           return channel.name == name;
+                                                         });
+    if (!isThere)
+      throw UnusableInput(
+          fmt::format("--treat-as-eeg: the recording has no channel \"{}\"; `emeg info` lists "
+                      "its channels.",
+                      name));
+  }
+}
+
+ChannelRole roleOf(ChannelKind kind) {
+  ChannelRole role;
+  const bool isEeg = kind == ChannelKind::Eeg;
+  role.showsSequence = isEeg;
+  role.takesPartInPulses = isEeg;
+  role.takesPartInReference = isEeg;
+  return role;
+}
+
+} // namespace
+
+std::vector<ChannelRole> ChannelPlan::roles() const {
+  std::vector<ChannelRole> all;
+  for (const int channel : corrected) all.push_back(channels[static_cast<size_t>(channel)].role);
+  return all;
+}
+
+ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters& parameters) {
+  checkNames(header, parameters.treatAsEeg);
+  const bool treatAll = isOneOf(parameters.treatAsEeg, allNames);
+  ChannelPlan plan;
+  bool hasEeg = false;
+  for (int c = 0; c < header.nrOfChannels(); ++c) {
+    const RecordingChannel& channel = header.channels[static_cast<size_t>(c)];
+    PlannedChannel planned;
+    const bool asEeg = treatAll || isOneOf(parameters.treatAsEeg, channel.name);
+    planned.passesUntouched =
+        !asEeg && (channel.kind == ChannelKind::Trigger || channel.kind == ChannelKind::Status);
+    if (!planned.passesUntouched) {
+      planned.role = roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
+      planned.converterChannel = static_cast<int>(plan.corrected.size());
+      plan.corrected.push_back(c);
+      hasEeg = hasEeg || planned.role.showsSequence;
+    }
+    plan.channels.push_back(planned);
+  }
+  if (!hasEeg)
+    throw UnusableInput(
+        fmt::format("\"{}\": none of the {} channels is an EEG channel, in which the scanner's "
+                    "timing could be found. Name channels to be treated so with --treat-as-eeg "
+                    "NAME,... (or all); `emeg info` shows what they are taken for and why.",
+                    parameters.input, header.nrOfChannels()));
+  return plan;
+}
+
+std::string treatmentOf(const PlannedChannel& channel) {
+  if (channel.passesUntouched) return "unchanged";
+  return channel.role.takesPartInPulses ? "corrected" : "gradient artifact removed";
+}
+
+} // namespace emeg

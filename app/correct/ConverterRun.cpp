@@ -1,0 +1,116 @@
+#include "app/correct/ConverterRun.h"
+
+#include "app/correct/PulseFigures.h"
+#include "converter/Converter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+namespace {
+
+constexpr const char* logPrefix = "// EMEG artifacts > ";
+
+// Beats of a heart that is faster than any, for the whole recording.
+constexpr double mostBeatsPerSecond = 4;
+
+bool wantsFilters(const HostAnswers::Dialogue& dialogue) {
+  return dialogue.highPass > 0 || dialogue.lowPass > 0 || !dialogue.notches.empty() ||
+         dialogue.decimationFactor > 1;
+}
+
+/// The plug-in's converter with the stages that no dialogue switches on.
+class EmegConverter : public EMEGArtifactPreprocessor {
+public:
+  EmegConverter(const ConverterJob& job, Findings& found)
+      : EMEGArtifactPreprocessor(logPrefix, true), job_(job), found_(found) {
+    options.isEEG = true;
+    options.selectChannels = false;
+    options.selectTimeInterval = false;
+    options.applyFilters = wantsFilters(job.dialogue);
+    options.correctArtifacts = true;
+    options.applyScaling = true;
+    options.offerAverageReference = true;
+    options.forceHeaderUpdate = false;
+    options.parametersFromDialog = true;
+    channels.roles = job.roles;
+    cardiac.pulseCapacity =
+        std::max(cardiac.pulseCapacity, static_cast<size_t>(job.seconds * mostBeatsPerSecond) + 1);
+  }
+
+private:
+  bool openInput() override {
+    if (!EMEGArtifactPreprocessor::openInput()) return false;
+    values.samplingFrequency = job_.samplingFrequency;
+    values.samplingInterval = 1 / job_.samplingFrequency;
+    return true;
+  }
+
+  // The dialogues clear the switch.
+  bool afterChunkFilesHook() override {
+    if (job_.lineFrequencies.empty()) return true;
+    switches.removeLineSinusoids = true;
+    switches.correctionNeeded = true;
+    filters.notchFrequencies = job_.lineFrequencies;
+    return true;
+  }
+
+  bool detectHeartPulses() override {
+    if (job_.stopWithoutSequence && sequence.sliceDuration == 0) return false;
+    // Medians over many channels have more minima than one series below 35 Hz; two samples apart is the most.
+    cardiac.candidatesPerSecond = buffers.bcgRate / 2;
+    if (!EMEGArtifactPreprocessor::detectHeartPulses()) return false;
+    found_.beatsPerMinute = cardiac.period.beatsPerMinute(buffers.bcgRate);
+    found_.pulseListIsFull = cardiac.pulsePositions.size() >= cardiac.pulseCapacity;
+    for (const double position : cardiac.pulsePositions)
+      found_.pulseTimes.push_back(position * static_cast<double>(buffers.bcgInterval));
+    return true;
+  }
+
+  void buildPulseModel(int32_t pulseChannel) override {
+    std::vector<double>& series = buffers.bcgSeries[static_cast<size_t>(pulseChannel)];
+    const std::vector<double> before = series;
+    EMEGArtifactPreprocessor::buildPulseModel(pulseChannel);
+    found_.pulseFigures.push_back(
+        measurePulseFigures(before, series, cardiac.pulsePositions, buffers.bcgLength));
+  }
+
+  const ConverterJob& job_;
+  Findings& found_;
+};
+
+} // namespace
+
+ConverterOutcome runConverter(const ConverterJob& job, const std::function<void(const std::string&)>& log) {
+  ConverterOutcome outcome;
+  HostAnswers answers(job.dialogue, log);
+  EmegConverter converter(job, outcome.found);
+  outcome.finished = converter.run(2, 1, 0);
+  outcome.found.sequence = converter.sequence;
+  outcome.outputPath = converter.outputPathBuffer.path();
+  outcome.errors = answers.errors();
+  return outcome;
+}
+
+std::string outputSuffixOf(const HostAnswers::Dialogue& dialogue, const NamedSelection& selection) {
+  LMTRPluginEMEGFileConverter converter("", true);
+  converter.options.selectChannels = selection.nrOfChannels > 0;
+  converter.options.selectTimeInterval = selection.hasInterval;
+  converter.options.applyFilters = wantsFilters(dialogue);
+  converter.options.correctArtifacts = true;
+  converter.selection.nrOfSelectedChannels = selection.nrOfChannels;
+  converter.values.intervalStartMs = static_cast<float>(selection.startMs);
+  converter.values.intervalEndMs = static_cast<float>(selection.endMs);
+  converter.filters.highPassCutOff = dialogue.highPass;
+  converter.filters.lowPassCutOff = dialogue.lowPass;
+  converter.filters.nrOfNotches = static_cast<int32_t>(dialogue.notches.size());
+  converter.filters.decimationFactor = dialogue.decimationFactor;
+  converter.scalingOrder = dialogue.scalingOrder;
+  converter.switches.correctGradient = true;
+  converter.switches.correctBCG = dialogue.correctBcg;
+  converter.buildOutputName();
+  return converter.values.outputSuffix;
+}
+
+} // namespace emeg

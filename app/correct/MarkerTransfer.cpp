@@ -1,0 +1,96 @@
+#include "app/correct/MarkerTransfer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+namespace {
+
+// A beat's model is complete where the epochs of the two junctions beside it overlap: behind this part of the
+// first interval.
+constexpr double modelBegins = 0.6;
+constexpr const char* foundType = "Comment";
+constexpr const char* badType = "Bad";
+
+RecordingMarker markerAt(const char* type, const char* name, double seconds, double rate) {
+  RecordingMarker marker;
+  marker.type = type;
+  marker.description = name;
+  marker.onset = seconds * rate;
+  return marker;
+}
+
+void addGradientMarkers(const Findings& found, double rate, double nrOfTimePoints,
+                        std::vector<RecordingMarker>& markers) {
+  const MRSequence& sequence = found.sequence;
+  const int32_t perVolume = sequence.hasVolumeGaps ? sequence.nrOfSlicesPerVolume : 1;
+  for (int32_t volume = 0; volume < sequence.nrOfVolumes; ++volume) {
+    for (int32_t slice = 0; slice < perVolume; ++slice) {
+      RecordingMarker marker =
+          markerAt(foundType, gradientMarkerName, sequence.onsetOf(volume, slice, 1), rate);
+      if (marker.onset >= 0 && marker.onset < nrOfTimePoints) markers.push_back(std::move(marker));
+    }
+  }
+}
+
+/// Onset and end in the corrected interval; false when the marker lies outside.
+bool moveIntoInterval(RecordingMarker& marker, const CorrectionPlan& plan) {
+  const auto first = static_cast<double>(plan.firstTimePoint);
+  const auto end = static_cast<double>(plan.endTimePoint());
+  if (plan.hasInterval) {
+    const double markerEnd = marker.onset + marker.duration;
+    const bool isPoint = !(marker.duration > 0);
+    if (marker.onset >= end || (isPoint ? marker.onset < first : markerEnd <= first)) return false;
+    marker.onset = std::max(marker.onset, first);
+    marker.duration = isPoint ? marker.duration : std::min(markerEnd, end) - marker.onset;
+  }
+  marker.onset = (marker.onset - first) / plan.decimationFactor;
+  marker.duration /= plan.decimationFactor;
+  return true;
+}
+
+} // namespace
+
+std::vector<Stretch> unmodelledStretches(const std::vector<double>& pulseTimes, double seconds) {
+  constexpr size_t fewestPulses = 3;
+  if (pulseTimes.size() < fewestPulses) return {};
+  const size_t n = pulseTimes.size();
+  const double begin = pulseTimes[0] + modelBegins * (pulseTimes[1] - pulseTimes[0]);
+  const double end = pulseTimes[n - 1] - modelBegins * (pulseTimes[n - 1] - pulseTimes[n - 2]);
+  return {{0, begin}, {end, seconds}};
+}
+
+std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
+                                             const Findings& found, bool atWholeSamples) {
+  std::vector<RecordingMarker> markers;
+  for (RecordingMarker marker : header.markers)
+    if (moveIntoInterval(marker, plan)) markers.push_back(std::move(marker));
+
+  const double rate = header.samplingFrequency / plan.decimationFactor;
+  const auto length = static_cast<double>(plan.nrOfOutputTimePoints());
+  const size_t nrOfCarried = markers.size();
+  if (found.hasSequence()) addGradientMarkers(found, rate, length, markers);
+  for (const double time : found.pulseTimes)
+    markers.push_back(markerAt(foundType, pulseMarkerName, time, rate));
+  const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
+  for (const Stretch& stretch : unmodelledStretches(found.pulseTimes, seconds)) {
+    RecordingMarker marker = markerAt(badType, unmodelledMarkerName, stretch.start, rate);
+    marker.duration = std::min(stretch.end * rate, length) - marker.onset;
+    markers.push_back(std::move(marker));
+  }
+  if (atWholeSamples) {
+    for (size_t i = nrOfCarried; i < markers.size(); ++i) {
+      markers[i].onset = std::min(std::floor(markers[i].onset + 0.5), length - 1);
+      markers[i].duration = std::min(std::floor(markers[i].duration + 0.5), length - markers[i].onset);
+    }
+    // A marker behind the last sample that is kept would round to one that is not there.
+    for (size_t i = 0; i < nrOfCarried; ++i)
+      if (markers[i].onset > length - 1 && markers[i].onset < length) markers[i].onset = length - 1;
+  }
+  std::stable_sort(markers.begin(), markers.end(),
+                   [](const RecordingMarker& a, const RecordingMarker& b) { return a.onset < b.onset; });
+  return markers;
+}
+
+} // namespace emeg

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "app/correct/CorrectionPlan.h"
+#include "files/exchange/Recording.h"
+
+#include <vector>
+
+namespace emeg {
+
+inline constexpr const char* gradientMarkerName = "MRGradientTriggers";
+inline constexpr const char* pulseMarkerName = "HeartPulseTriggers";
+/// Programs that leave out annotated stretches look for names that begin with "BAD".
+inline constexpr const char* unmodelledMarkerName = "BAD_no_pulse_model";
+
+/// Seconds from the first corrected sample.
+struct Stretch {
+  double start = 0;
+  double end = 0;
+  double seconds() const { return end - start; }
+};
+
+/// The stretches in front of and behind the chain of heart beats, in which everything below 35 Hz was
+/// subtracted: the model begins in the middle of the first interval between beats and ends in that of the
+/// last. Nothing without heart beats: then nothing is subtracted.
+std::vector<Stretch> unmodelledStretches(const std::vector<double>& pulseTimes, double seconds);
+
+/// The recording's markers at their places in the corrected interval, those that it does not touch left out,
+/// and those of what was found, in ascending order. With `atWholeSamples` (a format that knows no others) the
+/// onsets of what was found are rounded.
+std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
+                                             const Findings& found, bool atWholeSamples);
+
+} // namespace emeg

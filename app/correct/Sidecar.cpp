@@ -1,0 +1,181 @@
+#include "app/correct/Sidecar.h"
+
+#include "app/correct/MarkerTransfer.h"
+#include "app/correct/RunWarnings.h"
+#include "files/exchange/PendingFiles.h"
+#include "files/formats/BinaryFile.h"
+
+#include <nlohmann/json.hpp>
+
+namespace emeg {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* const references[] = {"Allen, Josephs, Turner: A method for removing imaging artifact from "
+                                  "continuous EEG recorded during functional "
+                                  "MRI. NeuroImage 12 (2000)",
+                                  "Niazy, Beckmann, Iannetti, Brady, Smith: Removal of FMRI environment "
+                                  "artifacts from EEG data using optimal basis "
+                                  "sets. NeuroImage 28 (2005)",
+                                  "Glaser, Beisteiner, Bauer, Fischmeister: FACET, a flexible artifact "
+                                  "correction and evaluation toolbox for "
+                                  "concurrently recorded EEG/fMRI data. BMC Neuroscience 14 (2013)"};
+
+Json inputOf(const CorrectionResult& result) {
+  Json files = Json::array();
+  for (const InputFile& file : result.inputFiles)
+    files.push_back({{"Path", file.path}, {"SHA256", file.sha256}});
+  return {{"Files", files},
+          {"Format", result.header.format},
+          {"SamplingFrequency", result.header.samplingFrequency},
+          {"Seconds", result.header.seconds()},
+          {"NumberOfChannels", result.header.nrOfChannels()}};
+}
+
+Json parametersOf(const CorrectionResult& result, const CorrectParameters& parameters) {
+  Json notches = Json::array();
+  for (const Notch& notch : parameters.notches)
+    notches.push_back({{"Frequency", notch.frequency}, {"Width", notch.width}});
+  const CorrectionPlan& plan = result.plan;
+  const double fs = result.header.samplingFrequency;
+  return {{"RemoveHeartBeatArtifact", parameters.bcg},
+          {"Averaging", parameters.volumeWise ? "volume-wise" : "slice-wise"},
+          {"WindowHalfLengthSlices", parameters.window},
+          {"Channels", parameters.channels},
+          {"TreatAsEEG", parameters.treatAsEeg},
+          {"IntervalStart", static_cast<double>(plan.firstTimePoint) / fs},
+          {"IntervalEnd", static_cast<double>(plan.endTimePoint()) / fs},
+          {"HighPass", parameters.highPass},
+          {"LowPass", parameters.lowPass},
+          {"Notches", notches},
+          {"DecimationFactor", plan.decimationFactor},
+          {"AverageReference", parameters.averageReference},
+          {"ScalingOrder", parameters.scale},
+          {"LineNoiseFrequencies", parameters.lineNoise},
+          {"RepairSaturation", parameters.repairSaturation},
+          {"AllowUncorrected", parameters.allowUncorrected}};
+}
+
+Json detectedOf(const CorrectionResult& result, const CorrectParameters& parameters) {
+  Json detected;
+  const MRSequence& sequence = result.found.sequence;
+  detected["Sequence"] = looksLikeScan(result) ? Json{{"NumberOfVolumes", sequence.nrOfVolumes},
+                                                      {"SlicesPerVolume", sequence.nrOfSlicesPerVolume},
+                                                      {"VolumeDuration", sequence.volumeDuration},
+                                                      {"SliceDuration", sequence.sliceDuration},
+                                                      {"FirstVolumeOnset", sequence.firstTriggerTime},
+                                                      {"PausesBetweenVolumes", sequence.hasVolumeGaps},
+                                                      {"WindowHalfLengthSeconds", sequence.windowHalfLength}}
+                                               : Json();
+  detected["HeartBeats"] = Json();
+  if (parameters.bcg) {
+    Json stretches = Json::array();
+    const double seconds = static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
+    for (const Stretch& stretch : unmodelledStretches(result.found.pulseTimes, seconds))
+      stretches.push_back({stretch.start, stretch.end});
+    detected["HeartBeats"] = {{"NumberOfBeats", result.found.pulseTimes.size()},
+                              {"BeatsPerMinute", result.found.beatsPerMinute},
+                              {"StretchesWithoutModel", stretches}};
+  }
+  return detected;
+}
+
+Json lineFiguresOf(const VolumeLockedPart& part, const SlicePeaks& peaks) {
+  return {{"SliceHarmonics", part.sliceHarmonics},
+          {"VolumeHarmonics", part.volumeHarmonics},
+          {"Background", part.background},
+          {"LineToBackground", part.lineToBackground},
+          {"VolumeLockedArtifact", part.artifact()},
+          {"SlicePeaks", peaks.rms},
+          {"SlicePeaksToBackground", peaks.toBackground}};
+}
+
+Json bandsOf(const ChannelQuality& channel) {
+  Json bands;
+  for (size_t b = 0; b < eegBands.size(); ++b) {
+    const double before = channel.bandsBefore[b];
+    const double after = channel.bandsAfter[b];
+    bands[eegBands[b].name] = {
+        {"Before", before}, {"After", after}, {"Ratio", before > 0 ? Json(after / before) : Json()}};
+  }
+  return bands;
+}
+
+Json channelsOf(const CorrectionResult& result) {
+  Json channels = Json::array();
+  size_t pulseChannel = 0;
+  for (size_t c = 0; c < result.header.channels.size(); ++c) {
+    const RecordingChannel& channel = result.header.channels[c];
+    const PlannedChannel& planned = result.plan.channels.channels[c];
+    Json entry = {{"Name", channel.name},
+                  {"Kind", nameOf(channel.kind)},
+                  {"KindRule", channel.kindRule},
+                  {"Treatment", treatmentOf(planned)}};
+    if (!planned.passesUntouched && result.quality) {
+      const ChannelQuality& quality = result.quality->channels[static_cast<size_t>(planned.converterChannel)];
+      entry["Before"] = lineFiguresOf(quality.before, quality.peaksBefore);
+      entry["After"] = lineFiguresOf(quality.after, quality.peaksAfter);
+      entry["RemainingArtifact"] = quality.remaining();
+      entry["MedianImagingArtifact"] = {{"Before", quality.medianImagingArtifactBefore},
+                                        {"After", quality.medianImagingArtifactAfter}};
+      entry["BandPowers"] = bandsOf(quality);
+    }
+    const bool hasPulses = !planned.passesUntouched && planned.role.takesPartInPulses;
+    if (hasPulses && pulseChannel < result.found.pulseFigures.size()) {
+      const PulseChannelFigures& figures = result.found.pulseFigures[pulseChannel++];
+      entry["HeartBeatArtifact"] = {{"RmsBelow35HzBefore", figures.rmsBefore},
+                                    {"RmsBelow35HzAfter", figures.rmsAfter},
+                                    {"BeatAverageRmsBefore", figures.beatRmsBefore},
+                                    {"BeatAverageRmsAfter", figures.beatRmsAfter}};
+    }
+    channels.push_back(std::move(entry));
+  }
+  for (const RepairedChannel& repaired : result.repaired)
+    channels[static_cast<size_t>(repaired.channel)]["SaturatedSamples"] = {
+        {"Repaired", repaired.nrOfRepaired}, {"Left", repaired.nrOfLeft}};
+  return channels;
+}
+
+} // namespace
+
+std::string sidecarText(const CorrectionResult& result, const CorrectParameters& parameters,
+                        const RunReport& report) {
+  Json sidecar;
+  sidecar["GeneratedBy"] = {{"Name", "emeg correct"}, {"Version", EMEG_VERSION}};
+  sidecar["Input"] = inputOf(result);
+  sidecar["Output"] = {{"Path", result.place.recording},
+                       {"SamplingFrequency", result.header.samplingFrequency / result.plan.decimationFactor},
+                       {"NumberOfTimePoints", result.plan.nrOfOutputTimePoints()}};
+  sidecar["Parameters"] = parametersOf(result, parameters);
+  sidecar["Detected"] = detectedOf(result, parameters);
+  sidecar["Warnings"] = report.warnings();
+  sidecar["Notes"] = report.notes();
+  if (result.quality) {
+    sidecar["Quality"] = {{"LowestFrequency", result.quality->range.lowest},
+                          {"HighestFrequency", result.quality->range.highest},
+                          {"Drift", result.quality->drift},
+                          {"ArtifactSecondsOutsideScan", result.quality->artifactSecondsOutside},
+                          {"Units",
+                           "microvolts RMS; MedianImagingArtifact microvolts peak to peak; BandPowers "
+                           "microvolts squared; times in seconds from the first sample"},
+                          {"References", references}};
+  } else {
+    sidecar["Quality"] = Json();
+  }
+  sidecar["Channels"] = channelsOf(result);
+  // Names may hold any bytes.
+  return sidecar.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void writeWholeFile(const std::string& path, const std::string& text, bool overwrite) {
+  PendingFiles pending(overwrite);
+  const std::string temporary = pending.add(path);
+  BinaryFile file;
+  if (!file.create(temporary) || !file.write(text.data(), text.size()) || !file.close())
+    throw RecordingError(writeFailure(path));
+  pending.commit();
+}
+
+} // namespace emeg

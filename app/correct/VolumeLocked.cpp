@@ -1,0 +1,214 @@
+#include "app/correct/VolumeLocked.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace emeg {
+
+namespace {
+
+constexpr double phasesPerSecond = 1000; // enough for lines up to 100 Hz
+constexpr int64_t fewestPairs = 2;
+constexpr double wholeVolume = 0.95; // of a volume's samples must be there
+
+double medianOf(std::vector<float> values) {
+  if (values.empty()) return 0;
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return static_cast<double>(*middle);
+}
+
+/// Mean square of the sinusoid with `harmonic` periods in the waveform.
+double powerOf(const std::vector<double>& waveform, int64_t harmonic) {
+  const auto n = static_cast<int64_t>(waveform.size());
+  const double step = 2 * std::numbers::pi / static_cast<double>(n);
+  double re = 0;
+  double im = 0;
+  for (int64_t i = 0; i < n; ++i) {
+    const double angle = step * static_cast<double>(i * harmonic % n);
+    re += waveform[static_cast<size_t>(i)] * std::cos(angle);
+    im -= waveform[static_cast<size_t>(i)] * std::sin(angle);
+  }
+  const auto length = static_cast<double>(n);
+  return 2 * (re * re + im * im) / (length * length);
+}
+
+bool isSliceHarmonic(int64_t harmonic, const MRSequence& sequence) {
+  // In data with pauses between volumes the slices' lines are spread over neighbours.
+  const double slicesPerVolume = sequence.volumeDuration / sequence.sliceDuration;
+  const double multiple = std::floor(static_cast<double>(harmonic) / slicesPerVolume + 0.5);
+  return multiple >= 1 && std::abs(static_cast<double>(harmonic) - multiple * slicesPerVolume) <= 1;
+}
+
+/// Phases by which `later` lags behind `earlier`, both periodic.
+double lagOf(const std::vector<double>& earlier, const std::vector<double>& later, int64_t longestLag) {
+  const auto n = static_cast<int64_t>(earlier.size());
+  const auto likeness = [&](int64_t lag) {
+    double sum = 0;
+    for (int64_t i = 0; i < n; ++i)
+      sum += earlier[static_cast<size_t>(i)] * later[static_cast<size_t>(((i + lag) % n + n) % n)];
+    return sum;
+  };
+  int64_t best = 0;
+  double highest = likeness(0);
+  for (int64_t lag = -longestLag; lag <= longestLag; ++lag) {
+    const double value = likeness(lag);
+    if (value <= highest) continue;
+    highest = value;
+    best = lag;
+  }
+  const double before = likeness(best - 1);
+  const double after = likeness(best + 1);
+  const double curvature = before - 2 * highest + after;
+  return static_cast<double>(best) + (curvature < 0 ? 0.5 * (before - after) / curvature : 0);
+}
+
+void subtractMean(std::vector<double>& values) {
+  double mean = 0;
+  for (const double value : values) mean += value / static_cast<double>(values.size());
+  for (double& value : values) value -= mean;
+}
+
+} // namespace
+
+double VolumeLockedPart::artifact() const {
+  const double lines = sliceHarmonics * sliceHarmonics + volumeHarmonics * volumeHarmonics;
+  return std::sqrt(std::max(lines - background * background, 0.0));
+}
+
+VolumeAverage::VolumeAverage(const MRSequence& sequence, double samplingFrequency, int nrOfChannels)
+    : sequence_(sequence), samplingFrequency_(samplingFrequency), nrOfPairs_(sequence.nrOfVolumes / 2),
+      channels_(static_cast<size_t>(nrOfChannels)), currentVolume_(std::numeric_limits<int64_t>::min()) {
+  // As many phases as samples, so that a volume of whole samples meets every phase equally often.
+  const double thinning = std::max(std::floor(samplingFrequency / phasesPerSecond), 1.0);
+  const double perSecond = samplingFrequency / thinning;
+  nrOfPhases_ = std::max(static_cast<int>(2 * sequence.volumeDuration * perSecond + 0.5), 1);
+  nrOfPartPhases_ = std::max(static_cast<int>(sequence.volumeDuration * samplingFrequency + 0.5), 1);
+  counts_.assign(static_cast<size_t>(nrOfPhases_), 0);
+  partCounts_.assign(static_cast<size_t>(nrOfPartPhases_ * nrOfParts), 0);
+  for (Channel& channel : channels_) channel.sums.assign(static_cast<size_t>(nrOfPhases_), 0);
+  if (!channels_.empty()) channels_[0].partSums.assign(static_cast<size_t>(nrOfPartPhases_ * nrOfParts), 0);
+}
+
+void VolumeAverage::endVolume() {
+  const double whole = wholeVolume * sequence_.volumeDuration * samplingFrequency_;
+  if (static_cast<double>(samplesInVolume_) >= whole) {
+    const bool isCounted = currentVolume_ >= 0 && currentVolume_ < sequence_.nrOfVolumes;
+    for (Channel& channel : channels_)
+      (isCounted ? channel.peakToPeaks : channel.outside)
+          .push_back(static_cast<float>(channel.highest - channel.lowest));
+  }
+  samplesInVolume_ = 0;
+}
+
+void VolumeAverage::add(int64_t count, std::span<const double> values) {
+  for (int64_t t = 0; t < count; ++t, ++position_) {
+    const double seconds = static_cast<double>(position_) / samplingFrequency_ - sequence_.firstTriggerTime;
+    const double inVolumes = seconds / sequence_.volumeDuration;
+    const auto volume = static_cast<int64_t>(std::floor(inVolumes));
+    if (volume != currentVolume_) {
+      endVolume();
+      currentVolume_ = volume;
+    }
+    const bool isFirst = samplesInVolume_++ == 0;
+    const bool isPaired = volume >= 0 && volume < 2 * nrOfPairs_;
+    const double phase = (inVolumes - 2 * std::floor(inVolumes / 2)) / 2;
+    const auto bin = static_cast<size_t>(std::min(static_cast<int>(phase * nrOfPhases_), nrOfPhases_ - 1));
+    if (isPaired) ++counts_[bin];
+    size_t partBin = 0;
+    if (isPaired) {
+      const int64_t part = volume * nrOfParts / (2 * nrOfPairs_);
+      const double partPhase = inVolumes - static_cast<double>(volume);
+      partBin = static_cast<size_t>(
+          part * nrOfPartPhases_ +
+          std::min(static_cast<int64_t>(partPhase * nrOfPartPhases_), int64_t{nrOfPartPhases_ - 1}));
+      ++partCounts_[partBin];
+    }
+    for (size_t c = 0; c < channels_.size(); ++c) {
+      Channel& channel = channels_[c];
+      double value = values[c * static_cast<size_t>(count) + static_cast<size_t>(t)];
+      if (!std::isfinite(value)) value = 0;
+      channel.lowest = isFirst ? value : std::min(channel.lowest, value);
+      channel.highest = isFirst ? value : std::max(channel.highest, value);
+      if (!isPaired) continue;
+      channel.sums[bin] += value;
+      if (!channel.partSums.empty()) channel.partSums[partBin] += value;
+    }
+  }
+}
+
+bool VolumeAverage::isMeasurable() const {
+  return nrOfPairs_ >= fewestPairs &&
+         static_cast<double>(position_) / samplingFrequency_ >=
+             sequence_.firstTriggerTime + 2 * static_cast<double>(fewestPairs) * sequence_.volumeDuration;
+}
+
+std::vector<double> VolumeAverage::averageOf(const Channel& channel) const {
+  std::vector<double> average(channel.sums.size());
+  double last = 0;
+  for (size_t i = 0; i < average.size(); ++i) {
+    if (counts_[i] > 0) last = channel.sums[i] / static_cast<double>(counts_[i]);
+    average[i] = last;
+  }
+  return average;
+}
+
+VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range) const {
+  VolumeLockedPart part;
+  const std::vector<double> average = averageOf(channels_[static_cast<size_t>(channel)]);
+  const double volumeDuration = sequence_.volumeDuration;
+  const auto first = std::max(static_cast<int64_t>(std::ceil(range.lowest * volumeDuration)), int64_t{1});
+  const auto last = std::min(static_cast<int64_t>(std::floor(range.highest * volumeDuration)),
+                             (int64_t{nrOfPhases_} - 2) / 4);
+  double slices = 0;
+  double others = 0;
+  double background = 0;
+  for (int64_t harmonic = first; harmonic <= last; ++harmonic) {
+    (isSliceHarmonic(harmonic, sequence_) ? slices : others) += powerOf(average, 2 * harmonic);
+    background += 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+  }
+  part.sliceHarmonics = std::sqrt(slices);
+  part.volumeHarmonics = std::sqrt(others);
+  part.background = std::sqrt(background);
+  part.lineToBackground = background > 0 ? (slices + others) / background : 0;
+  return part;
+}
+
+double VolumeAverage::medianImagingArtifact(int channel) const {
+  return medianOf(channels_[static_cast<size_t>(channel)].peakToPeaks);
+}
+
+double VolumeAverage::artifactSecondsOutside(int channel) const {
+  const Channel& c = channels_[static_cast<size_t>(channel)];
+  const double half = medianOf(c.peakToPeaks) / 2;
+  const auto loud = std::count_if(c.outside.begin(), c.outside.end(),
+                                  [half](float value) { return static_cast<double>(value) > half; });
+  return half > 0 ? static_cast<double>(loud) * sequence_.volumeDuration : 0;
+}
+
+double VolumeAverage::drift(int channel) const {
+  const Channel& c = channels_[static_cast<size_t>(channel)];
+  if (c.partSums.empty() || nrOfPairs_ < nrOfParts) return 0;
+  std::vector<std::vector<double>> parts;
+  for (int part = 0; part < nrOfParts; ++part) {
+    std::vector<double> average(static_cast<size_t>(nrOfPartPhases_));
+    double last = 0;
+    for (size_t i = 0; i < average.size(); ++i) {
+      const size_t bin = static_cast<size_t>(part * nrOfPartPhases_) + i;
+      if (partCounts_[bin] > 0) last = c.partSums[bin] / static_cast<double>(partCounts_[bin]);
+      average[i] = last;
+    }
+    subtractMean(average);
+    parts.push_back(std::move(average));
+  }
+  constexpr double longestDrift = 0.02; // seconds
+  const auto longestLag = static_cast<int64_t>(longestDrift * samplingFrequency_) + 1;
+  const double phase = sequence_.volumeDuration / nrOfPartPhases_;
+  const double middle = lagOf(parts[0], parts[1], longestLag) * phase;
+  const double end = lagOf(parts[0], parts[2], longestLag) * phase;
+  return std::abs(middle) > std::abs(end) ? middle : end;
+}
+
+} // namespace emeg

@@ -1,0 +1,123 @@
+#include "app/correct/RunWarnings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace emeg {
+
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// A run that went well: 100 s, 45 volumes, 100 beats.
+CorrectionResult goodResult() {
+  CorrectionResult result;
+  result.header.samplingFrequency = 1000;
+  result.header.nrOfTimePoints = 100000;
+  RecordingChannel channel;
+  channel.name = "Cz";
+  result.header.channels = {channel};
+  result.plan.channels = planChannels(result.header, {});
+  result.plan.nrOfTimePoints = 100000;
+  MRSequence& sequence = result.found.sequence;
+  sequence.nrOfVolumes = 45;
+  sequence.nrOfSlicesPerVolume = 20;
+  sequence.volumeDuration = 2;
+  sequence.sliceDuration = 0.1;
+  sequence.firstTriggerTime = 5;
+  for (int beat = 1; beat < 100; ++beat) result.found.pulseTimes.push_back(beat);
+  ChannelQuality quality;
+  quality.before = {500, 100, 1, 260000};
+  quality.after = {0.5, 0.5, 1, 0.5};
+  result.quality = QualityFigures{{1, 100}, {quality}, 0, 0};
+  return result;
+}
+
+std::vector<std::string> warnings(const CorrectionResult& result) {
+  CorrectParameters parameters;
+  parameters.bcg = true;
+  return warningsOf(result, parameters);
+}
+
+} // namespace
+
+TEST(RunWarnings, AGoodRunHasNone) {
+  EXPECT_THAT(warnings(goodResult()), IsEmpty());
+}
+
+TEST(RunWarnings, CountsThatContradictTheLength) {
+  CorrectionResult result = goodResult();
+  result.found.sequence.nrOfVolumes = 60;
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("the recording ends at 100.0 s")));
+  result = goodResult();
+  result.found.sequence.firstTriggerTime = -10;
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("the timing is wrong")));
+}
+
+TEST(RunWarnings, ADriftingVolumeDuration) {
+  CorrectionResult result = goodResult();
+  result.quality->drift = -0.0012;
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("1.20 ms earlier")));
+}
+
+TEST(RunWarnings, ScanThatWasNotCounted) {
+  CorrectionResult result = goodResult();
+  result.quality->artifactSecondsOutside = 30;
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("about 30 s outside the 45 volumes")));
+}
+
+TEST(RunWarnings, PowerThatWasNotReduced) {
+  CorrectionResult result = goodResult();
+  result.quality->channels[0].after = {400, 50, 1, 160000};
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("was not reduced in Cz")));
+}
+
+TEST(RunWarnings, AnArtifactThatGrew) {
+  CorrectionResult result = goodResult();
+  result.quality->channels[0].after = {700, 50, 1, 490000};
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("larger than before in Cz")));
+}
+
+TEST(RunWarnings, ADeadChannelIsNoReason) {
+  CorrectionResult result = goodResult();
+  result.quality->channels.push_back({});
+  result.header.channels.push_back(result.header.channels[0]);
+  result.plan.channels = planChannels(result.header, {});
+  EXPECT_THAT(warnings(result), IsEmpty());
+}
+
+TEST(RunWarnings, TooFewVolumes) {
+  CorrectionResult result = goodResult();
+  result.quality.reset();
+  result.found.sequence.nrOfVolumes = 3;
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("only 3 volumes")));
+}
+
+TEST(RunWarnings, FewPulses) {
+  CorrectionResult result = goodResult();
+  result.found.pulseTimes = {1, 2};
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("the heart beat artifact was not removed")));
+}
+
+TEST(RunWarnings, AChainThatCoversAPart) {
+  CorrectionResult result = goodResult();
+  result.found.pulseTimes.erase(result.found.pulseTimes.begin(), result.found.pulseTimes.begin() + 30);
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("does not cover 0.0 to 31.6 s")));
+}
+
+TEST(RunWarnings, WhatDoesNotRepeatIsNoScan) {
+  CorrectionResult result = goodResult();
+  result.quality->channels[0].before = {5, 5, 6, 1.2};
+  EXPECT_FALSE(looksLikeScan(result));
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("no scanner sequence")));
+}
+
+TEST(RunWarnings, SaturatedSamplesThatStay) {
+  CorrectionResult result = goodResult();
+  result.repaired = {{0, 10, 4}};
+  EXPECT_THAT(warnings(result), Contains(HasSubstr("4 saturated samples at its ends")));
+}
+
+} // namespace emeg
