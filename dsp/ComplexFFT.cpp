@@ -1,9 +1,8 @@
-#include "dsp/FFTButterflies.h"
 #include "dsp/FFTKernels.h"
 #include "dsp/FFTTables.h"
+#include "dsp/FFTTwiddles.h"
+#include "dsp/LongFFTPasses.h"
 #include "dsp/RealFFT.h"
-
-#include <vector>
 
 namespace emeg {
 
@@ -16,82 +15,26 @@ template <>
 struct Kernels<Direction::Forward> {
   static constexpr auto whole8 = fftForward8, whole16 = fftForward16, whole32 = fftForward32,
                         whole64 = fftForward64, whole128 = fftForward128, whole256 = fftForward256,
-                        whole512 = fftForward512, block32A = fftForwardBlock32A,
-                        block32B = fftForwardBlock32B, block64A = fftForwardBlock64A,
-                        block64B = fftForwardBlock64B;
+                        whole512 = fftForward512;
 };
 
 template <>
 struct Kernels<Direction::Inverse> {
   static constexpr auto whole8 = fftInverse8, whole16 = fftInverse16, whole32 = fftInverse32,
                         whole64 = fftInverse64, whole128 = fftInverse128, whole256 = fftInverse256,
-                        whole512 = fftInverse512, block32A = fftInverseBlock32A,
-                        block32B = fftInverseBlock32B, block64A = fftInverseBlock64A,
-                        block64B = fftInverseBlock64B;
+                        whole512 = fftInverse512;
 };
 
-/// Transforms the leaves: 64-point blocks wherever the decomposition reaches them, and 32-point blocks where
-/// a quarter of a 128-point block is left over.
+/// Inverse: with real and imaginary parts exchanged on the way in and out a forward transform is an inverse
+/// one.
 template <Direction direction>
-void transformLeaves(double* x, const std::vector<uint32_t>& bitReversals, int32_t log2m) {
-  const std::size_t nrOf64 = std::size_t{1} << (log2m - 6);
-  const std::size_t nrOf32 = std::size_t{1} << (log2m - 5);
-  const std::size_t last64 = splitRadixCounts[static_cast<std::size_t>(log2m - 6)];
-  const std::size_t last32 = splitRadixCounts[static_cast<std::size_t>(log2m - 5)];
-  Kernels<direction>::block64A(x);
-  for (std::size_t r = 1; r <= last64; ++r) {
-    Kernels<direction>::block64A(x + bitReversals[r]);
-    Kernels<direction>::block64B(x + bitReversals[nrOf64 - r]);
-  }
-  for (std::size_t r = last64 + 1; r <= last32; ++r) {
-    Kernels<direction>::block32A(x + bitReversals[r]);
-    Kernels<direction>::block32B(x + bitReversals[nrOf32 - r]);
-  }
-}
-
-/// The butterflies of a block of n points with twiddles from the shared cosine table.
-template <Direction direction, BlockKind kind>
-void tablePass(double* block, int64_t n) {
-  const FFTTables& tables = fftTables();
-  const int64_t stride = tables.cosinePeriod / n;
-  const double* cosine = tables.cosines.data();
-  const double* sine = cosine + tables.cosinePeriod / 4;
-  trivialButterfly<direction, kind>(block, n / 2);
-  for (int64_t k = 1; k < n / 4; ++k) {
-    cosine += stride;
-    sine -= stride;
-    twiddledButterfly<direction, kind>(block + 2 * k, n / 2, *cosine, *sine);
-  }
-}
-
-/// All passes that make a block of 2^log2n points from its transformed leaves. Part by part, so that short
-/// blocks are finished while they are in the cache.
-template <Direction direction, BlockKind kind>
-void combineLeaves(double* block, int32_t log2n) {
-  if (log2n < 7) return;
-  const int64_t n = int64_t{1} << log2n;
-  combineLeaves<direction, kind>(block + PartOffsets<kind>::half(n), log2n - 1);
-  combineLeaves<direction, BlockKind::A>(block + PartOffsets<kind>::quarterPlus(n), log2n - 2);
-  combineLeaves<direction, BlockKind::B>(block + PartOffsets<kind>::quarterMinus(n), log2n - 2);
-  switch (log2n) {
-  case 7:
-    return unrolledPass<direction, kind, 128>(block);
-  case 8:
-    return unrolledPass<direction, kind, 256>(block);
-  case 9:
-    return unrolledPass<direction, kind, 512>(block);
-  default:
-    return tablePass<direction, kind>(block, n);
-  }
-}
-
-template <Direction direction>
-void transformLarge(double* x, int32_t log2m) {
-  const std::vector<uint32_t>& bitReversals = bitReversalTable(log2m);
-  makeCosineTable(log2m);
-  permuteToBitReversed(x, bitReversals);
-  transformLeaves<direction>(x, bitReversals, log2m);
-  combineLeaves<direction, BlockKind::A>(x, log2m);
+void transformLong(double* x, int32_t log2m) {
+  constexpr bool swapped = direction == Direction::Inverse;
+  const LongFFT fft = longFFT(log2m);
+  const LongFFTPasses& passes = longFFTPasses();
+  passes.transformColumns(fft, x, swapped);
+  passes.transformRows(fft, x, swapped);
+  passes.toNaturalOrder(fft, x);
 }
 
 template <Direction direction>
@@ -114,7 +57,7 @@ void transform(double* x, int32_t log2m) {
   case 9:
     return Kernels<direction>::whole512(x);
   default:
-    if (log2m >= 10 && log2m <= maxLog2FftSize) transformLarge<direction>(x, log2m);
+    if (log2m >= FFTPlan::leastLog2m && log2m <= maxLog2FftSize) transformLong<direction>(x, log2m);
   }
 }
 

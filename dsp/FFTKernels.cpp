@@ -1,42 +1,44 @@
 #include "dsp/FFTKernels.h"
 
 #include "dsp/FFTTables.h"
+#include "dsp/FFTTwiddles.h"
 
 #include <array>
 #include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace emeg {
 
-template <Direction direction, BlockKind kind, int n>
-void unrolledPass(double* block) {
-  fixedPass<direction, kind, n>(block);
-}
-
 namespace {
 
-/// Transforms a block of n points in bit-reversed order.
+#include "dsp/SplitRadix.h"
+
+/// The butterflies of a block of 128 points and more: straight-line code of its own, so that the blocks that
+/// contain it do not repeat it.
 template <Direction direction, BlockKind kind, int n>
-void transformBlock(double* x) {
-  if constexpr (n == 2) {
-    // Kind B holds the second sample first.
-    const double* first = kind == BlockKind::A ? x : x + 2;
-    const double* second = kind == BlockKind::A ? x + 2 : x;
-    const ComplexValue sum{first[0] + second[0], first[1] + second[1]};
-    const ComplexValue difference{first[0] - second[0], first[1] - second[1]};
-    x[0] = sum.re;
-    x[1] = sum.im;
-    x[2] = difference.re;
-    x[3] = difference.im;
-  } else if constexpr (n > 2) {
-    transformBlock<direction, kind, n / 2>(x + PartOffsets<kind>::half(n));
-    transformBlock<direction, BlockKind::A, n / 4>(x + PartOffsets<kind>::quarterPlus(n));
-    transformBlock<direction, BlockKind::B, n / 4>(x + PartOffsets<kind>::quarterMinus(n));
-    if constexpr (n >= 128)
-      unrolledPass<direction, kind, n>(x);
-    else
-      fixedPass<direction, kind, n>(x);
+[[gnu::noinline]] void unrolledPass(double* block) {
+  combineAll<direction, kind, n>(block, std::make_integer_sequence<int, n / 4>{});
+}
+
+/// Leaf blocks that longer transforms share.
+template <Direction direction, BlockKind kind, int n>
+[[gnu::noinline]] void leafBlock(double* block) {
+  transformBlock<direction, kind, n>(block);
+}
+
+/// Transforms a block of 64 to 512 points from leaf blocks of 16 and 32 points.
+template <Direction direction, BlockKind kind, int n>
+void transformFromLeaves(double* block) {
+  if constexpr (n <= 32) {
+    leafBlock<direction, kind, n>(block);
+  } else {
+    transformFromLeaves<direction, kind, n / 2>(block + PartOffsets<kind>::half(n));
+    transformFromLeaves<direction, BlockKind::A, n / 4>(block + PartOffsets<kind>::quarterPlus(n));
+    transformFromLeaves<direction, BlockKind::B, n / 4>(block + PartOffsets<kind>::quarterMinus(n));
+    unrolledPass<direction, kind, n>(block);
   }
 }
 
@@ -71,23 +73,10 @@ void transformSmall(double* x) {
 template <Direction direction, int n>
 void transformMiddle(double* x) {
   permuteToBitReversed(x, bitReversalTable(std::countr_zero(static_cast<unsigned>(n))));
-  transformBlock<direction, BlockKind::A, n>(x);
+  transformFromLeaves<direction, BlockKind::A, n>(x);
 }
 
 } // namespace
-
-template void unrolledPass<Direction::Forward, BlockKind::A, 128>(double*);
-template void unrolledPass<Direction::Forward, BlockKind::B, 128>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::A, 128>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::B, 128>(double*);
-template void unrolledPass<Direction::Forward, BlockKind::A, 256>(double*);
-template void unrolledPass<Direction::Forward, BlockKind::B, 256>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::A, 256>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::B, 256>(double*);
-template void unrolledPass<Direction::Forward, BlockKind::A, 512>(double*);
-template void unrolledPass<Direction::Forward, BlockKind::B, 512>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::A, 512>(double*);
-template void unrolledPass<Direction::Inverse, BlockKind::B, 512>(double*);
 
 void fft4(double*) {}
 
@@ -136,16 +125,16 @@ void fftInverse512(double* points) {
 }
 
 void fftForwardBlock16A(double* points) {
-  transformBlock<Direction::Forward, BlockKind::A, 16>(points);
+  leafBlock<Direction::Forward, BlockKind::A, 16>(points);
 }
 void fftForwardBlock16B(double* points) {
-  transformBlock<Direction::Forward, BlockKind::B, 16>(points);
+  leafBlock<Direction::Forward, BlockKind::B, 16>(points);
 }
 void fftForwardBlock32A(double* points) {
-  transformBlock<Direction::Forward, BlockKind::A, 32>(points);
+  leafBlock<Direction::Forward, BlockKind::A, 32>(points);
 }
 void fftForwardBlock32B(double* points) {
-  transformBlock<Direction::Forward, BlockKind::B, 32>(points);
+  leafBlock<Direction::Forward, BlockKind::B, 32>(points);
 }
 void fftForwardBlock64A(double* points) {
   transformBlock<Direction::Forward, BlockKind::A, 64>(points);
@@ -155,16 +144,16 @@ void fftForwardBlock64B(double* points) {
 }
 
 void fftInverseBlock16A(double* points) {
-  transformBlock<Direction::Inverse, BlockKind::A, 16>(points);
+  leafBlock<Direction::Inverse, BlockKind::A, 16>(points);
 }
 void fftInverseBlock16B(double* points) {
-  transformBlock<Direction::Inverse, BlockKind::B, 16>(points);
+  leafBlock<Direction::Inverse, BlockKind::B, 16>(points);
 }
 void fftInverseBlock32A(double* points) {
-  transformBlock<Direction::Inverse, BlockKind::A, 32>(points);
+  leafBlock<Direction::Inverse, BlockKind::A, 32>(points);
 }
 void fftInverseBlock32B(double* points) {
-  transformBlock<Direction::Inverse, BlockKind::B, 32>(points);
+  leafBlock<Direction::Inverse, BlockKind::B, 32>(points);
 }
 void fftInverseBlock64A(double* points) {
   transformBlock<Direction::Inverse, BlockKind::A, 64>(points);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "dsp/FFTButterflies.h"
-
 namespace emeg {
 
 /// Complex transforms of fixed size, unscaled and in place, on interleaved points. Every size has its own
@@ -42,9 +40,5 @@ void fftInverseBlock32A(double* points);
 void fftInverseBlock32B(double* points);
 void fftInverseBlock64A(double* points);
 void fftInverseBlock64B(double* points);
-
-/// Makes a block of n points (128, 256 or 512) from its three parts, which are transformed already.
-template <Direction direction, BlockKind kind, int n>
-void unrolledPass(double* block);
 
 } // namespace emeg

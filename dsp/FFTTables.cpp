@@ -58,6 +58,55 @@ const std::vector<uint32_t>& bitReversalTable(int32_t log2m) {
   return table;
 }
 
+const FFTPlan& fftPlan(int32_t log2m) {
+  std::unique_ptr<const FFTPlan>& plan = fftTables().plans[static_cast<std::size_t>(log2m)];
+  if (plan == nullptr) {
+    makeCosineTable(log2m);
+    plan = std::make_unique<const FFTPlan>(log2m);
+  }
+  return *plan;
+}
+
+const RealFFTPlan& realFFTPlan(int32_t log2n) {
+  std::unique_ptr<const RealFFTPlan>& plan = fftTables().realPlans[static_cast<std::size_t>(log2n)];
+  if (plan == nullptr) {
+    makeCosineTable(log2n);
+    plan = std::make_unique<const RealFFTPlan>(log2n);
+  }
+  return *plan;
+}
+
+LongFFT longFFT(int32_t log2m) {
+  const FFTPlan& plan = fftPlan(log2m);
+  std::vector<CacheLine>& workspace = fftTables().workspace;
+  const std::size_t lines = plan.workspaceSize() * sizeof(double) / sizeof(CacheLine);
+  if (workspace.size() < lines) {
+    std::vector<CacheLine>().swap(workspace);
+    workspace.resize(lines);
+  }
+  return {plan, bitReversalTable(plan.log2Rows()).data(), bitReversalTable(plan.log2Columns()).data(),
+          workspace.data()};
+}
+
+Turn turnFromTable(int64_t k, int32_t log2N) {
+  const FFTTables& tables = fftTables();
+  const int64_t quarter = tables.cosinePeriod / 4;
+  const int64_t position = k * (tables.cosinePeriod >> log2N);
+  const int64_t within = position % quarter;
+  const double cosine = tables.cosines[static_cast<std::size_t>(within)];
+  const double sine = within == 0 ? 0.0 : tables.cosines[static_cast<std::size_t>(quarter - within)];
+  switch (position / quarter) {
+  case 0:
+    return {cosine, sine};
+  case 1:
+    return {-sine, cosine};
+  case 2:
+    return {-cosine, -sine};
+  default:
+    return {sine, -cosine};
+  }
+}
+
 void permuteToBitReversed(double* points, const std::vector<uint32_t>& bitReversals) {
   for (std::size_t i = 0; i < bitReversals.size(); ++i) {
     const std::size_t r = bitReversals[i];

@@ -6,6 +6,21 @@
 
 namespace emeg {
 
+enum class Direction { Forward, Inverse };
+
+constexpr Direction opposite(Direction direction) {
+  return direction == Direction::Forward ? Direction::Inverse : Direction::Forward;
+}
+
+/// A twiddle's two numbers.
+struct Turn {
+  double cosine;
+  double sine;
+};
+
+/// Which place a block has in a conjugate-pair split-radix transform (see dsp/SplitRadix.h).
+enum class BlockKind { A, B };
+
 namespace detail {
 
 /// c[0] + c[1] z + c[2] z^2 ...

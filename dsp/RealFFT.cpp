@@ -1,11 +1,20 @@
 #include "dsp/RealFFT.h"
 
-#include "dsp/FFTButterflies.h"
 #include "dsp/FFTTables.h"
+#include "dsp/FFTTwiddles.h"
+#include "dsp/LongFFTPasses.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace emeg {
 
 namespace {
+
+#include "dsp/SplitRadix.h"
+
+#include "dsp/SpectrumSplit.h"
 
 /// Below 8 points there is no bin between DC and Nyquist's neighbour to split, and the tables end at 2^31
 /// points.
@@ -22,20 +31,17 @@ void splitBins(double* x, int64_t n) {
   const int64_t stride = tables.cosinePeriod / n;
   const double* cosine = tables.cosines.data();
   const double* sine = cosine + tables.cosinePeriod / 4;
-  constexpr double sign = direction == Direction::Forward ? 1.0 : -1.0;
   for (int64_t i = 2; i < n / 2; i += 2) {
     const int64_t j = n - i;
     cosine += stride;
     sine -= stride;
-    const double evenRe = (x[i] + x[j]) * 0.5;
-    const double evenIm = (x[i + 1] - x[j + 1]) * 0.5;
-    const double oddRe = (x[i + 1] + x[j + 1]) * (0.5 * sign);
-    const double oddIm = (x[j] - x[i]) * (0.5 * sign);
-    const ComplexValue odd = turn<direction>({oddRe, oddIm}, *cosine, *sine);
-    x[i] = evenRe + odd.re;
-    x[i + 1] = evenIm + odd.im;
-    x[j] = evenRe - odd.re;
-    x[j + 1] = odd.im - evenIm;
+    Point<double> bin{x[i], x[i + 1]};
+    Point<double> mirror{x[j], x[j + 1]};
+    splitPair<direction>(bin, mirror, *cosine, *sine);
+    x[i] = bin.re;
+    x[i + 1] = bin.im;
+    x[j] = mirror.re;
+    x[j + 1] = mirror.im;
   }
   x[n / 2 + 1] = -x[n / 2 + 1];
 }
@@ -46,7 +52,10 @@ void realFFTForward(double* signal, int32_t log2n) {
   if (!hasRealTransform(log2n)) return;
   makeCosineTable(log2n);
   complexFFTForward(signal, log2n - 1);
-  splitBins<Direction::Forward>(signal, int64_t{1} << log2n);
+  if (log2n >= RealFFTPlan::leastLog2n)
+    longFFTPasses().splitSpectrum(realFFTPlan(log2n), signal);
+  else
+    splitBins<Direction::Forward>(signal, int64_t{1} << log2n);
   const double even = signal[0];
   const double odd = signal[1];
   signal[0] = even + odd;
@@ -56,7 +65,10 @@ void realFFTForward(double* signal, int32_t log2n) {
 void realFFTInverse(double* spectrum, int32_t log2n) {
   if (!hasRealTransform(log2n)) return;
   makeCosineTable(log2n);
-  splitBins<Direction::Inverse>(spectrum, int64_t{1} << log2n);
+  if (log2n >= RealFFTPlan::leastLog2n)
+    longFFTPasses().mergeSpectrum(realFFTPlan(log2n), spectrum);
+  else
+    splitBins<Direction::Inverse>(spectrum, int64_t{1} << log2n);
   const double dc = spectrum[0];
   const double nyquist = spectrum[1];
   spectrum[0] = (dc + nyquist) * 0.5;
