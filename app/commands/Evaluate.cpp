@@ -1,7 +1,7 @@
 #include "app/commands/Evaluate.h"
 
 #include "app/commands/EvaluationTables.h"
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/HeartPulses.h"
 
 #include <CLI/CLI.hpp>
@@ -23,8 +23,8 @@ Gradient artifact (presets gap, continuous, both): RMS over the scan; "outside" 
 than one volume before and behind the scan. Clean means without gradient artifact: the heart beat
 artifact counts as clean where no heart pulses are marked, and as residual where they are.
 
-Heart beat artifact (presets bcg, both): the heart pulses are read from NAME_ArtifactsTriggers.prt
-beside NAME.ctc ("HeartPulseTriggers"). A pulse is right within 100 ms of a beat plus one delay per
+Heart beat artifact (presets bcg, both): the heart pulses are the recording's "HeartPulseTriggers" (of
+NAME.ctc: those in NAME_ArtifactsTriggers.prt beside it). A pulse is right within 100 ms of a beat plus one delay per
 recording, the median; each belongs to one beat at most.
   sensitivity             part of the beats that were found, of those between the first and the
                           last pulse
@@ -41,6 +41,9 @@ Without pulses the artifact is compared over the whole recording and beats are n
 Exit status: 0 done, 1 a file cannot be read or written, 2 wrong arguments.
 
 Examples:
+  emeg simulate both demo.vhdr
+  emeg correct demo.vhdr --bcg
+  emeg evaluate demo_GRA_BCG.vhdr --truth demo_truth.json
   emeg simulate gap run1.ctc
   lumetra EMEGArtifactPlugin.so --answers answers.json --transcript calls.jsonl
   emeg evaluate run1_GRA.ctc --truth run1_truth.json --transcript calls.jsonl
@@ -57,7 +60,7 @@ struct EvaluateOptions {
 
 void judgeHeart(const EvaluateOptions& options, Evaluation& evaluation) {
   const std::string& correctedPath = options.corrected;
-  const double fs = static_cast<double>(CtcReader(correctedPath).header().samplingFrequency);
+  const double fs = EvaluatedRecording(correctedPath).samplingFrequency();
   evaluation.triggerFile = triggerFileOf(correctedPath);
   evaluation.heartPulses = readHeartPulses(correctedPath, fs);
   double from = 0;
@@ -110,7 +113,8 @@ Command addEvaluateCommand(CLI::App& program) {
   CLI::App* parser =
       program.add_subcommand("evaluate", "Measure what a correction found and left of simulated artifacts");
   const auto options = std::make_shared<EvaluateOptions>();
-  parser->add_option("CORRECTED.ctc", options->corrected, "The corrected recording")->required();
+  parser->add_option("CORRECTED", options->corrected, "The corrected recording: .vhdr, .edf, .bdf or .ctc")
+      ->required();
   parser->add_option("--truth", options->truth, "The truth file of the simulated recording")->required();
   parser->add_option("--transcript", options->transcript,
                      "Transcript of the host run: shows what was found beside what is true");

@@ -1,6 +1,6 @@
 #include "app/evaluation/DetectedSequence.h"
 
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 
 #include <fstream>
 #include <nlohmann/json.hpp>

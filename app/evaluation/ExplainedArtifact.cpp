@@ -1,6 +1,6 @@
 #include "app/evaluation/ExplainedArtifact.h"
 
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,24 +38,25 @@ double explainedInAll(const std::vector<ChannelExplained>& channels) {
 std::vector<ChannelExplained> measureExplained(const std::string& correctedPath, const SimulatedTruth& truth,
                                                double firstSecond, double lastSecond,
                                                const std::string& gradientCorrectedPath) {
-  CtcReader corrected(correctedPath);
-  CtcReader clean(truth.cleanPath);
-  CtcReader pulse(truth.pulsePath);
+  EvaluatedRecording corrected(correctedPath);
+  EvaluatedRecording clean(truth.cleanPath);
+  EvaluatedRecording pulse(truth.pulsePath);
   requireSameShape(corrected, clean);
   requireSameShape(pulse, clean);
   const auto before =
-      gradientCorrectedPath.empty() ? nullptr : std::make_unique<CtcReader>(gradientCorrectedPath);
+      gradientCorrectedPath.empty() ? nullptr : std::make_unique<EvaluatedRecording>(gradientCorrectedPath);
   if (before) requireSameShape(*before, clean);
 
-  const double fs = static_cast<double>(clean.header().samplingFrequency);
-  const int64_t n = clean.header().nrOfTimePoints;
+  const double fs = clean.samplingFrequency();
+  const int64_t n = clean.nrOfTimePoints();
   const auto nearest = [&](double seconds) {
     return static_cast<int64_t>(std::llround(std::clamp(seconds * fs, 0.0, static_cast<double>(n - 1))));
   };
   const int64_t begin = nearest(firstSecond);
   const int64_t end = nearest(lastSecond) + 1;
-  const int64_t channels = clean.header().nrOfChannels;
-  const double unit = truth.microvoltsPerUnit;
+  const int64_t channels = clean.nrOfChannels();
+  const double correctedUnit = corrected.microvoltsPerUnit(truth.microvoltsPerUnit);
+  const double beforeUnit = before ? before->microvoltsPerUnit(truth.microvoltsPerUnit) : 1.0;
 
   std::vector<double> artifactSquares(static_cast<size_t>(channels));
   std::vector<double> residualSquares(static_cast<size_t>(channels));
@@ -70,9 +71,9 @@ std::vector<ChannelExplained> measureExplained(const std::string& correctedPath,
       for (int64_t t = 0; t < count; ++t) {
         const auto index = static_cast<size_t>(c * count + t);
         const double artifact = static_cast<double>(pulseBlock[index]);
-        const double withoutGradient = before ? static_cast<double>(beforeBlock[index]) * unit
+        const double withoutGradient = before ? static_cast<double>(beforeBlock[index]) * beforeUnit
                                               : static_cast<double>(cleanBlock[index]) + artifact;
-        const double estimate = withoutGradient - static_cast<double>(correctedBlock[index]) * unit;
+        const double estimate = withoutGradient - static_cast<double>(correctedBlock[index]) * correctedUnit;
         artifactSquares[static_cast<size_t>(c)] += artifact * artifact;
         residualSquares[static_cast<size_t>(c)] += (artifact - estimate) * (artifact - estimate);
       }

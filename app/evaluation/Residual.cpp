@@ -1,6 +1,6 @@
 #include "app/evaluation/Residual.h"
 
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,21 +30,23 @@ double ChannelResidual::decibels() const {
 
 std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, const SimulatedTruth& truth,
                                               bool heartRemoved) {
-  CtcReader corrected(correctedPath);
-  CtcReader recorded(truth.recordingPath);
-  CtcReader cleanFile(truth.cleanPath);
-  const auto pulse = truth.pulsePath.empty() ? nullptr : std::make_unique<CtcReader>(truth.pulsePath);
+  EvaluatedRecording corrected(correctedPath);
+  EvaluatedRecording recorded(truth.recordingPath);
+  EvaluatedRecording cleanFile(truth.cleanPath);
+  const auto pulse =
+      truth.pulsePath.empty() ? nullptr : std::make_unique<EvaluatedRecording>(truth.pulsePath);
   requireSameShape(corrected, recorded);
   requireSameShape(cleanFile, recorded);
   if (pulse) requireSameShape(*pulse, recorded);
 
-  const int64_t n = recorded.header().nrOfTimePoints;
-  const int64_t channels = recorded.header().nrOfChannels;
-  const double fs = static_cast<double>(recorded.header().samplingFrequency);
+  const int64_t n = recorded.nrOfTimePoints();
+  const int64_t channels = recorded.nrOfChannels();
+  const double fs = recorded.samplingFrequency();
   const auto scanBegin = static_cast<int64_t>(std::ceil(truth.firstVolumeOnset * fs));
   const auto scanEnd = std::min(static_cast<int64_t>(std::ceil(truth.endOfScan * fs)), n);
   const auto margin = static_cast<int64_t>(std::ceil(truth.volumeDuration * fs));
-  const double unit = truth.microvoltsPerUnit;
+  const double correctedUnit = corrected.microvoltsPerUnit(truth.microvoltsPerUnit);
+  const double recordedUnit = recorded.microvoltsPerUnit(truth.microvoltsPerUnit);
 
   std::vector<Sums> sums(static_cast<size_t>(channels));
   std::vector<float> correctedBlock, recordedBlock, cleanBlock, pulseBlock;
@@ -59,8 +61,8 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
       Sums& sum = sums[static_cast<size_t>(c)];
       for (int64_t t = 0; t < count; ++t) {
         const auto index = static_cast<size_t>(c * count + t);
-        const double after = static_cast<double>(correctedBlock[index]) * unit;
-        const double before = static_cast<double>(recordedBlock[index]) * unit;
+        const double after = static_cast<double>(correctedBlock[index]) * correctedUnit;
+        const double before = static_cast<double>(recordedBlock[index]) * recordedUnit;
         const double clean = static_cast<double>(cleanBlock[index]);
         const double withHeart = clean + (pulse ? static_cast<double>(pulseBlock[index]) : 0.0);
         const double target = heartRemoved ? clean : withHeart;

@@ -1,6 +1,6 @@
 #include "app/evaluation/SimulatedTruth.h"
 
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 
 #include <filesystem>
 #include <fstream>

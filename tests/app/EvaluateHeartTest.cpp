@@ -1,4 +1,4 @@
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/ExplainedArtifact.h"
 #include "app/evaluation/HeartPulses.h"
 #include "app/evaluation/Residual.h"

@@ -1,4 +1,4 @@
-#include "app/evaluation/CtcReader.h"
+#include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/DetectedSequence.h"
 #include "app/evaluation/Residual.h"
 #include "tests/app/SimulatedFiles.h"
