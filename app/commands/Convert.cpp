@@ -35,7 +35,7 @@ Exit status: 0 done, 1 the output could not be written, 2 wrong arguments or an 
 Examples:
   emeg convert run1.ctc run1.vhdr
   emeg convert run1.set run1.bdf --force
-  emeg convert sleep.edf eeg.vhdr --channels Fp1 Fp2 Cz
+  emeg convert sleep.edf eeg.vhdr --channels Fp1,Fp2,Cz
 )";
 
 struct ConvertOptions {
@@ -125,7 +125,10 @@ Command addConvertCommand(CLI::App& program) {
   app->add_option("IN", options->input, "The recording to read")->required();
   app->add_option("OUT", options->output, "The recording to write")->required();
   app->add_option("--channels", options->open.channels,
-                  "Names of the channels to convert, in this order [all]");
+                  "Names of the channels to convert, in this order [all]")
+      ->type_name("NAME,NAME")
+      ->allow_extra_args(false)
+      ->delimiter(',');
   app->add_flag("--force", options->force, "Replace existing files");
   app->add_flag("--quiet,-q", options->quiet, "Say nothing but errors");
   return {app, [options](std::ostream& out, std::ostream& err) { return runConvert(*options, out, err); }};

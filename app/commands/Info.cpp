@@ -56,7 +56,10 @@ Command addInfoCommand(CLI::App& program) {
   app->footer(footer);
   app->add_option("FILE", options->input, "The recording")->required();
   app->add_option("--channels", options->open.channels,
-                  "Names of the channels to look at [all]; needed where channels differ in their rates");
+                  "Names of the channels to look at [all]; needed where channels differ in their rates")
+      ->type_name("NAME,NAME")
+      ->allow_extra_args(false)
+      ->delimiter(',');
   app->add_flag("--json", options->json, "The same as JSON");
   return {app, [options](std::ostream& out, std::ostream& err) { return runInfo(*options, out, err); }};
 }

@@ -63,7 +63,10 @@ TEST_F(Convert, ExistingFilesStayWithoutForce) {
 }
 
 TEST_F(Convert, ChannelsAreChosenByName) {
-  EXPECT_EQ(runEmeg({"convert", path("r.ctc"), path("a.vhdr"), "--channels", "Fp2"}).status, 0);
+  EXPECT_EQ(runEmeg({"convert", "--channels", "Fp2", path("r.ctc"), path("a.vhdr")}).status, 0);
+  const ProgramRun two = runEmeg({"convert", path("r.ctc"), path("two.vhdr"), "--channels", "F3,Fp1"});
+  EXPECT_EQ(two.status, 0) << two.err;
+  EXPECT_THAT(two.out, HasSubstr("2 channels"));
   EXPECT_EQ(bytesOf(path("a.eeg")).size(), 28000 * sizeof(float));
   const ProgramRun unknown = runEmeg({"convert", path("r.ctc"), path("b.vhdr"), "--channels", "Nose"});
   EXPECT_EQ(unknown.status, 2);
