@@ -1,6 +1,6 @@
 #include "tests/windows/WindowsRecording.h"
 
-#include "app/simulation/RecordingWriter.h"
+#include "app/simulation/SimulatedRecording.h"
 
 #include <stdexcept>
 
