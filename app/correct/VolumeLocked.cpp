@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numbers>
 
 namespace emeg {
@@ -35,11 +36,13 @@ double powerOf(const std::vector<double>& waveform, int64_t harmonic) {
   return 2 * (re * re + im * im) / (length * length);
 }
 
-bool isSliceHarmonic(int64_t harmonic, const MRSequence& sequence) {
+/// Which multiple of the slice frequency a multiple of the volume frequency belongs to; 0: to none.
+int64_t sliceHarmonicAt(int64_t harmonic, const MRSequence& sequence) {
   // In data with pauses between volumes the slices' lines are spread over neighbours.
   const double slicesPerVolume = sequence.volumeDuration / sequence.sliceDuration;
   const double multiple = std::floor(static_cast<double>(harmonic) / slicesPerVolume + 0.5);
-  return multiple >= 1 && std::abs(static_cast<double>(harmonic) - multiple * slicesPerVolume) <= 1;
+  const bool isNear = std::abs(static_cast<double>(harmonic) - multiple * slicesPerVolume) <= 1;
+  return isNear ? static_cast<int64_t>(multiple) : 0;
 }
 
 /// Phases by which `later` lags behind `earlier`, both periodic.
@@ -120,10 +123,11 @@ void VolumeAverage::add(int64_t count, std::span<const double> values) {
     size_t partBin = 0;
     if (isPaired) {
       const int64_t part = volume * nrOfParts / (2 * nrOfPairs_);
-      const double partPhase = inVolumes - static_cast<double>(volume);
-      partBin = static_cast<size_t>(
-          part * nrOfPartPhases_ +
-          std::min(static_cast<int64_t>(partPhase * nrOfPartPhases_), int64_t{nrOfPartPhases_ - 1}));
+      const double place = (inVolumes - static_cast<double>(volume)) * nrOfPartPhases_;
+      const auto partPhase = std::min(static_cast<int64_t>(place), int64_t{nrOfPartPhases_ - 1});
+      partBin = static_cast<size_t>(part * nrOfPartPhases_ + partPhase);
+      partOffsets_[static_cast<size_t>(part)] += place - static_cast<double>(partPhase);
+      ++partLengths_[static_cast<size_t>(part)];
       ++partCounts_[partBin];
     }
     for (size_t c = 0; c < channels_.size(); ++c) {
@@ -165,14 +169,28 @@ VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range)
   double slices = 0;
   double others = 0;
   double background = 0;
+  struct Group {
+    double lines = 0, background = 0;
+  };
+  std::map<int64_t, Group> groups; // per multiple of the slice frequency
   for (int64_t harmonic = first; harmonic <= last; ++harmonic) {
-    (isSliceHarmonic(harmonic, sequence_) ? slices : others) += powerOf(average, 2 * harmonic);
-    background += 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+    const double line = powerOf(average, 2 * harmonic);
+    const double beside = 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+    background += beside;
+    const int64_t multiple = sliceHarmonicAt(harmonic, sequence_);
+    (multiple > 0 ? slices : others) += line;
+    if (multiple == 0) continue;
+    groups[multiple].lines += line;
+    groups[multiple].background += beside;
   }
   part.sliceHarmonics = std::sqrt(slices);
   part.volumeHarmonics = std::sqrt(others);
   part.background = std::sqrt(background);
   part.lineToBackground = background > 0 ? (slices + others) / background : 0;
+  std::vector<float> ratios;
+  for (const auto& [multiple, group] : groups)
+    ratios.push_back(group.background > 0 ? static_cast<float>(group.lines / group.background) : 0);
+  part.medianSliceToBackground = medianOf(std::move(ratios));
   return part;
 }
 
@@ -206,8 +224,12 @@ double VolumeAverage::drift(int channel) const {
   constexpr double longestDrift = 0.02; // seconds
   const auto longestLag = static_cast<int64_t>(longestDrift * samplingFrequency_) + 1;
   const double phase = sequence_.volumeDuration / nrOfPartPhases_;
-  const double middle = lagOf(parts[0], parts[1], longestLag) * phase;
-  const double end = lagOf(parts[0], parts[2], longestLag) * phase;
+  // Samples of different parts may lie at different places within a phase.
+  const auto offsetOf = [this](size_t part) {
+    return partOffsets_[part] / static_cast<double>(std::max<int64_t>(partLengths_[part], 1));
+  };
+  const double middle = (lagOf(parts[0], parts[1], longestLag) + offsetOf(1) - offsetOf(0)) * phase;
+  const double end = (lagOf(parts[0], parts[2], longestLag) + offsetOf(2) - offsetOf(0)) * phase;
   return std::abs(middle) > std::abs(end) ? middle : end;
 }
 
