@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Installs what it needs, builds, and runs every test: with the sanitizers (short recordings), then the release build
-# (the long reference recordings too). Ends with ctest's summary.
+# (the long reference recordings too) and the Windows build, under wine. Ends with ctest's summary.
 set -eu
 cd "$(dirname "$0")"
 
 scripts/install-packages.sh g++ cmake ninja-build libgtest-dev libgmock-dev nlohmann-json3-dev libcli11-dev \
-  libbenchmark-dev libedf-dev libfmt-dev libssl-dev libmatio-dev zlib1g-dev pkg-config \
-  python3-mne biosig-tools
+  libbenchmark-dev libfftw3-dev g++-mingw-w64-x86-64-posix clang lld llvm binutils googletest wine64 \
+  libedf-dev libfmt-dev libssl-dev libmatio-dev zlib1g-dev pkg-config python3-mne biosig-tools
 
 jobs=$(nproc)
 cmake --preset asan >/dev/null
@@ -15,4 +15,6 @@ ctest --preset asan -j "$jobs" --no-tests=error --label-exclude long
 
 cmake --preset release >/dev/null
 cmake --build --preset release -- -k 0 --quiet
+cmake --preset windows >/dev/null
+cmake --build --preset windows -- -k 0 --quiet
 ctest --preset release -j "$jobs" --no-tests=error

@@ -25,7 +25,8 @@ struct Kernels<Direction::Inverse> {
                         whole512 = fftInverse512;
 };
 
-/// Inverse: with real and imaginary parts exchanged on the way in and out a forward transform is an inverse one.
+/// Inverse: with real and imaginary parts exchanged on the way in and out a forward transform is an inverse
+/// one.
 template <Direction direction>
 void transformLong(double* x, int32_t log2m) {
   constexpr bool swapped = direction == Direction::Inverse;

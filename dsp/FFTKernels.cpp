@@ -78,7 +78,6 @@ void transformMiddle(double* x) {
 
 } // namespace
 
-
 void fft4(double*) {}
 
 void fftForward8(double* points) {

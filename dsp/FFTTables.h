@@ -85,11 +85,12 @@ const std::vector<uint32_t>& bitReversalTable(int32_t log2m);
 const FFTPlan& fftPlan(int32_t log2m);
 const RealFFTPlan& realFFTPlan(int32_t log2n);
 
-/// What a complex transform of 2^log2m points (log2m = 10 ... 31) needs, made at its first use. Valid until the next
-/// call for a longer one.
+/// What a complex transform of 2^log2m points (log2m = 10 ... 31) needs, made at its first use. Valid until
+/// the next call for a longer one.
 LongFFT longFFT(int32_t log2m);
 
-/// Cosine and sine of 2 pi k / 2^log2N, 0 <= k < 2^log2N, from the cosine table, which must cover that length.
+/// Cosine and sine of 2 pi k / 2^log2N, 0 <= k < 2^log2N, from the cosine table, which must cover that
+/// length.
 Turn turnFromTable(int64_t k, int32_t log2N);
 
 /// Brings interleaved points, as many as the table has entries, into bit-reversed order and back.

@@ -20,10 +20,12 @@ BinGains::BinGains(const float* packed, int32_t log2n, SimdLevel level) : level_
   log2n_ = log2n;
   dc_ = packed[0];
   nyquist_ = packed[1];
-  if (log2n < RealFFTPlan::leastLog2n)
+  if (log2n < RealFFTPlan::leastLog2n) {
     packed_.assign(packed, packed + (std::size_t{1} << log2n));
-  else
+    for (std::size_t k = 2; k < packed_.size(); k += 2) packed_[k + 1] = packed_[k];
+  } else {
     layOut(packed);
+  }
 }
 
 void BinGains::layOut(const float* packed) {
@@ -54,7 +56,8 @@ void filterFFT(double* signal, const BinGains& gains) {
   if (log2n < leastFilterLog2n) return;
   if (log2n < RealFFTPlan::leastLog2n) {
     realFFTForward(signal, log2n);
-    for (std::size_t k = 0; k < gains.packed().size(); ++k) signal[k] *= static_cast<double>(gains.packed()[k]);
+    for (std::size_t k = 0; k < gains.packed().size(); ++k)
+      signal[k] *= static_cast<double>(gains.packed()[k]);
     realFFTInverse(signal, log2n);
     return;
   }

@@ -59,7 +59,8 @@ public:
       middle_[i] = {mirrors[2 * i][0], mirrors[2 * i + 1][0]};
     }
   }
-  void filter(const RealFFTPlan& plan, const FFTPlan& matrix, const uint32_t* reversals, const BinGains& gains) {
+  void filter(const RealFFTPlan& plan, const FFTPlan& matrix, const uint32_t* reversals,
+              const BinGains& gains) {
     filterFirstRow(first_, columns_, plan, reversals, gains);
     const int64_t middleRow = matrix.rows() / 2;
     filterOwnMirrors(middle_, 0, columns_ - 1, plan, reversals,
@@ -81,8 +82,8 @@ private:
   Point<double>* middle_;
 };
 
-/// Multiplies the spectrum of `lanes` rows and of the rows with their mirrors, both in bit-reversed order, by the
-/// gains. Real and imaginary parts have changed places afterwards.
+/// Multiplies the spectrum of `lanes` rows and of the rows with their mirrors, both in bit-reversed order, by
+/// the gains. Real and imaginary parts have changed places afterwards.
 inline void filterPairsOfRows(Vector* rows, Vector* mirrors, int64_t columns, int64_t firstRow,
                               const RealFFTPlan& plan, const float* gains) {
   const Vector rowCosine = load(plan.rowCosines() + firstRow);
@@ -152,41 +153,56 @@ void filterRows(const LongFFT& fft, const RealFFTPlan& realPlan, const BinGains&
   }
 }
 
-/// Columns whose rows are bins, in squares, with real and imaginary parts exchanged, back into samples.
-void restoreColumns(const LongFFT& fft, double* points) {
+/// Reads a group of columns whose rows are bins, in squares and with real and imaginary parts exchanged, into
+/// bit-reversed order and turns it.
+template <int64_t groupSize>
+void gatherBins(const LongFFT& fft, int64_t firstColumn, const double* points, Vector* work) {
+  const FFTPlan& plan = fft.plan;
+  const int64_t rows = plan.rows();
+  const int64_t rowSize = 2 * plan.columns();
+  constexpr int64_t parts = groupSize / lanes;
+  for (int64_t place = 0; place < rows; place += lanes)
+    for (int64_t part = 0; part < parts; ++part) {
+      const int64_t column = firstColumn + part * lanes;
+      const RowTurns turns(plan, column);
+      const double* const square = points + place * rowSize + 2 * column;
+      Vector re[lanes];
+      Vector im[lanes];
+      forEachLane([&](int i) {
+        re[i] = load(square + i * rowSize);
+        im[i] = load(square + i * rowSize + lanes);
+      });
+      transpose(re);
+      transpose(im);
+      forEachLane([&](int i) {
+        const int64_t row = rowAt<RowOrder::InPairs>(place + i, rows);
+        const Point<Vector> point = turns.apply({re[i], im[i]}, row);
+        Vector* const to = work + part * 2 * rows + fft.reversedRows[row];
+        to[0] = point.re;
+        to[1] = point.im;
+      });
+    }
+}
+
+template <int64_t groupSize>
+void restoreGroups(const LongFFT& fft, double* points) {
   const FFTPlan& plan = fft.plan;
   Vector* const work = static_cast<Vector*>(fft.work);
   const int64_t rows = plan.rows();
-  const int64_t rowSize = 2 * plan.columns();
-  for (int64_t group = 0; group < plan.columns() / columnsAtOnce; ++group) {
-    const ColumnTurns* coarse = plan.coarseTurns(group);
-    const ColumnTurns* fine = plan.fineTurnsOf(group);
-    double* const first = points + group * 2 * columnsAtOnce;
-    for (int64_t place = 0; place < rows; place += lanes)
-      for (int64_t part = 0; part < partsOfGroup; ++part) {
-        const double* const square = first + place * rowSize + part * 2 * lanes;
-        Vector re[lanes];
-        Vector im[lanes];
-        for (int64_t i = 0; i < lanes; ++i) {
-          re[i] = load(square + i * rowSize);
-          im[i] = load(square + i * rowSize + lanes);
-        }
-        transpose(re);
-        transpose(im);
-        for (int64_t i = 0; i < lanes; ++i) {
-          const int64_t row = rowAt<RowOrder::InPairs>(place + i, rows);
-          const Point<Vector> point = turnByRow<Direction::Forward>({re[i], im[i]}, row, coarse, fine, part * lanes);
-          Vector* const to = work + part * 2 * rows + fft.reversedRows[row];
-          to[0] = point.re;
-          to[1] = point.im;
-        }
-      }
-    for (int64_t part = 0; part < partsOfGroup; ++part)
+  constexpr int64_t parts = groupSize / lanes;
+  for (int64_t column = 0; column < plan.columns(); column += groupSize) {
+    gatherBins<groupSize>(fft, column, points, work);
+    for (int64_t part = 0; part < parts; ++part)
       transformLanes<BlockKind::A>(plan, work + part * 2 * rows, plan.log2Rows());
+    double* const first = points + 2 * column;
     for (int64_t row = 0; row < rows; ++row)
-      for (int64_t part = 0; part < partsOfGroup; ++part) {
+      for (int64_t part = 0; part < parts; ++part) {
         const Vector* const from = work + 2 * (part * rows + row);
-        storePairs(from[1], from[0], first + row * rowSize + part * 2 * lanes);
+        storePairs(from[1], from[0], first + row * 2 * plan.columns() + part * 2 * lanes);
       }
   }
+}
+
+void restoreColumns(const LongFFT& fft, double* points) {
+  withGroups(fft.plan, [&](auto size) { restoreGroups<size>(fft, points); });
 }

@@ -1,7 +1,5 @@
 #include "dsp/FrequencyFilter.h"
 
-#include "dsp/RealFFT.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -10,9 +8,6 @@ namespace emeg {
 namespace {
 
 constexpr int32_t maxLog2N = 31;
-
-/// The shorter lengths have no real transform.
-constexpr int32_t minLog2N = 4;
 
 /// Gain of a stage as a low-pass with Butterworth-squared edge: 1 / ((x / (n cutOff))^(2 order) + 1).
 class LowPassShape {
@@ -81,11 +76,10 @@ void padPeriodically(double* signal, int64_t nrOfValid, int64_t length) {
 FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N) {
   FilterResponse response;
   if (log2N < 1 || log2N > maxLog2N) return response;
-  response.log2N = log2N;
-  response.nrOfStages = stages.count();
+  response.nrOfStages_ = stages.count();
   const int64_t nrOfBins = int64_t{1} << (log2N - 1);
-  response.gains.assign(static_cast<std::size_t>(2 * nrOfBins + 1), 0.0F);
-  std::fill(response.gains.begin(), response.gains.end() - 1,
+  response.gains_.assign(static_cast<std::size_t>(2 * nrOfBins + 1), 0.0F);
+  std::fill(response.gains_.begin(), response.gains_.end() - 1,
             static_cast<float>(1.0 / static_cast<double>(nrOfBins)));
 
   const int count = stages.count();
@@ -101,22 +95,20 @@ FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N) 
       factor.kept = &stages[i];
       if (i < count - 1) factor.removed = &stages[i + 1];
     }
-    multiplyGains(response.gains, nrOfBins, factor);
+    multiplyGains(response.gains_, nrOfBins, factor);
   }
+  if (count > 0) response.binGains_ = BinGains(response.gains_.data(), log2N);
   return response;
 }
 
 void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response) {
-  if (response.nrOfStages == 0 || response.log2N < minLog2N || response.log2N > maxLog2N) return;
-  const int64_t length = int64_t{1} << response.log2N;
+  // Lengths that have no transform have no gains either.
+  if (response.nrOfStages() == 0 || response.binGains().log2n() == 0) return;
+  const int64_t length = int64_t{1} << response.binGains().log2n();
   if (nrOfValidSamples <= 0 || nrOfValidSamples > length) return;
-  if (static_cast<int64_t>(response.gains.size()) < length) return;
 
   padPeriodically(signal, nrOfValidSamples, length);
-  realFFTForward(signal, response.log2N);
-  for (int64_t k = 0; k < length; ++k)
-    signal[k] *= static_cast<double>(response.gains[static_cast<std::size_t>(k)]);
-  realFFTInverse(signal, response.log2N);
+  filterFFT(signal, response.binGains());
 }
 
 } // namespace emeg

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dsp/FilterFFT.h"
 #include "dsp/FilterStages.h"
 
 #include <cstdint>
@@ -7,12 +8,26 @@
 
 namespace emeg {
 
-/// The gains of a stage list for real transforms of 2^log2N points, in the layout of the packed real spectrum
-/// (2^log2N floats and one spare). They carry the factor 2 / 2^log2N that the inverse transform leaves out.
-struct FilterResponse {
-  int32_t log2N = 0;
-  int nrOfStages = 0; ///< 0: the response stands for "no filter" and filterSignalFFT leaves signals untouched
-  std::vector<float> gains;
+/// The gains of a stage list for real transforms of 2^log2N points. They carry the factor 2 / 2^log2N that
+/// the inverse transform leaves out.
+class FilterResponse {
+public:
+  FilterResponse() = default;
+
+  /// 0: the response stands for "no filter" and filterSignalFFT leaves signals untouched.
+  int nrOfStages() const { return nrOfStages_; }
+  /// In the layout of the packed real spectrum: 2^log2N floats and one spare.
+  const std::vector<float>& gains() const { return gains_; }
+  /// The same as filterSignalFFT goes through them. Empty when there is no filter or no transform of that
+  /// length.
+  const BinGains& binGains() const { return binGains_; }
+
+private:
+  friend FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N);
+
+  int nrOfStages_ = 0;
+  std::vector<float> gains_;
+  BinGains binGains_;
 };
 
 /// Builds the response of a stage list (product of Butterworth-squared edges; a low-pass edge followed by a
@@ -20,10 +35,10 @@ struct FilterResponse {
 /// outside 1 ... 31 gives an empty response.
 FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N);
 
-/// Filters the first `nrOfValidSamples` of `signal` (an array of 2^response.log2N values) with zero phase.
-/// The values behind them are overwritten with a padding that leads from the signal's end back to its start,
-/// and hold filtered padding afterwards. Where the padding is longer than the signal its reads are clamped to
-/// the signal.
+/// Filters the first `nrOfValidSamples` of `signal` (an array of 2^response.binGains().log2n() values) with
+/// zero phase. The values behind them are overwritten with a padding that leads from the signal's end back to
+/// its start, and hold filtered padding afterwards. Where the padding is longer than the signal its reads are
+/// clamped to the signal.
 void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response);
 
 } // namespace emeg

@@ -1,5 +1,5 @@
-// The loops of LongFFTPasses, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake). Nothing but
-// other pieces may be included here: the file stands inside an unnamed namespace.
+// The loops of LongFFTPasses, written once for registers of vectorBytes bytes (see cmake/SimdLevels.cmake).
+// Nothing but other pieces may be included here: the file stands inside an unnamed namespace.
 
 #include "dsp/SimdTranspose.h"
 
@@ -8,9 +8,6 @@
 #include "dsp/SpectrumSplit.h"
 
 constexpr int log2Lanes = lanes == 8 ? 3 : lanes == 4 ? 2 : 1;
-
-/// Groups of columns that fill a register.
-constexpr int64_t partsOfGroup = columnsAtOnce / lanes;
 
 /// Transforms a block of 2^log2n points of `lanes` columns or rows.
 template <BlockKind kind>
@@ -27,13 +24,25 @@ void transformLanes(const FFTPlan& plan, Vector* block, int32_t log2n) {
     combine<Direction::Forward, kind>(block + 2 * k, n / 2, Twiddle{turns[2 * k], turns[2 * k + 1]});
 }
 
-/// Reads a group of columns into bit-reversed order.
-template <bool swapped>
-void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uint32_t* reversals, Vector* work) {
-  for (int64_t i = 0; i < rows; ++i) {
-    const double* from = group + i * rowSize;
-    for (int64_t part = 0; part < partsOfGroup; ++part) {
-      Vector* to = work + part * 2 * rows + reversals[i];
+/// Calls work(group size) with the plan's columnsAtOnce as a constant.
+template <class Work>
+void withGroups(const FFTPlan& plan, const Work& work) {
+  if (plan.columnsAtOnce() == FFTPlan::narrowGroup)
+    work(std::integral_constant<int64_t, FFTPlan::narrowGroup>{});
+  else
+    work(std::integral_constant<int64_t, FFTPlan::wideGroup>{});
+}
+
+/// Reads a group of columns into bit-reversed order, a register full after the other.
+template <int64_t groupSize, bool swapped>
+void gatherColumns(const LongFFT& fft, const double* group, Vector* work) {
+  const int64_t rows = fft.plan.rows();
+  const int64_t rowSize = 2 * fft.plan.columns();
+  constexpr int64_t parts = groupSize / lanes;
+  for (int64_t row = 0; row < rows; ++row) {
+    const double* from = group + row * rowSize;
+    for (int64_t part = 0; part < parts; ++part) {
+      Vector* to = work + part * 2 * rows + fft.reversedRows[row];
       if constexpr (swapped)
         loadPairs(from + part * 2 * lanes, to[1], to[0]);
       else
@@ -42,26 +51,35 @@ void gatherColumns(const double* group, int64_t rows, int64_t rowSize, const uin
   }
 }
 
-/// A row of the columns from `lane` of their group on, turned by row times column.
-template <Direction direction>
-inline Point<Vector> turnByRow(const Point<Vector>& point, int64_t row, const ColumnTurns* coarse,
-                               const ColumnTurns* fine, int64_t lane) {
-  const ColumnTurns& a = coarse[row / FFTPlan::fineTurns];
-  const ColumnTurns& b = fine[row % FFTPlan::fineTurns];
-  const Vector aCosine = load(a.cosines.data() + lane);
-  const Vector aSine = load(a.sines.data() + lane);
-  const Vector bCosine = load(b.cosines.data() + lane);
-  const Vector bSine = load(b.sines.data() + lane);
-  const Vector cosine = aCosine * bCosine - aSine * bSine;
-  const Vector sine = aSine * bCosine + aCosine * bSine;
-  return turn<direction>(point, cosine, sine);
-}
+/// Turns a row of the columns from `column` on by row times column.
+class RowTurns {
+public:
+  RowTurns(const FFTPlan& plan, int64_t column)
+      : coarse_(plan.coarseTurns(column)), fine_(plan.fineTurnsOf(column)),
+        lane_(column % ColumnTurns::columns) {}
+
+  Point<Vector> apply(const Point<Vector>& point, int64_t row) const {
+    const ColumnTurns& a = coarse_[row / FFTPlan::fineTurns];
+    const ColumnTurns& b = fine_[row % FFTPlan::fineTurns];
+    const Vector aCosine = load(a.cosines.data() + lane_);
+    const Vector aSine = load(a.sines.data() + lane_);
+    const Vector bCosine = load(b.cosines.data() + lane_);
+    const Vector bSine = load(b.sines.data() + lane_);
+    return turn<Direction::Forward>(point, aCosine * bCosine - aSine * bSine,
+                                    aSine * bCosine + aCosine * bSine);
+  }
+
+private:
+  const ColumnTurns* coarse_;
+  const ColumnTurns* fine_;
+  int64_t lane_;
+};
 
 /// Where the rows of transformed columns are written.
 enum class RowOrder {
   Natural,
-  /// A register full of rows from the upper half, then the rows that hold their mirrors: row k and row rows - k. Rows
-  /// 0 and rows/2, which hold their own mirrors, share the first place.
+  /// A register full of rows from the upper half, then the rows that hold their mirrors: row k and row rows -
+  /// k. Rows 0 and rows/2, which hold their own mirrors, share the first place.
   InPairs
 };
 
@@ -75,54 +93,56 @@ inline int64_t rowAt(int64_t place, int64_t rows) {
 
 /// Turns a group of columns and writes it back in squares of lanes x lanes points: what was a row's part of a
 /// square holds one column, real parts first.
-template <RowOrder order>
-void scatterColumns(const FFTPlan& plan, int64_t group, const Vector* work, double* points) {
-  const ColumnTurns* coarse = plan.coarseTurns(group);
-  const ColumnTurns* fine = plan.fineTurnsOf(group);
+template <int64_t groupSize, RowOrder order>
+void scatterColumns(const FFTPlan& plan, int64_t firstColumn, const Vector* work, double* points) {
   const int64_t rowSize = 2 * plan.columns();
+  constexpr int64_t parts = groupSize / lanes;
   for (int64_t place = 0; place < plan.rows(); place += lanes)
-    for (int64_t part = 0; part < partsOfGroup; ++part) {
+    for (int64_t part = 0; part < parts; ++part) {
+      const int64_t column = firstColumn + part * lanes;
+      const RowTurns turns(plan, column);
       Vector re[lanes];
       Vector im[lanes];
-      for (int64_t i = 0; i < lanes; ++i) {
+      forEachLane([&](int i) {
         const int64_t row = rowAt<order>(place + i, plan.rows());
         const Vector* const from = work + 2 * (part * plan.rows() + row);
-        const Point<Vector> point = turnByRow<Direction::Forward>({from[0], from[1]}, row, coarse, fine, part * lanes);
+        const Point<Vector> point = turns.apply({from[0], from[1]}, row);
         re[i] = point.re;
         im[i] = point.im;
-      }
+      });
       transpose(re);
       transpose(im);
-      double* const square = points + place * rowSize + 2 * (group * columnsAtOnce + part * lanes);
-      for (int64_t i = 0; i < lanes; ++i) {
+      double* const square = points + place * rowSize + 2 * column;
+      forEachLane([&](int i) {
         store(re[i], square + i * rowSize);
         store(im[i], square + i * rowSize + lanes);
-      }
+      });
     }
 }
 
-template <RowOrder order, bool swapped>
-void transformColumnsInOrder(const LongFFT& fft, double* points) {
+template <int64_t groupSize, RowOrder order, bool swapped>
+void transformGroups(const LongFFT& fft, double* points) {
   const FFTPlan& plan = fft.plan;
   Vector* const work = static_cast<Vector*>(fft.work);
-  for (int64_t group = 0; group < plan.columns() / columnsAtOnce; ++group) {
-    gatherColumns<swapped>(points + group * 2 * columnsAtOnce, plan.rows(), 2 * plan.columns(), fft.reversedRows,
-                           work);
-    for (int64_t part = 0; part < partsOfGroup; ++part)
+  for (int64_t column = 0; column < plan.columns(); column += groupSize) {
+    gatherColumns<groupSize, swapped>(fft, points + 2 * column, work);
+    for (int64_t part = 0; part < groupSize / lanes; ++part)
       transformLanes<BlockKind::A>(plan, work + part * 2 * plan.rows(), plan.log2Rows());
-    scatterColumns<order>(plan, group, work, points);
+    scatterColumns<groupSize, order>(plan, column, work, points);
   }
 }
 
 void transformColumns(const LongFFT& fft, double* points, bool swapped) {
-  if (swapped)
-    transformColumnsInOrder<RowOrder::Natural, true>(fft, points);
-  else
-    transformColumnsInOrder<RowOrder::Natural, false>(fft, points);
+  withGroups(fft.plan, [&](auto size) {
+    if (swapped)
+      transformGroups<size, RowOrder::Natural, true>(fft, points);
+    else
+      transformGroups<size, RowOrder::Natural, false>(fft, points);
+  });
 }
 
 void transformColumnsInPairs(const LongFFT& fft, double* points) {
-  transformColumnsInOrder<RowOrder::InPairs, false>(fft, points);
+  withGroups(fft.plan, [&](auto size) { transformGroups<size, RowOrder::InPairs, false>(fft, points); });
 }
 
 /// Bits of the number of a group of rows.
@@ -171,8 +191,8 @@ inline void exchangeChunks(double* a, double* b) {
   store(a1, b + lanes);
 }
 
-/// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every value of
-/// the bits between.
+/// Exchanges the upper and the lower bits of a chunk's number: transposes one square of chunks for every
+/// value of the bits between.
 void toNaturalOrder(const LongFFT& fft, double* points) {
   const FFTPlan& plan = fft.plan;
   constexpr int64_t tile = 8;
@@ -193,6 +213,12 @@ void toNaturalOrder(const LongFFT& fft, double* points) {
 
 #include "dsp/FilterRowsLoops.h"
 
-constexpr LongFFTPasses kernels = {
-    lanes,         transformColumns,       transformRows, toNaturalOrder, splitSpectrum<Direction::Forward>,
-    splitSpectrum<Direction::Inverse>, transformColumnsInPairs, filterRows,    restoreColumns};
+constexpr LongFFTPasses kernels = {lanes,
+                                   transformColumns,
+                                   transformRows,
+                                   toNaturalOrder,
+                                   splitSpectrum<Direction::Forward>,
+                                   splitSpectrum<Direction::Inverse>,
+                                   transformColumnsInPairs,
+                                   filterRows,
+                                   restoreColumns};

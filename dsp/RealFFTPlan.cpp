@@ -23,4 +23,9 @@ RealFFTPlan::RealFFTPlan(int32_t log2n) : log2n_(log2n) {
     columnTurns_.push_back(turnFromTable(reversal / 2 * plan.rows(), log2n));
 }
 
+std::size_t RealFFTPlan::tableBytes() const {
+  return (coarse_.size() + columnTurns_.size()) * sizeof(Turn) +
+         (fineCosines_.size() + fineSines_.size() + rowCosines_.size() + rowSines_.size()) * sizeof(double);
+}
+
 } // namespace emeg

@@ -3,14 +3,15 @@
 #include "dsp/FFTTwiddles.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace emeg {
 
-/// What a real transform of 2^log2n values, 2048 and more, needs beyond the complex one of half its length m: turns
-/// by pi k / m for bin k. (The cosine table has them too, but as long as it serves a longer transform they lie far
-/// apart in it.)
+/// What a real transform of 2^log2n values, 2048 and more, needs beyond the complex one of half its length m:
+/// turns by pi k / m for bin k. (The cosine table has them too, but as long as it serves a longer transform
+/// they lie far apart in it.)
 class RealFFTPlan {
 public:
   static constexpr int32_t leastLog2n = 11;
@@ -25,12 +26,14 @@ public:
   const double* fineCosines(int64_t bin) const { return fineCosines_.data() + bin % fineBins; }
   const double* fineSines(int64_t bin) const { return fineSines_.data() + bin % fineBins; }
 
-  /// The same as a product of row k1 and column k2 of the transform's matrix (bin k = k1 + k2 x rows): of the rows
-  /// up to the middle one ...
+  /// The same as a product of row k1 and column k2 of the transform's matrix (bin k = k1 + k2 x rows): of the
+  /// rows up to the middle one ...
   const double* rowCosines() const { return rowCosines_.data(); }
   const double* rowSines() const { return rowSines_.data(); }
   /// ... and of the columns, in bit-reversed order.
   const Turn* columnTurns() const { return columnTurns_.data(); }
+
+  std::size_t tableBytes() const;
 
 private:
   int32_t log2n_;

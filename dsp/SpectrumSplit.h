@@ -1,9 +1,9 @@
-// Between the spectrum of the complex points x[2j] + i x[2j + 1] and that of the real signal x, for bin k and its
-// mirror m - k of m complex points. T is a double, or a register whose lanes hold neighbouring bins. Stands inside an
-// unnamed namespace behind dsp/SplitRadix.h, so nothing is included here.
+// Between the spectrum of the complex points x[2j] + i x[2j + 1] and that of the real signal x, for bin k and
+// its mirror m - k of m complex points. T is a double, or a register whose lanes hold neighbouring bins.
+// Stands inside an unnamed namespace behind dsp/SplitRadix.h, so nothing is included here.
 
-/// Takes the spectrum of the complex points apart into that of the real signal (forward), or puts it together again
-/// (inverse). `cosine` and `sine` are those of pi k / m.
+/// Takes the spectrum of the complex points apart into that of the real signal (forward), or puts it together
+/// again (inverse). `cosine` and `sine` are those of pi k / m.
 template <Direction direction, class T, class Number>
 inline void splitPair(Point<T>& bin, Point<T>& mirror, const Number& cosine, const Number& sine) {
   constexpr double sign = direction == Direction::Forward ? 1.0 : -1.0;
@@ -14,9 +14,9 @@ inline void splitPair(Point<T>& bin, Point<T>& mirror, const Number& cosine, con
   mirror = {even.re - turned.re, turned.im - even.im};
 }
 
-/// The same forward, every bin times its gain, and the same inverse, in one: with e and t the even and the turned
-/// odd part, the products' even part is s e + d t and their odd part d e + s t, where s and d are half the sum and
-/// half the difference of the two gains.
+/// The same forward, every bin times its gain, and the same inverse, in one: with e and t the even and the
+/// turned odd part, the products' even part is s e + d t and their odd part d e + s t, where s and d are half
+/// the sum and half the difference of the two gains.
 template <class T>
 inline void filterPair(Point<T>& bin, Point<T>& mirror, const T& cosine, const T& sine, const T& gain,
                        const T& mirrorGain) {

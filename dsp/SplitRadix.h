@@ -1,16 +1,17 @@
-// Conjugate-pair split-radix butterflies and blocks, one code for both directions and for every kind of number: T
-// is a double, or a register whose lanes hold the same point of several transforms. (Kamar, Elcherif: Conjugate
-// pair fast Fourier transform, Electronics Letters 25, 1989; Sorensen, Heideman, Burrus: On computing the
-// split-radix FFT, IEEE ASSP 34, 1986.) Stands inside an unnamed namespace, so that code for different processors
-// stays apart: nothing is included here, and dsp/FFTTwiddles.h must have been.
+// Conjugate-pair split-radix butterflies and blocks, one code for both directions and for every kind of
+// number: T is a double, or a register whose lanes hold the same point of several transforms. (Kamar,
+// Elcherif: Conjugate pair fast Fourier transform, Electronics Letters 25, 1989; Sorensen, Heideman, Burrus:
+// On computing the split-radix FFT, IEEE ASSP 34, 1986.) Stands inside an unnamed namespace, so that code for
+// different processors stays apart: nothing is included here, and dsp/FFTTwiddles.h must have been.
 //
-// A transform of n points of x is made from those of x[2t] (half), x[4t + 1] and x[4t - 1] (the two quarters). The
-// quarters' twiddles are conjugates of each other, so that one cosine and one sine serve both. Read backwards, the
-// same graph takes natural order apart: the spectrum's bins 2t, 4t + 1 and 4t - 1 come from shorter transforms.
+// A transform of n points of x is made from those of x[2t] (half), x[4t + 1] and x[4t - 1] (the two
+// quarters). The quarters' twiddles are conjugates of each other, so that one cosine and one sine serve both.
+// Read backwards, the same graph takes natural order apart: the spectrum's bins 2t, 4t + 1 and 4t - 1 come
+// from shorter transforms.
 //
-// One side lies in bit-reversed order. Sub-transforms of the samples r, r + M, r + 2M ... with r >= 0 form blocks
-// of kind A: half, then quarter 4t + 1, then quarter 4t - 1. Those with r < 0 start one sample into their block and
-// form blocks of kind B: quarter 4t + 1, quarter 4t - 1, then half.
+// One side lies in bit-reversed order. Sub-transforms of the samples r, r + M, r + 2M ... with r >= 0 form
+// blocks of kind A: half, then quarter 4t + 1, then quarter 4t - 1. Those with r < 0 start one sample into
+// their block and form blocks of kind B: quarter 4t + 1, quarter 4t - 1, then half.
 //
 // Points are pairs of T: real part, imaginary part.
 
@@ -63,8 +64,8 @@ struct Twiddle {
   }
 };
 
-/// One L-shaped butterfly at `x`, the first of four points that lie `quarter` values apart: makes four bins of the
-/// block from its parts.
+/// One L-shaped butterfly at `x`, the first of four points that lie `quarter` values apart: makes four bins
+/// of the block from its parts.
 template <Direction direction, BlockKind kind, class T, class Turn>
 inline void combine(T* x, std::ptrdiff_t quarter, const Turn& twiddle) {
   const T* half = kind == BlockKind::A ? x : x + 2 * quarter;

@@ -1,8 +1,10 @@
+// The shell that the host sees: the classes and the exported functions, nothing else. Without standard
+// headers, so that any compiler can build it alone: on Windows one that follows Microsoft's C++ ABI, which
+// the hosts there have.
+
 #include "plugin/EMEGArtifactPlugin.h"
 
 #include "plugin/RunPlugin.h"
-
-#include <new>
 
 LMTRPluginInterface::LMTRPluginInterface() {}
 LMTRPluginInterface::LMTRPluginInterface(const LMTRPluginInterface&) {}
@@ -12,6 +14,10 @@ LMTRPluginInterface& LMTRPluginInterface::operator=(const LMTRPluginInterface&) 
 LMTRPluginInterface::~LMTRPluginInterface() {}
 
 EMEGArtifactPlugin::EMEGArtifactPlugin() {}
+EMEGArtifactPlugin::EMEGArtifactPlugin(const EMEGArtifactPlugin& other) : LMTRPluginInterface(other) {}
+EMEGArtifactPlugin& EMEGArtifactPlugin::operator=(const EMEGArtifactPlugin&) {
+  return *this;
+}
 EMEGArtifactPlugin::~EMEGArtifactPlugin() {}
 
 bool EMEGArtifactPlugin::execute() {
@@ -21,12 +27,23 @@ bool EMEGArtifactPlugin::initPlugin() {
   return true;
 }
 
+namespace {
+
+struct OrNull {};
+
+} // namespace
+
+/// The form of `new` that gives null when there is no memory.
+void* operator new(decltype(sizeof 0) size, OrNull) noexcept {
+  return emegAllocateObject(size);
+}
+
 static const char* pluginDescription = "EMEG Artifact Plugin.";
 
 extern "C" {
 
 LMTRPluginInterface* createPlugin() {
-  return new (std::nothrow) EMEGArtifactPlugin;
+  return new (OrNull{}) EMEGArtifactPlugin;
 }
 
 const char* getPluginName() {

@@ -7,6 +7,8 @@
 class EMEG_EXPORT EMEGArtifactPlugin : public LMTRPluginInterface {
 public:
   EMEGArtifactPlugin();
+  EMEGArtifactPlugin(const EMEGArtifactPlugin& other);
+  EMEGArtifactPlugin& operator=(const EMEGArtifactPlugin& other);
   ~EMEGArtifactPlugin() override;
 
   /// Finds the host, checks its version and runs the converter. Throws nothing.

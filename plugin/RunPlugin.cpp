@@ -6,11 +6,28 @@
 
 #include <exception>
 #include <new>
+#include <optional>
 
 namespace {
 
+/// The converter of the run. Not on the stack: a host may leave a function that it was asked to run in a way
+/// that skips our frames and their destructors (a structured exception of Windows, a long jump). The
+/// abandoned run's streams, chunk files and buffers are then still known here, and go with the next run or
+/// with the library.
+std::optional<emeg::EMEGArtifactPreprocessor> currentRun;
+
+/// Ends the run, whatever way it went.
+class RunGuard {
+public:
+  RunGuard() = default;
+  ~RunGuard() { currentRun.reset(); }
+  RunGuard(const RunGuard&) = delete;
+  RunGuard& operator=(const RunGuard&) = delete;
+};
+
 bool runConverter() {
-  emeg::EMEGArtifactPreprocessor converter("// EMEG artifacts > ", true);
+  const RunGuard guard;
+  emeg::EMEGArtifactPreprocessor& converter = currentRun.emplace("// EMEG artifacts > ", true);
   converter.options.isEEG = true;
   converter.options.selectChannels = false;
   converter.options.selectTimeInterval = false;
@@ -52,4 +69,12 @@ extern "C" int emegRunPlugin() {
     // The host's own functions threw, the message box included: nothing is left to say it with.
     return 0;
   }
+}
+
+extern "C" void* emegAllocateObject(unsigned long long nrOfBytes) {
+  return ::operator new(nrOfBytes, std::nothrow);
+}
+
+extern "C" void emegFreeObject(void* object) {
+  ::operator delete(object);
 }

@@ -25,10 +25,22 @@ private:
   size_t endingAt_ = 0;
 };
 
-/// The part of a path behind its last '/' or '\\'.
+/// What ends a folder's name in a path. A drive may stand before a name without a folder ("D:run1.ctc").
+#if defined(_WIN32)
+constexpr const char* pathSeparators = "/\\:";
+#else
+constexpr const char* pathSeparators = "/\\";
+#endif
+
+/// The part of a path behind its last separator.
 inline std::string namePartOf(const std::string& path) {
-  const size_t separator = path.find_last_of("/\\");
+  const size_t separator = path.find_last_of(pathSeparators);
   return separator == std::string::npos ? path : path.substr(separator + 1);
+}
+
+/// Everything up to and including the last separator.
+inline std::string folderPartOf(const std::string& path) {
+  return path.substr(0, path.size() - namePartOf(path).size());
 }
 
 } // namespace emeg

@@ -2,6 +2,7 @@
 
 #include "files/exchange/BrainVisionText.h"
 #include "files/exchange/FileExtension.h"
+#include "files/exchange/TextFields.h"
 #include "files/exchange/TextFile.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #include "files/exchange/BrainVisionMarkers.h"
 
 #include "files/exchange/BrainVisionText.h"
+#include "files/exchange/TextFields.h"
 #include "files/exchange/TextFile.h"
 
 #include <algorithm>

@@ -86,9 +86,9 @@ BrainVisionReader::BrainVisionReader(const std::string& path) : path_(path) {
 
 std::string BrainVisionReader::findFile(const std::string& name, const std::string& extension) {
   std::error_code ignored;
-  const std::string named = besideFile(path_, fileNameOf(name));
+  std::string named = besideFile(path_, fileNameOf(name));
   if (fs::is_regular_file(named, ignored)) return named;
-  const std::string renamed = withoutExtension(path_) + extension;
+  std::string renamed = withoutExtension(path_) + extension;
   if (!fs::is_regular_file(renamed, ignored)) return "";
   header_.warnings.push_back("\"" + path_ + "\" names \"" + cutUtf8(name, 200) +
                              "\", which is not there; \"" + fileNameOf(renamed) + "\" is read instead.");

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,11 +35,5 @@ std::string brainVisionField(const std::string& text);
 
 /// "[Name]" gives the name; nothing for another line.
 std::optional<std::string> brainVisionSectionIn(std::string_view line);
-
-/// A whole text as a number; nothing when there is anything else in it.
-std::optional<int64_t> wholeNumberIn(std::string_view text);
-std::optional<double> numberIn(std::string_view text);
-
-bool equalsIgnoringCase(std::string_view one, std::string_view other);
 
 } // namespace emeg

@@ -1,7 +1,7 @@
 #include "files/exchange/EdfAnnotations.h"
 
-#include "files/exchange/BrainVisionText.h"
 #include "files/exchange/Recording.h"
+#include "files/exchange/TextFields.h"
 #include "files/exchange/TextFile.h"
 
 #include <cmath>

@@ -1,10 +1,11 @@
 #include "files/exchange/EdfHeader.h"
 
-#include "files/exchange/BrainVisionText.h"
 #include "files/exchange/Recording.h"
+#include "files/exchange/TextFields.h"
 #include "files/exchange/TextFile.h"
 #include "files/formats/BinaryFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -159,7 +160,7 @@ private:
 
   void checkSize(const EdfHeader& result) {
     const int64_t data = file_.size() - static_cast<int64_t>(fixedHeaderSize + signals_.size());
-    const int64_t recordSize = result.bytesPerRecord();
+    const int64_t recordSize = std::max<int64_t>(1, result.bytesPerRecord());
     const std::string present = "it holds " + std::to_string(data / recordSize) + " whole data records";
     if (result.nrOfRecords < 1)
       refuse("the number of data records in its header (bytes 236 to 243) is " +

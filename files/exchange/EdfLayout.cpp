@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <compare>
 #include <cstdio>
 #include <cstdlib>
+#include <tuple>
 
 namespace emeg {
 
@@ -33,7 +33,12 @@ struct Penalty {
   bool rateRounds = false; ///< readers compute the rate with a wrong last bit
   double distanceFromOneSecond = 0;
 
-  auto operator<=>(const Penalty&) const = default;
+  bool operator<(const Penalty& other) const { return parts() < other.parts(); }
+
+private:
+  std::tuple<int64_t, bool, int64_t, bool, double> parts() const {
+    return {rateError, unusualDuration, nrOfPaddedTimePoints, rateRounds, distanceFromOneSecond};
+  }
 };
 
 Penalty penaltyOf(const EdfRecordLayout& layout, double samplingFrequency) {

@@ -229,14 +229,15 @@ void EdfWriter::writeMarkers() {
 
 /// EDFlib does not notice when the disk is full.
 void EdfWriter::checkCompleteness() const {
-  constexpr uintmax_t headerBytesPerSignal = 256;
-  std::error_code ignored;
-  const uintmax_t size = std::filesystem::file_size(temporary_, ignored);
-  const auto nrOfSignals = static_cast<uintmax_t>(header_.nrOfChannels() + layout_.nrOfAnnotationSignals);
-  const auto dataSize = static_cast<uintmax_t>(layout_.nrOfRecords) * record_.size() * (is24Bit_ ? 3 : 2);
-  const uintmax_t least = (1 + nrOfSignals) * headerBytesPerSignal + dataSize;
+  constexpr int64_t headerBytesPerSignal = 256;
+  std::error_code problem;
+  const auto size = static_cast<int64_t>(std::filesystem::file_size(temporary_, problem));
+  const int64_t nrOfSignals = int64_t{header_.nrOfChannels()} + layout_.nrOfAnnotationSignals;
+  const auto samplesPerRecord = static_cast<int64_t>(record_.size());
+  const int64_t least =
+      (1 + nrOfSignals) * headerBytesPerSignal + layout_.nrOfRecords * samplesPerRecord * (is24Bit_ ? 3 : 2);
   errno = ENOSPC;
-  if (ignored || size < least) throw RecordingError(writeFailure(path_));
+  if (problem || size < least) throw RecordingError(writeFailure(path_));
   if (readEdfHeader(temporary_).nrOfRecords != layout_.nrOfRecords)
     throw RecordingError(inFile("EDFlib did not write all data records."));
 }

@@ -102,6 +102,8 @@ void EegLabReader::openSamples() {
         "EEG.data has {} rows and {} columns, EEG.nbchan is {} and EEG.pnts {}: they contradict each "
         "other. Run eeg_checkset in EEGLAB and save it again.",
         nrOfRows(data_), nrOfColumns(data_), nrOfChannels_, header_.nrOfTimePoints));
+  if (!mat_.hasRoomFor(data_))
+    refuse("EEG.data is larger than the file; it is damaged. Copy it again from where it was made.");
 }
 
 void EegLabReader::openDataFile(const std::string& name) {

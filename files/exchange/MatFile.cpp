@@ -4,7 +4,9 @@
 #include "files/exchange/Recording.h"
 #include "files/exchange/TextFile.h"
 
+#include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fmt/format.h>
 #include <limits>
 
@@ -44,6 +46,12 @@ size_t bytesPerNumber(matio_classes kind) {
   default:
     return 0;
   }
+}
+
+/// The largest number where it is more; a damaged file may name any dimensions.
+int64_t productOf(int64_t one, int64_t other) {
+  constexpr int64_t largest = std::numeric_limits<int64_t>::max();
+  return one < 0 || other < 0 || (one > 0 && other > largest / one) ? largest : one * other;
 }
 
 void appendUtf8(std::string& text, uint32_t code) {
@@ -102,7 +110,7 @@ std::string rowOfText(const matvar_t& value, size_t row, size_t nrOfRows, size_t
 
 } // namespace
 
-MatFile::MatFile(const std::string& path) : unpacked_(unpackMatElements(path)) {
+MatFile::MatFile(const std::string& path) : path_(path), unpacked_(unpackMatElements(path)) {
   Mat_LogInitFunc("emeg", ignoreMessage);
   file_.reset(Mat_Open((unpacked_ ? unpacked_->path() : path).c_str(), MAT_ACC_RDONLY));
   const int version = file_ ? static_cast<int>(Mat_GetVersion(file_.get())) : 0;
@@ -137,7 +145,7 @@ bool MatFile::readPiece(const MatValue& matrix, int64_t first, int64_t count, vo
   const int64_t rows = nrOfRows(matrix);
   constexpr int64_t most = std::numeric_limits<int>::max();
   if (Mat_GetVersion(file_.get()) != MAT_FT_MAT73) {
-    if ((first + count) * rows > most) return false;
+    if (first + count > most / std::max<int64_t>(rows, 1)) return false;
     return Mat_VarReadDataLinear(file_.get(), matrix.get(), bytes, static_cast<int>(first * rows), 1,
                                  static_cast<int>(count * rows)) == 0;
   }
@@ -149,6 +157,13 @@ bool MatFile::readPiece(const MatValue& matrix, int64_t first, int64_t count, vo
   edge[0] = static_cast<int>(rows);
   edge[1] = static_cast<int>(count);
   return Mat_VarReadData(file_.get(), matrix.get(), bytes, start.data(), stride.data(), edge.data()) == 0;
+}
+
+bool MatFile::hasRoomFor(const MatValue& matrix) const {
+  if (Mat_GetVersion(file_.get()) == MAT_FT_MAT73) return true; // HDF5 looks itself
+  std::error_code problem;
+  const auto size = std::filesystem::file_size(unpacked_ ? unpacked_->path() : path_, problem);
+  return !problem && static_cast<uintmax_t>(nrOfElements(matrix)) <= size;
 }
 
 bool MatFile::readColumns(const MatValue& matrix, int64_t first, int64_t count, std::vector<double>& values) {
@@ -166,8 +181,7 @@ bool MatFile::readColumns(const MatValue& matrix, int64_t first, int64_t count, 
 }
 
 int64_t nrOfElements(const MatValue& value) {
-  if (!value || value->rank < 1 || value->dims == nullptr) return 0;
-  return nrOfRows(value) * nrOfColumns(value);
+  return productOf(nrOfRows(value), nrOfColumns(value));
 }
 
 int64_t nrOfRows(const MatValue& value) {
@@ -177,7 +191,7 @@ int64_t nrOfRows(const MatValue& value) {
 int64_t nrOfColumns(const MatValue& value) {
   if (!value || value->dims == nullptr) return 0;
   int64_t columns = 1;
-  for (int d = 1; d < value->rank; ++d) columns *= static_cast<int64_t>(value->dims[d]);
+  for (int d = 1; d < value->rank; ++d) columns = productOf(columns, static_cast<int64_t>(value->dims[d]));
   return columns;
 }
 

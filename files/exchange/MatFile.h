@@ -30,6 +30,9 @@ public:
   /// With its data and that of everything in it.
   MatValue loadedField(const std::string& name);
 
+  /// False when the file is shorter than the matrix's dimensions demand: matio would fill it with zeros.
+  bool hasRoomFor(const MatValue& matrix) const;
+
   /// Columns first ... first + count - 1 of a matrix that is not loaded: its values column after column.
   /// False when it cannot be read or is not of single, double or integer numbers.
   bool readColumns(const MatValue& matrix, int64_t first, int64_t count, std::vector<double>& values);
@@ -40,6 +43,7 @@ private:
   };
   bool readPiece(const MatValue& matrix, int64_t first, int64_t count, void* bytes);
 
+  std::string path_;
   std::unique_ptr<ScratchCopy> unpacked_; ///< null: nothing in the file is compressed
   std::unique_ptr<mat_t, Closer> file_;
   MatValue struct_;

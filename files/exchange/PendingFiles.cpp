@@ -1,6 +1,7 @@
 #include "files/exchange/PendingFiles.h"
 
 #include "files/exchange/Recording.h"
+#include "files/exchange/TemporaryNames.h"
 
 #include <array>
 #include <cerrno>
@@ -73,8 +74,11 @@ PendingFiles::~PendingFiles() {
 }
 
 void PendingFiles::removeTemporaries() {
-  for (const File& file : files_)
-    if (!file.temporaryPath.empty()) std::remove(file.temporaryPath.c_str());
+  for (const File& file : files_) {
+    if (file.temporaryPath.empty()) continue;
+    std::remove(file.temporaryPath.c_str());
+    forgetTemporary(file.temporaryPath);
+  }
 }
 
 std::string PendingFiles::add(const std::string& finalPath) {
@@ -88,10 +92,12 @@ std::string PendingFiles::add(const std::string& finalPath) {
   }
   for (int attempt = 0; attempt < mostAttempts; ++attempt) {
     std::string temporaryPath = temporaryPathFor(finalPath);
+    noteTemporary(temporaryPath);
     if (reserve(temporaryPath)) {
       files_.push_back({finalPath, temporaryPath});
       return temporaryPath;
     }
+    forgetTemporary(temporaryPath);
     if (errno != EEXIST) break;
   }
   throw RecordingError(writeFailure(finalPath));
@@ -120,6 +126,7 @@ void PendingFiles::commit() {
       for (size_t k = 0; k < i; ++k) std::remove(files_[k].finalPath.c_str());
       throw RecordingError(problem);
     }
+    forgetTemporary(file.temporaryPath);
     file.temporaryPath.clear();
   }
   files_.clear();

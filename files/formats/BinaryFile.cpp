@@ -1,7 +1,8 @@
 #include "files/formats/BinaryFile.h"
 
+#include "files/formats/FileSystem.h"
+
 #include <cerrno>
-#include <filesystem>
 
 namespace emeg {
 
@@ -10,15 +11,11 @@ namespace {
 /// 0 when the path may be opened, else the error number to report. What does not exist or cannot be looked at
 /// is left to fopen, which knows the reason.
 int refusalForReading(const std::string& path) {
-  std::error_code ignored;
-  switch (std::filesystem::status(path, ignored).type()) {
-  case std::filesystem::file_type::directory:
+  switch (pathKind(path)) {
+  case PathKind::Folder:
     return EISDIR;
-  case std::filesystem::file_type::block:
-  case std::filesystem::file_type::character:
-  case std::filesystem::file_type::fifo:
-  case std::filesystem::file_type::socket:
-  case std::filesystem::file_type::unknown:
+  case PathKind::Pipe:
+  case PathKind::Device:
     return EINVAL;
   default:
     return 0;
@@ -27,11 +24,10 @@ int refusalForReading(const std::string& path) {
 
 /// Opening a pipe for writing would wait for a reader.
 int refusalForWriting(const std::string& path) {
-  std::error_code ignored;
-  switch (std::filesystem::status(path, ignored).type()) {
-  case std::filesystem::file_type::directory:
+  switch (pathKind(path)) {
+  case PathKind::Folder:
     return EISDIR;
-  case std::filesystem::file_type::fifo:
+  case PathKind::Pipe:
     return EINVAL;
   default:
     return 0;

@@ -1,8 +1,9 @@
 #include "files/formats/OutputFile.h"
 
+#include "files/formats/FileSystem.h"
+
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 
 namespace emeg {
 
@@ -28,15 +29,16 @@ bool OutputFile::create(const std::string& finalPath) {
     errno = ENOENT;
     return false;
   }
-  std::error_code ignored;
-  const std::filesystem::file_status status = std::filesystem::status(finalPath, ignored);
-  if (std::filesystem::is_directory(status)) {
+  switch (pathKind(finalPath)) {
+  case PathKind::Folder:
     errno = EISDIR;
     return false;
-  }
-  if (std::filesystem::is_other(status)) {
+  case PathKind::Pipe:
+  case PathKind::Device:
     errno = EINVAL;
     return false;
+  default:
+    break;
   }
   finalPath_ = finalPath;
   temporaryPath_ = temporaryPathOf(finalPath);
@@ -50,7 +52,7 @@ bool OutputFile::commit() {
     errno = EBADF;
     return false;
   }
-  if (!file_.close() || std::rename(temporaryPath_.c_str(), finalPath_.c_str()) != 0) {
+  if (!file_.close() || !replaceFile(temporaryPath_, finalPath_)) {
     discard();
     return false;
   }

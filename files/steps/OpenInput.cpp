@@ -12,11 +12,6 @@ namespace emeg {
 
 namespace {
 
-/// Everything up to and including the last separator.
-std::string folderOf(const std::string& path) {
-  return path.substr(0, path.size() - namePartOf(path).size());
-}
-
 /// The path cut at its last '.', if that lies behind the last separator.
 std::string withoutExtension(const std::string& path) {
   const std::string name = namePartOf(path);
@@ -39,8 +34,8 @@ bool LMTRPluginEMEGFileConverter::chooseInputFiles(std::string& ctcPath) {
   if (ccdChosen) {
     if (!readChannelDescription(ccdPath)) return false;
     const CcdHeader& header = channels.channelDescription.header;
-    prtPath = folderOf(ccdPath) + header.prtFileName();
-    ctcPath = folderOf(ccdPath) + header.ctcFileName();
+    prtPath = folderPartOf(ccdPath) + header.prtFileName();
+    ctcPath = folderPartOf(ccdPath) + header.ctcFileName();
     protocolList.prtPresent = true; // also when the stored name is empty
   } else {
     protocolList.prtPresent =

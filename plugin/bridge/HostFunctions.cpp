@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <type_traits>
 
 namespace emeg {
 
@@ -50,35 +51,48 @@ namespace host {
 
 namespace {
 constexpr int cancelled = -1;
+
+template <typename Result, typename... Parameters, typename... Arguments>
+Result call(Result (*function)(Parameters...), Arguments... arguments) {
+  if constexpr (std::is_void_v<Result>) {
+    callHost([&] { function(arguments...); });
+  } else {
+    Result result{};
+    callHost([&] { result = function(arguments...); });
+    return result;
+  }
+}
+
 } // namespace
 
 HostVersion version() {
   HostVersion v;
   if (hostFunctions.lmGetVersionOfLumetra != nullptr)
-    hostFunctions.lmGetVersionOfLumetra(&v.major, &v.minor, &v.revision);
+    call(hostFunctions.lmGetVersionOfLumetra, &v.major, &v.minor, &v.revision);
   return v;
 }
 
 void logText(const char* text) {
-  if (hostFunctions.lmLogText != nullptr) hostFunctions.lmLogText(text);
+  if (hostFunctions.lmLogText != nullptr) call(hostFunctions.lmLogText, text);
 }
 
 void messageBox(const char* text) {
-  if (hostFunctions.lmMessageBox != nullptr) hostFunctions.lmMessageBox(text);
+  if (hostFunctions.lmMessageBox != nullptr) call(hostFunctions.lmMessageBox, text);
 }
 
 int yesNoMessageBox(const char* question) {
-  return hostFunctions.lmYesNoMessageBox != nullptr ? hostFunctions.lmYesNoMessageBox(question) : cancelled;
+  return hostFunctions.lmYesNoMessageBox != nullptr ? call(hostFunctions.lmYesNoMessageBox, question)
+                                                    : cancelled;
 }
 
 int integerInput(const char* prompt, int defaultValue, int minimum, int maximum) {
   if (hostFunctions.lmGetIntegerInput == nullptr) return cancelled;
-  return hostFunctions.lmGetIntegerInput(prompt, defaultValue, minimum, maximum);
+  return call(hostFunctions.lmGetIntegerInput, prompt, defaultValue, minimum, maximum);
 }
 
 float floatInput(const char* prompt, float defaultValue, float minimum, float maximum) {
   if (hostFunctions.lmGetFloatInput == nullptr) return static_cast<float>(cancelled);
-  return hostFunctions.lmGetFloatInput(prompt, defaultValue, minimum, maximum);
+  return call(hostFunctions.lmGetFloatInput, prompt, defaultValue, minimum, maximum);
 }
 
 std::string textInput(const char* prompt, const std::string& defaultText) {
@@ -86,7 +100,7 @@ std::string textInput(const char* prompt, const std::string& defaultText) {
   // The host knows this buffer as 256 characters long; what lies behind them is a margin.
   std::array<char, 4096> buffer{};
   std::snprintf(buffer.data(), 256, "%s", defaultText.c_str());
-  hostFunctions.lmGetTextInput(prompt, buffer.data(), buffer.data());
+  call(hostFunctions.lmGetTextInput, prompt, buffer.data(), buffer.data());
   buffer.back() = 0;
   return buffer.data();
 }
@@ -94,21 +108,21 @@ std::string textInput(const char* prompt, const std::string& defaultText) {
 bool openFileName(const char* title, const char* pattern, const char* description, std::string& path) {
   if (hostFunctions.lmGetOpenFileName == nullptr) return false;
   std::array<char, 4096> buffer{};
-  if (hostFunctions.lmGetOpenFileName(title, pattern, description, buffer.data()) == 0) return false;
+  if (call(hostFunctions.lmGetOpenFileName, title, pattern, description, buffer.data()) == 0) return false;
   buffer.back() = 0;
   path = buffer.data();
-  if (hostFunctions.lmUpdateActiveWindow != nullptr) hostFunctions.lmUpdateActiveWindow();
+  if (hostFunctions.lmUpdateActiveWindow != nullptr) call(hostFunctions.lmUpdateActiveWindow);
   return true;
 }
 
 int dialogIntegerParameter(int index) {
   if (hostFunctions.lmGetDlgIntegerParameter == nullptr) return cancelled;
-  return hostFunctions.lmGetDlgIntegerParameter(index);
+  return call(hostFunctions.lmGetDlgIntegerParameter, index);
 }
 
 float dialogFloatParameter(int index) {
   if (hostFunctions.lmGetDlgFloatParameter == nullptr) return static_cast<float>(cancelled);
-  return hostFunctions.lmGetDlgFloatParameter(index);
+  return call(hostFunctions.lmGetDlgFloatParameter, index);
 }
 
 } // namespace host

@@ -64,10 +64,11 @@ std::vector<double> slowResponse(const FilterStageList& stages, int32_t log2N) {
 void expectResponse(const FilterStageList& stages, int32_t log2N) {
   const FilterResponse response = makeFilterResponse(stages, log2N);
   const std::vector<double> expected = slowResponse(stages, log2N);
-  ASSERT_EQ(response.gains.size(), expected.size() + 1);
+  ASSERT_EQ(response.gains().size(), expected.size() + 1);
   const double unit = 2.0 / static_cast<double>(expected.size());
   for (std::size_t k = 0; k < expected.size(); ++k)
-    EXPECT_NEAR(static_cast<double>(response.gains[k]), expected[k], 1e-5 * expected[k] + 1e-12 * unit) << k;
+    EXPECT_NEAR(static_cast<double>(response.gains()[k]), expected[k], 1e-5 * expected[k] + 1e-12 * unit)
+        << k;
 }
 
 /// Padding as defined, with reads that stay inside the signal.
@@ -98,28 +99,28 @@ FilterResponse allPass(int32_t log2N) {
 
 TEST(FrequencyFilter, OneLowPassEdgeHasTheButterworthSquaredGain) {
   const FilterResponse response = single(EdgeKind::LowPass, 0.3, 6, 10);
-  EXPECT_EQ(response.log2N, 10);
-  EXPECT_EQ(response.nrOfStages, 1);
-  ASSERT_EQ(response.gains.size(), 1025U);
-  EXPECT_EQ(response.gains[0], 1.0F / 512);
+  EXPECT_EQ(response.binGains().log2n(), 10);
+  EXPECT_EQ(response.nrOfStages(), 1);
+  ASSERT_EQ(response.gains().size(), 1025U);
+  EXPECT_EQ(response.gains()[0], 1.0F / 512);
   for (std::size_t x = 1; x < 512; ++x) {
     const double expected = 1.0 / 512 / (1 + std::pow(static_cast<double>(x) / (512 * 0.3), 12));
-    EXPECT_NEAR(static_cast<double>(response.gains[2 * x]), expected, 1e-6 * expected) << x;
-    EXPECT_EQ(response.gains[2 * x], response.gains[2 * x + 1]);
+    EXPECT_NEAR(static_cast<double>(response.gains()[2 * x]), expected, 1e-6 * expected) << x;
+    EXPECT_EQ(response.gains()[2 * x], response.gains()[2 * x + 1]);
   }
   const double nyquist = 1.0 / 512 / (1 + std::pow(1 / 0.3, 12));
-  EXPECT_NEAR(static_cast<double>(response.gains[1]), nyquist, 1e-6 * nyquist);
+  EXPECT_NEAR(static_cast<double>(response.gains()[1]), nyquist, 1e-6 * nyquist);
 }
 
 TEST(FrequencyFilter, OneHighPassEdgeRemovesDC) {
   const FilterResponse response = single(EdgeKind::HighPass, 0.02, 4, 9);
-  EXPECT_EQ(response.gains[0], 0.0F);
+  EXPECT_EQ(response.gains()[0], 0.0F);
   for (std::size_t x = 1; x < 256; ++x) {
     const double expected = 1.0 / 256 * (1 - 1 / (1 + std::pow(static_cast<double>(x) / (256 * 0.02), 8)));
-    EXPECT_NEAR(static_cast<double>(response.gains[2 * x]), expected, 1e-6 * expected) << x;
-    EXPECT_EQ(response.gains[2 * x], response.gains[2 * x + 1]);
+    EXPECT_NEAR(static_cast<double>(response.gains()[2 * x]), expected, 1e-6 * expected) << x;
+    EXPECT_EQ(response.gains()[2 * x], response.gains()[2 * x + 1]);
   }
-  EXPECT_NEAR(static_cast<double>(response.gains[1]), 1.0 / 256, 1e-9);
+  EXPECT_NEAR(static_cast<double>(response.gains()[1]), 1.0 / 256, 1e-9);
 }
 
 TEST(FrequencyFilter, ALowPassBelowAHighPassStopsTheBandBetween) {
@@ -128,13 +129,13 @@ TEST(FrequencyFilter, ALowPassBelowAHighPassStopsTheBandBetween) {
   stages.addFilterStage(EdgeKind::LowPass, 0.2, 32);
   const FilterResponse response = makeFilterResponse(stages, 11);
   const auto gain = [&](double frequency) {
-    return 1024.0F * response.gains[2 * static_cast<std::size_t>(1024 * frequency)];
+    return 1024.0F * response.gains()[2 * static_cast<std::size_t>(1024 * frequency)];
   };
-  EXPECT_FLOAT_EQ(response.gains[0], 1.0F / 1024);
+  EXPECT_FLOAT_EQ(response.gains()[0], 1.0F / 1024);
   EXPECT_NEAR(gain(0.1), 1.0F, 1e-6F);
   EXPECT_NEAR(gain(0.25), 0.0F, 1e-4F);
   EXPECT_NEAR(gain(0.5), 1.0F, 1e-6F);
-  EXPECT_NEAR(1024.0F * response.gains[1], 1.0F, 1e-6F);
+  EXPECT_NEAR(1024.0F * response.gains()[1], 1.0F, 1e-6F);
 }
 
 TEST(FrequencyFilter, AHighPassBelowALowPassIsABandPass) {
@@ -142,10 +143,10 @@ TEST(FrequencyFilter, AHighPassBelowALowPassIsABandPass) {
   stages.addFilterStage(EdgeKind::LowPass, 0.4, 32);
   stages.addFilterStage(EdgeKind::HighPass, 0.1, 32);
   const FilterResponse response = makeFilterResponse(stages, 11);
-  EXPECT_EQ(response.gains[0], 0.0F);
-  EXPECT_NEAR(1024.0F * response.gains[2 * 40], 0.0F, 1e-6F);
-  EXPECT_NEAR(1024.0F * response.gains[2 * 220], 1.0F, 1e-6F);
-  EXPECT_NEAR(1024.0F * response.gains[2 * 800], 0.0F, 1e-6F);
+  EXPECT_EQ(response.gains()[0], 0.0F);
+  EXPECT_NEAR(1024.0F * response.gains()[2 * 40], 0.0F, 1e-6F);
+  EXPECT_NEAR(1024.0F * response.gains()[2 * 220], 1.0F, 1e-6F);
+  EXPECT_NEAR(1024.0F * response.gains()[2 * 800], 0.0F, 1e-6F);
 }
 
 TEST(FrequencyFilter, EveryListOfUpToFiveEdgesIsWalkedAsDefined) {
@@ -172,18 +173,20 @@ TEST(FrequencyFilter, AFullListOfEdgesIsWalkedAsDefined) {
 
 TEST(FrequencyFilter, WithoutStagesEveryGainIsTheScalingAlone) {
   const FilterResponse response = makeFilterResponse(FilterStageList{}, 6);
-  EXPECT_EQ(response.nrOfStages, 0);
-  ASSERT_EQ(response.gains.size(), 65U);
-  for (std::size_t k = 0; k < 64; ++k) EXPECT_EQ(response.gains[k], 1.0F / 32);
+  EXPECT_EQ(response.nrOfStages(), 0);
+  ASSERT_EQ(response.gains().size(), 65U);
+  for (std::size_t k = 0; k < 64; ++k) EXPECT_EQ(response.gains()[k], 1.0F / 32);
 }
 
 TEST(FrequencyFilter, ExtremeEdgesGiveGainsBetweenZeroAndOne) {
   for (const double cutOff : {1e-300, 1e-9, 1.0, 1e9, 1e300, std::numeric_limits<double>::infinity()})
-    for (const EdgeKind kind : {EdgeKind::LowPass, EdgeKind::HighPass})
-      for (const float gain : single(kind, cutOff, 1000, 6).gains) {
+    for (const EdgeKind kind : {EdgeKind::LowPass, EdgeKind::HighPass}) {
+      const FilterResponse response = single(kind, cutOff, 1000, 6);
+      for (const float gain : response.gains()) {
         EXPECT_GE(gain, 0.0F);
         EXPECT_LE(gain, 1.0F / 32);
       }
+    }
 }
 
 TEST(FrequencyFilter, LengthsThatHaveNoTransformGiveAnEmptyResponse) {
@@ -192,8 +195,8 @@ TEST(FrequencyFilter, LengthsThatHaveNoTransformGiveAnEmptyResponse) {
   std::vector<double> signal(8, 1.0);
   for (const int32_t log2N : {-1, 0, 32, 1000}) {
     const FilterResponse response = makeFilterResponse(stages, log2N);
-    EXPECT_TRUE(response.gains.empty());
-    EXPECT_EQ(response.nrOfStages, 0);
+    EXPECT_TRUE(response.gains().empty());
+    EXPECT_EQ(response.nrOfStages(), 0);
     filterSignalFFT(signal.data(), 1, response);
   }
   for (const int32_t log2N : {1, 2, 3}) filterSignalFFT(signal.data(), 2, makeFilterResponse(stages, log2N));
@@ -214,15 +217,6 @@ TEST(FrequencyFilter, ImpossibleNumbersOfValidSamplesLeaveTheSignalUntouched) {
   for (const int64_t valid : {int64_t{0}, int64_t{-1}, int64_t{65}, std::numeric_limits<int64_t>::min(),
                               std::numeric_limits<int64_t>::max()})
     filterSignalFFT(signal.data(), valid, response);
-  EXPECT_EQ(signal, before);
-}
-
-TEST(FrequencyFilter, AResponseThatIsTooShortLeavesTheSignalUntouched) {
-  std::vector<double> signal = reference::random(64, 3);
-  const std::vector<double> before = signal;
-  FilterResponse response = single(EdgeKind::LowPass, 0.1, 4, 6);
-  response.gains.resize(63);
-  filterSignalFFT(signal.data(), 64, response);
   EXPECT_EQ(signal, before);
 }
 

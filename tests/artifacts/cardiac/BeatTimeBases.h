@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <numbers>
 #include <vector>
 
 /// Time bases, and their counterparts of the plain version.
@@ -64,7 +65,8 @@ inline std::vector<double> stretchedBeats(const std::vector<double>& positions, 
       const double absorbed = surplus / (1 + std::exp((bend - x) * 20));
       const double place = (t - absorbed) / 245;
       series[static_cast<std::size_t>(positions[i] + t)] +=
-          60 * std::sin(2 * M_PI * 3 * place) * std::exp(-place) + 20 * std::cos(2 * M_PI * 7 * place);
+          60 * std::sin(2 * std::numbers::pi * 3 * place) * std::exp(-place) +
+          20 * std::cos(2 * std::numbers::pi * 7 * place);
     }
   }
   return series;

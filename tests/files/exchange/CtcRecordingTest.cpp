@@ -1,3 +1,4 @@
+#include "files/formats/CtcFile.h"
 #include "tests/files/ScratchFolder.h"
 #include "tests/files/exchange/SampleRecordings.h"
 
@@ -26,6 +27,65 @@ TEST(CtcRecording, ComesBackWithNamesValuesAndRate) {
   EXPECT_TRUE(read.header.channels[0].good);
   EXPECT_FALSE(read.header.channels[1].good);
   EXPECT_LT(largestDifference(written, read), 2e-5) << "a float of some hundred microvolts";
+}
+
+template <typename Sample>
+std::string ctcBytes(int dataType, int organisation, const std::vector<Sample>& samples) {
+  CtcHeader header;
+  header.dataType = dataType;
+  header.dataOrganisation = organisation;
+  header.nrOfChannels = 2;
+  header.nrOfTimePoints = static_cast<int32_t>(samples.size() / 2);
+  header.samplingFrequency = 250;
+  const auto bytes = encodeCtcHeader(header);
+  std::string text(bytes.begin(), bytes.end());
+  const auto* data = reinterpret_cast<const char*>(samples.data());
+  return text + std::string(data, samples.size() * sizeof(Sample));
+}
+
+TEST(CtcRecording, EverySampleTypeAndOrganisationIsRead) {
+  const ScratchFolder folder;
+  const auto valuesOf = [&folder](const std::string& bytes) {
+    return readRecordingFrom(folder.write("r.ctc", bytes)).values;
+  };
+  EXPECT_THAT(valuesOf(ctcBytes<double>(2, 2, {0.1, 10, 0.2, 20, 0.3, 30})),
+              ElementsAre(0.1, 0.2, 0.3, 10, 20, 30));
+  EXPECT_THAT(valuesOf(ctcBytes<double>(2, 1, {0.1, 0.2, 0.3, 10, 20, 30})),
+              ElementsAre(0.1, 0.2, 0.3, 10, 20, 30));
+  EXPECT_THAT(valuesOf(ctcBytes<float>(1, 1, {0.5F, 1, 2, 3})), ElementsAre(0.5, 1, 2, 3));
+  EXPECT_THAT(valuesOf(ctcBytes<int16_t>(3, 2, {-32768, 1, 32767, 2})), ElementsAre(-32768, 32767, 1, 2));
+  const SampleRecording integers = readRecordingFrom(folder.path("r.ctc"));
+  ASSERT_TRUE(integers.header.channels[0].stored);
+  EXPECT_EQ(integers.header.channels[0].stored->integerOf(-32768), -32768);
+  EXPECT_EQ(integers.header.channels[1].name, "Channel_001") << "there is no description";
+}
+
+TEST(CtcRecording, ProtocolsInOtherUnitsAreConverted) {
+  const ScratchFolder folder;
+  folder.write("r.ctc", ctcBytes<float>(1, 2, std::vector<float>(1000)));
+  const auto protocolIn = [](const std::string& unit) {
+    return "\r\nResolutionOfTime: " + unit + "\r\nNrOfConditions: 1\r\nTask\r\n1\r\n100 300\r\nColor: 0 0 0";
+  };
+  const auto markerOf = [&folder] { return readRecordingFrom(folder.path("r.ctc")).header.markers.at(0); };
+  folder.write("r.prt", protocolIn("msec"));
+  EXPECT_DOUBLE_EQ(markerOf().onset, 25);
+  EXPECT_DOUBLE_EQ(markerOf().duration, 50);
+  folder.write("r.prt", protocolIn("Volumes"));
+  EXPECT_DOUBLE_EQ(markerOf().onset, 100) << "a volume is a sample";
+  folder.write("r.prt", "no protocol");
+  EXPECT_THAT(readRecordingFrom(folder.path("r.ctc")).header.warnings, ElementsAre(HasSubstr("r.prt")));
+}
+
+TEST(CtcRecording, ADescriptionOfOtherChannelsGivesNoNames) {
+  const ScratchFolder folder;
+  writeRecordingTo(folder.path("r.ctc"), makeRecording({"Fp1", "Cz", "ECG"}, 100, 250));
+  folder.write("r.ctc", ctcBytes<float>(1, 2, std::vector<float>(1000)));
+  const SampleRecording read = readRecordingFrom(folder.path("r.ctc"));
+  EXPECT_EQ(read.header.channels[0].name, "Channel_000");
+  EXPECT_THAT(read.header.warnings, ElementsAre(HasSubstr("describes 3 channels")));
+  folder.write("r.ccd", "cut off");
+  EXPECT_THAT(readRecordingFrom(folder.path("r.ctc")).header.warnings,
+              ElementsAre(HasSubstr("cannot be read")));
 }
 
 TEST(CtcRecording, MarkersComeBackWithinAMicrosecond) {

@@ -1,12 +1,16 @@
 #include "files/exchange/PendingFiles.h"
 
 #include "files/exchange/Recording.h"
+#include "files/exchange/TemporaryNames.h"
 #include "tests/files/FileSizeLimit.h"
 #include "tests/files/ScratchFolder.h"
 #include "tests/files/exchange/SampleRecordings.h"
 
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace emeg {
 namespace {
@@ -73,6 +77,27 @@ TEST(PendingFiles, ExistingFilesStayUnlessTheyMayBeReplaced) {
     replacing.commit();
   }
   EXPECT_EQ(folder.read("r.vhdr"), "new");
+}
+
+TEST(PendingFiles, AnInterruptedProgramLeavesNoTemporaryFiles) {
+  const ScratchFolder folder;
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    const pid_t program = fork();
+    if (program == 0) {
+      removeTemporariesWhenInterrupted();
+      PendingFiles pending(false);
+      const std::string first = pending.add(folder.path("r.eeg"));
+      pending.add(folder.path("r.vhdr"));
+      if (!std::filesystem::exists(first)) _exit(0);
+      raise(number);
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(program, &status, 0), program);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == number)
+        << "the caller sees what ended the program";
+    EXPECT_THAT(folder.names(), IsEmpty());
+  }
 }
 
 TEST(PendingFiles, FoldersDevicesAndMissingFoldersAreRefused) {

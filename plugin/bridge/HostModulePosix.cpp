@@ -15,4 +15,8 @@ void* HostModule::function(const char* name) const {
   return dlsym(handle_, name);
 }
 
+void callGuarded(void (*function)(const void* context), const void* context) {
+  function(context);
+}
+
 } // namespace emeg

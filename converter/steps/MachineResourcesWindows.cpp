@@ -1,0 +1,34 @@
+#include "converter/messages/PathBuffer.h"
+#include "converter/steps/MachineResources.h"
+
+#include <algorithm>
+#include <windows.h>
+
+namespace emeg {
+
+namespace {
+
+/// What can still be promised to this process, paging file included.
+uint64_t freeMemory() {
+  MEMORYSTATUSEX status{};
+  status.dwLength = sizeof status;
+  if (GlobalMemoryStatusEx(&status) == 0) return unknownAmount;
+  return std::min<uint64_t>(status.ullAvailPageFile, status.ullAvailVirtual);
+}
+
+uint64_t freeDiskSpace(const std::string& path) {
+  const std::string folder = folderPartOf(path);
+  ULARGE_INTEGER available{};
+  // The folder of a path without one is the current folder, which a null pointer stands for.
+  if (GetDiskFreeSpaceExA(folder.empty() ? nullptr : folder.c_str(), &available, nullptr, nullptr) == 0)
+    return unknownAmount;
+  return available.QuadPart;
+}
+
+} // namespace
+
+MachineResources availableResources(const std::string& path) {
+  return {freeMemory(), freeDiskSpace(path)};
+}
+
+} // namespace emeg
