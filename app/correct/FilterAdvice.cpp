@@ -25,8 +25,8 @@ Gains gainsOf(const FilterStageList& stages) {
   const FilterResponse response = makeFilterResponse(stages, log2Points);
   Gains gains(nrOfBins);
   for (size_t k = 1; k < nrOfBins; ++k)
-    gains[k] = static_cast<double>(response.gains[2 * k]) * static_cast<double>(nrOfBins);
-  gains[0] = static_cast<double>(response.gains[0]) * static_cast<double>(nrOfBins);
+    gains[k] = static_cast<double>(response.gains()[2 * k]) * static_cast<double>(nrOfBins);
+  gains[0] = static_cast<double>(response.gains()[0]) * static_cast<double>(nrOfBins);
   return gains;
 }
 
