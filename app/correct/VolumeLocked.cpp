@@ -107,38 +107,62 @@ void VolumeAverage::endVolume() {
 }
 
 void VolumeAverage::add(int64_t count, std::span<const double> values) {
-  for (int64_t t = 0; t < count; ++t, ++position_) {
-    const double seconds = static_cast<double>(position_) / samplingFrequency_ - sequence_.firstTriggerTime;
-    const double inVolumes = seconds / sequence_.volumeDuration;
-    const auto volume = static_cast<int64_t>(std::floor(inVolumes));
+  for (int64_t first = 0; first < count;) {
+    const int64_t volume = volumeAt(position_);
     if (volume != currentVolume_) {
       endVolume();
       currentVolume_ = volume;
     }
-    const bool isFirst = samplesInVolume_++ == 0;
-    const bool isPaired = volume >= 0 && volume < 2 * nrOfPairs_;
-    const double phase = (inVolumes - 2 * std::floor(inVolumes / 2)) / 2;
-    const auto bin = static_cast<size_t>(std::min(static_cast<int>(phase * nrOfPhases_), nrOfPhases_ - 1));
-    if (isPaired) ++counts_[bin];
-    size_t partBin = 0;
-    if (isPaired) {
-      const int64_t part = volume * nrOfParts / (2 * nrOfPairs_);
-      const double place = (inVolumes - static_cast<double>(volume)) * nrOfPartPhases_;
-      const auto partPhase = std::min(static_cast<int64_t>(place), int64_t{nrOfPartPhases_ - 1});
-      partBin = static_cast<size_t>(part * nrOfPartPhases_ + partPhase);
-      partOffsets_[static_cast<size_t>(part)] += place - static_cast<double>(partPhase);
-      ++partLengths_[static_cast<size_t>(part)];
-      ++partCounts_[partBin];
-    }
-    for (size_t c = 0; c < channels_.size(); ++c) {
-      Channel& channel = channels_[c];
-      double value = values[c * static_cast<size_t>(count) + static_cast<size_t>(t)];
-      if (!std::isfinite(value)) value = 0;
+    int64_t end = first + 1;
+    while (end < count && volumeAt(position_ + end - first) == volume) ++end;
+    addStretch(first, end, count, values);
+    position_ += end - first;
+    samplesInVolume_ += end - first;
+    first = end;
+  }
+}
+
+double VolumeAverage::inVolumes(int64_t position) const {
+  return (static_cast<double>(position) / samplingFrequency_ - sequence_.firstTriggerTime) /
+         sequence_.volumeDuration;
+}
+
+int64_t VolumeAverage::volumeAt(int64_t position) const {
+  return static_cast<int64_t>(std::floor(inVolumes(position)));
+}
+
+/// Time points first ... end - 1 of a block of `count`, all of the current volume.
+void VolumeAverage::addStretch(int64_t first, int64_t end, int64_t count, std::span<const double> values) {
+  const bool isPaired = currentVolume_ >= 0 && currentVolume_ < 2 * nrOfPairs_;
+  bins_.clear();
+  partBins_.clear();
+  for (int64_t t = first; isPaired && t < end; ++t) {
+    const double inVolume = inVolumes(position_ + t - first) - static_cast<double>(currentVolume_);
+    const double inPair = (inVolume + static_cast<double>(currentVolume_ % 2)) / 2;
+    const auto bin = static_cast<size_t>(std::min(static_cast<int>(inPair * nrOfPhases_), nrOfPhases_ - 1));
+    ++counts_[bin];
+    bins_.push_back(bin);
+
+    const int64_t part = currentVolume_ * nrOfParts / (2 * nrOfPairs_);
+    const double place = inVolume * nrOfPartPhases_;
+    const auto partPhase = std::min(static_cast<int64_t>(place), int64_t{nrOfPartPhases_ - 1});
+    const auto partBin = static_cast<size_t>(part * nrOfPartPhases_ + partPhase);
+    partOffsets_[static_cast<size_t>(part)] += place - static_cast<double>(partPhase);
+    ++partLengths_[static_cast<size_t>(part)];
+    ++partCounts_[partBin];
+    partBins_.push_back(partBin);
+  }
+  for (size_t c = 0; c < channels_.size(); ++c) {
+    Channel& channel = channels_[c];
+    const double* const from = values.data() + static_cast<int64_t>(c) * count + first;
+    for (size_t i = 0; i < static_cast<size_t>(end - first); ++i) {
+      const double value = std::isfinite(from[i]) ? from[i] : 0;
+      const bool isFirst = samplesInVolume_ == 0 && i == 0;
       channel.lowest = isFirst ? value : std::min(channel.lowest, value);
       channel.highest = isFirst ? value : std::max(channel.highest, value);
       if (!isPaired) continue;
-      channel.sums[bin] += value;
-      if (!channel.partSums.empty()) channel.partSums[partBin] += value;
+      channel.sums[bins_[i]] += value;
+      if (!channel.partSums.empty()) channel.partSums[partBins_[i]] += value;
     }
   }
 }

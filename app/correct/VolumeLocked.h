@@ -66,6 +66,9 @@ private:
     std::vector<float> peakToPeaks, outside; ///< per volume
     double lowest = 0, highest = 0;          ///< of the current volume
   };
+  double inVolumes(int64_t position) const;
+  int64_t volumeAt(int64_t position) const;
+  void addStretch(int64_t first, int64_t end, int64_t count, std::span<const double> values);
   void endVolume();
   std::vector<double> averageOf(const Channel& channel) const;
 
@@ -77,6 +80,7 @@ private:
   std::array<double, nrOfParts> partOffsets_{}; ///< sum of the samples' places within their phases
   std::array<int64_t, nrOfParts> partLengths_{};
   std::vector<Channel> channels_;
+  std::vector<size_t> bins_, partBins_; ///< of the stretch that is being added
   int64_t position_ = 0;
   int64_t currentVolume_;
   int64_t samplesInVolume_ = 0;
