@@ -60,7 +60,7 @@ void writeBash(const std::vector<DeclaredCommand>& commands, std::ostream& out) 
          "complete -o filenames -F _emeg emeg\n";
 }
 
-/// In zsh's specifications brackets and colons have a meaning.
+/// In what zsh reads brackets and colons have a meaning.
 std::string zshText(const std::string& text) {
   std::string result;
   for (const char letter : text) {

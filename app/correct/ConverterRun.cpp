@@ -2,6 +2,7 @@
 
 #include "app/correct/PulseFigures.h"
 #include "converter/Converter.h"
+#include "converter/steps/MachineResources.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,10 +51,23 @@ private:
   // The dialogues clear the switch.
   bool afterChunkFilesHook() override {
     if (job_.lineFrequencies.empty()) return true;
+    if (!hasMemoryForSinusoids()) return false;
     switches.removeLineSinusoids = true;
     switches.correctionNeeded = true;
     filters.notchFrequencies = job_.lineFrequencies;
     return true;
+  }
+
+  /// The check of the run does not know of a stage that no dialogue switches on.
+  bool hasMemoryForSinusoids() const {
+    constexpr uint64_t tablesPerSinusoid = 2;
+    constexpr uint64_t otherBuffers = 10;
+    MachineResources needed;
+    needed.memory = (tablesPerSinusoid * job_.lineFrequencies.size() + otherBuffers) * sizeof(double) *
+                    static_cast<uint64_t>(span.nrOfIntervalTimePoints);
+    const std::string shortage =
+        describeShortage(needed, availableResources(inputPathBuffer.path()), inputPathBuffer.path());
+    return shortage.empty() || showError(shortage);
   }
 
   bool detectHeartPulses() override {

@@ -13,7 +13,7 @@ namespace {
 
 using Warnings = std::vector<std::string>;
 
-constexpr double scanLineToBackground = 3;
+constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr size_t fewPulses = 20;            // for three components of their shape
@@ -122,9 +122,10 @@ void addPulseWarnings(const CorrectionResult& result, Warnings& warnings) {
 bool looksLikeScan(const CorrectionResult& result) {
   if (!result.found.hasSequence()) return false;
   if (!result.quality) return true;
-  return std::any_of(
-      result.quality->channels.begin(), result.quality->channels.end(),
-      [](const ChannelQuality& channel) { return channel.before.lineToBackground > scanLineToBackground; });
+  return std::any_of(result.quality->channels.begin(), result.quality->channels.end(),
+                     [](const ChannelQuality& channel) {
+                       return channel.before.medianSliceToBackground > scanLineToBackground;
+                     });
 }
 
 Warnings warningsOf(const CorrectionResult& result, const CorrectParameters& parameters) {

@@ -1,6 +1,7 @@
 #include "app/correct/SaturatedChannels.h"
 
 #include "artifacts/SaturationRepair.h"
+#include "converter/steps/MachineResources.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +62,14 @@ RepairedChannel repair(std::vector<double>& values, const StoredIntegers& stored
   return result;
 }
 
+void checkMemory(const std::string& path, int64_t nrOfTimePoints) {
+  constexpr uint64_t arrays = 8; // values, integers, repaired, and five of the spline
+  MachineResources needed;
+  needed.memory = arrays * sizeof(double) * static_cast<uint64_t>(nrOfTimePoints);
+  const std::string shortage = describeShortage(needed, availableResources(path), path);
+  if (!shortage.empty()) throw FailedRun(shortage);
+}
+
 /// Looks block by block, so that clean channels cost no memory.
 bool hasSaturatedSamples(ScratchChannel& scratch, int channel, int64_t nrOfTimePoints,
                          const StoredIntegers& stored) {
@@ -100,6 +109,7 @@ std::vector<RepairedChannel> repairSaturatedChannels(const std::string& scratchP
     const int channel = plan.channels.corrected[k];
     const std::optional<StoredIntegers>& stored = header.channels[static_cast<size_t>(channel)].stored;
     if (stored && hasSaturatedSamples(scratch, static_cast<int>(k), plan.nrOfTimePoints, *stored)) {
+      checkMemory(scratchPath, plan.nrOfTimePoints);
       std::vector<double> values(static_cast<size_t>(plan.nrOfTimePoints));
       scratch.read(static_cast<int>(k), 0, values);
       RepairedChannel result = repair(values, *stored);

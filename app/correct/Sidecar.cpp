@@ -87,6 +87,7 @@ Json lineFiguresOf(const VolumeLockedPart& part, const SlicePeaks& peaks) {
           {"VolumeHarmonics", part.volumeHarmonics},
           {"Background", part.background},
           {"LineToBackground", part.lineToBackground},
+          {"MedianSliceToBackground", part.medianSliceToBackground},
           {"VolumeLockedArtifact", part.artifact()},
           {"SlicePeaks", peaks.rms},
           {"SlicePeaksToBackground", peaks.toBackground}};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numbers>
 
 namespace emeg {
@@ -35,11 +36,13 @@ double powerOf(const std::vector<double>& waveform, int64_t harmonic) {
   return 2 * (re * re + im * im) / (length * length);
 }
 
-bool isSliceHarmonic(int64_t harmonic, const MRSequence& sequence) {
+/// Which multiple of the slice frequency a multiple of the volume frequency belongs to; 0: to none.
+int64_t sliceHarmonicAt(int64_t harmonic, const MRSequence& sequence) {
   // In data with pauses between volumes the slices' lines are spread over neighbours.
   const double slicesPerVolume = sequence.volumeDuration / sequence.sliceDuration;
   const double multiple = std::floor(static_cast<double>(harmonic) / slicesPerVolume + 0.5);
-  return multiple >= 1 && std::abs(static_cast<double>(harmonic) - multiple * slicesPerVolume) <= 1;
+  const bool isNear = std::abs(static_cast<double>(harmonic) - multiple * slicesPerVolume) <= 1;
+  return isNear ? static_cast<int64_t>(multiple) : 0;
 }
 
 /// Phases by which `later` lags behind `earlier`, both periodic.
@@ -104,37 +107,62 @@ void VolumeAverage::endVolume() {
 }
 
 void VolumeAverage::add(int64_t count, std::span<const double> values) {
-  for (int64_t t = 0; t < count; ++t, ++position_) {
-    const double seconds = static_cast<double>(position_) / samplingFrequency_ - sequence_.firstTriggerTime;
-    const double inVolumes = seconds / sequence_.volumeDuration;
-    const auto volume = static_cast<int64_t>(std::floor(inVolumes));
+  for (int64_t first = 0; first < count;) {
+    const int64_t volume = volumeAt(position_);
     if (volume != currentVolume_) {
       endVolume();
       currentVolume_ = volume;
     }
-    const bool isFirst = samplesInVolume_++ == 0;
-    const bool isPaired = volume >= 0 && volume < 2 * nrOfPairs_;
-    const double phase = (inVolumes - 2 * std::floor(inVolumes / 2)) / 2;
-    const auto bin = static_cast<size_t>(std::min(static_cast<int>(phase * nrOfPhases_), nrOfPhases_ - 1));
-    if (isPaired) ++counts_[bin];
-    size_t partBin = 0;
-    if (isPaired) {
-      const int64_t part = volume * nrOfParts / (2 * nrOfPairs_);
-      const double partPhase = inVolumes - static_cast<double>(volume);
-      partBin = static_cast<size_t>(
-          part * nrOfPartPhases_ +
-          std::min(static_cast<int64_t>(partPhase * nrOfPartPhases_), int64_t{nrOfPartPhases_ - 1}));
-      ++partCounts_[partBin];
-    }
-    for (size_t c = 0; c < channels_.size(); ++c) {
-      Channel& channel = channels_[c];
-      double value = values[c * static_cast<size_t>(count) + static_cast<size_t>(t)];
-      if (!std::isfinite(value)) value = 0;
+    int64_t end = first + 1;
+    while (end < count && volumeAt(position_ + end - first) == volume) ++end;
+    addStretch(first, end, count, values);
+    position_ += end - first;
+    samplesInVolume_ += end - first;
+    first = end;
+  }
+}
+
+double VolumeAverage::inVolumes(int64_t position) const {
+  return (static_cast<double>(position) / samplingFrequency_ - sequence_.firstTriggerTime) /
+         sequence_.volumeDuration;
+}
+
+int64_t VolumeAverage::volumeAt(int64_t position) const {
+  return static_cast<int64_t>(std::floor(inVolumes(position)));
+}
+
+/// Time points first ... end - 1 of a block of `count`, all of the current volume.
+void VolumeAverage::addStretch(int64_t first, int64_t end, int64_t count, std::span<const double> values) {
+  const bool isPaired = currentVolume_ >= 0 && currentVolume_ < 2 * nrOfPairs_;
+  bins_.clear();
+  partBins_.clear();
+  for (int64_t t = first; isPaired && t < end; ++t) {
+    const double inVolume = inVolumes(position_ + t - first) - static_cast<double>(currentVolume_);
+    const double inPair = (inVolume + static_cast<double>(currentVolume_ % 2)) / 2;
+    const auto bin = static_cast<size_t>(std::min(static_cast<int>(inPair * nrOfPhases_), nrOfPhases_ - 1));
+    ++counts_[bin];
+    bins_.push_back(bin);
+
+    const int64_t part = currentVolume_ * nrOfParts / (2 * nrOfPairs_);
+    const double place = inVolume * nrOfPartPhases_;
+    const auto partPhase = std::min(static_cast<int64_t>(place), int64_t{nrOfPartPhases_ - 1});
+    const auto partBin = static_cast<size_t>(part * nrOfPartPhases_ + partPhase);
+    partOffsets_[static_cast<size_t>(part)] += place - static_cast<double>(partPhase);
+    ++partLengths_[static_cast<size_t>(part)];
+    ++partCounts_[partBin];
+    partBins_.push_back(partBin);
+  }
+  for (size_t c = 0; c < channels_.size(); ++c) {
+    Channel& channel = channels_[c];
+    const double* const from = values.data() + static_cast<int64_t>(c) * count + first;
+    for (size_t i = 0; i < static_cast<size_t>(end - first); ++i) {
+      const double value = std::isfinite(from[i]) ? from[i] : 0;
+      const bool isFirst = samplesInVolume_ == 0 && i == 0;
       channel.lowest = isFirst ? value : std::min(channel.lowest, value);
       channel.highest = isFirst ? value : std::max(channel.highest, value);
       if (!isPaired) continue;
-      channel.sums[bin] += value;
-      if (!channel.partSums.empty()) channel.partSums[partBin] += value;
+      channel.sums[bins_[i]] += value;
+      if (!channel.partSums.empty()) channel.partSums[partBins_[i]] += value;
     }
   }
 }
@@ -165,14 +193,28 @@ VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range)
   double slices = 0;
   double others = 0;
   double background = 0;
+  struct Group {
+    double lines = 0, background = 0;
+  };
+  std::map<int64_t, Group> groups; // per multiple of the slice frequency
   for (int64_t harmonic = first; harmonic <= last; ++harmonic) {
-    (isSliceHarmonic(harmonic, sequence_) ? slices : others) += powerOf(average, 2 * harmonic);
-    background += 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+    const double line = powerOf(average, 2 * harmonic);
+    const double beside = 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+    background += beside;
+    const int64_t multiple = sliceHarmonicAt(harmonic, sequence_);
+    (multiple > 0 ? slices : others) += line;
+    if (multiple == 0) continue;
+    groups[multiple].lines += line;
+    groups[multiple].background += beside;
   }
   part.sliceHarmonics = std::sqrt(slices);
   part.volumeHarmonics = std::sqrt(others);
   part.background = std::sqrt(background);
   part.lineToBackground = background > 0 ? (slices + others) / background : 0;
+  std::vector<float> ratios;
+  for (const auto& [multiple, group] : groups)
+    ratios.push_back(group.background > 0 ? static_cast<float>(group.lines / group.background) : 0);
+  part.medianSliceToBackground = medianOf(std::move(ratios));
   return part;
 }
 
@@ -206,8 +248,12 @@ double VolumeAverage::drift(int channel) const {
   constexpr double longestDrift = 0.02; // seconds
   const auto longestLag = static_cast<int64_t>(longestDrift * samplingFrequency_) + 1;
   const double phase = sequence_.volumeDuration / nrOfPartPhases_;
-  const double middle = lagOf(parts[0], parts[1], longestLag) * phase;
-  const double end = lagOf(parts[0], parts[2], longestLag) * phase;
+  // Samples of different parts may lie at different places within a phase.
+  const auto offsetOf = [this](size_t part) {
+    return partOffsets_[part] / static_cast<double>(std::max<int64_t>(partLengths_[part], 1));
+  };
+  const double middle = (lagOf(parts[0], parts[1], longestLag) + offsetOf(1) - offsetOf(0)) * phase;
+  const double end = (lagOf(parts[0], parts[2], longestLag) + offsetOf(2) - offsetOf(0)) * phase;
   return std::abs(middle) > std::abs(end) ? middle : end;
 }
 

@@ -2,6 +2,7 @@
 
 #include "artifacts/gradient/SequenceDetection.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -21,6 +22,9 @@ struct VolumeLockedPart {
   double background = 0;      ///< what the same number of lines half way between them hold: EEG and noise
   /// Power of all lines over that of the background: 1 when nothing repeats with the volumes.
   double lineToBackground = 0;
+  /// The median of that over the multiples of the slice frequency: many of them stand out of the background
+  /// in a scan, one or two where something else (the mains) happens to fit.
+  double medianSliceToBackground = 0;
 
   /// Without what chance gives.
   double artifact() const;
@@ -62,6 +66,9 @@ private:
     std::vector<float> peakToPeaks, outside; ///< per volume
     double lowest = 0, highest = 0;          ///< of the current volume
   };
+  double inVolumes(int64_t position) const;
+  int64_t volumeAt(int64_t position) const;
+  void addStretch(int64_t first, int64_t end, int64_t count, std::span<const double> values);
   void endVolume();
   std::vector<double> averageOf(const Channel& channel) const;
 
@@ -70,7 +77,10 @@ private:
   int64_t nrOfPairs_;
   int nrOfPhases_, nrOfPartPhases_;
   std::vector<int64_t> counts_, partCounts_;
+  std::array<double, nrOfParts> partOffsets_{}; ///< sum of the samples' places within their phases
+  std::array<int64_t, nrOfParts> partLengths_{};
   std::vector<Channel> channels_;
+  std::vector<size_t> bins_, partBins_; ///< of the stretch that is being added
   int64_t position_ = 0;
   int64_t currentVolume_;
   int64_t samplesInVolume_ = 0;

@@ -173,6 +173,23 @@ TEST_F(CorrectCommand, AFullDiskLeavesNothing) {
   EXPECT_EQ(correct({"--quiet"}).status, 0);
 }
 
+// Channels that pass are only in the output: it is larger than any temporary file.
+TEST_F(CorrectCommand, ADiskThatFillsUpWithTheOutputLeavesNothing) {
+  const auto recording = copyOf(scanRecording());
+  for (const char* name : {"TRIG1", "TRIG2", "TRIG3", "TRIG4"})
+    recording->addChannel(name, ChannelKind::Trigger, [](int64_t t) { return static_cast<double>(t % 2); });
+  recording->save(input);
+  ProgramRun run;
+  {
+    const FileSizeLimit full(1300000);
+    run = correct({});
+  }
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("Writing"));
+  EXPECT_THAT(run.err, HasSubstr("run_GRA.eeg\" cannot be written"));
+  EXPECT_THAT(folder.names(), ElementsAre("run.eeg", "run.vhdr", "run.vmrk"));
+}
+
 TEST_F(CorrectCommand, TemporaryFilesGoWhereTheyAreWanted) {
   std::filesystem::create_directory(folder / "scratch");
   EXPECT_EQ(correct({"--scratch", folder / "scratch", "--quiet"}).status, 0);

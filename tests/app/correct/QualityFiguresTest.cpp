@@ -73,6 +73,15 @@ TEST(VolumeAverage, TellsASmallArtifactFromTheEegAroundIt) {
   EXPECT_GT(part.lineToBackground, 3);
 }
 
+// The mains may happen to be a multiple of the slice frequency.
+TEST(VolumeAverage, ASingleLineIsNoScan) {
+  const Signal noise = noiseOf(20);
+  const Signal mains = lineAt(100 / scan().volumeDuration, 200);
+  const auto part = averageOf([&](double s) { return noise(s) + mains(s); }).partOf(0, {1, 100});
+  EXPECT_GT(part.lineToBackground, 100);
+  EXPECT_NEAR(part.medianSliceToBackground, 1, 0.9);
+}
+
 TEST(VolumeAverage, TheMedianImagingArtifactIsThatOfTheVolumes) {
   const auto average =
       averageOf([](double seconds) { return seconds < 3 || seconds > 63 ? 0 : 50 * std::sin(30 * seconds); });
@@ -96,6 +105,22 @@ TEST(VolumeAverage, ADriftOfTheVolumesIsMeasured) {
   EXPECT_NEAR(steady.drift(0), 0, 5e-5);
   const auto late = averageOf([&](double s) { return burst(s, s > 45 ? 0.001 : 0); });
   EXPECT_NEAR(late.drift(0), 0.001, 2e-4);
+}
+
+// With few volumes the samples of a third of the scan lie at nearly the same places between two phases.
+TEST(VolumeAverage, VolumesOfNoWholeNumberOfSamplesDoNotSeemToDrift) {
+  MRSequence sequence = scan();
+  sequence.nrOfVolumes = 20;
+  sequence.volumeDuration = 2.38105;
+  VolumeAverage average(sequence, fs, 1);
+  std::vector<double> values;
+  for (int64_t t = 0; t < 60000; ++t) {
+    const double place =
+        std::fmod(static_cast<double>(t) / fs - 3 + 10 * sequence.volumeDuration, sequence.volumeDuration);
+    values.push_back(100 * std::exp(-std::pow((place - 0.5) / 0.01, 2)));
+  }
+  average.add(60000, values);
+  EXPECT_NEAR(average.drift(0), 0, 1e-4);
 }
 
 TEST(VolumeAverage, TooFewVolumesCannotBeMeasured) {

@@ -29,8 +29,8 @@ CorrectionResult goodResult() {
   sequence.firstTriggerTime = 5;
   for (int beat = 1; beat < 100; ++beat) result.found.pulseTimes.push_back(beat);
   ChannelQuality quality;
-  quality.before = {500, 100, 1, 260000};
-  quality.after = {0.5, 0.5, 1, 0.5};
+  quality.before = {500, 100, 1, 260000, 100000};
+  quality.after = {0.5, 0.5, 1, 0.5, 0.5};
   result.quality = QualityFigures{{1, 100}, {quality}, 0, 0};
   return result;
 }
@@ -70,13 +70,13 @@ TEST(RunWarnings, ScanThatWasNotCounted) {
 
 TEST(RunWarnings, PowerThatWasNotReduced) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].after = {400, 50, 1, 160000};
+  result.quality->channels[0].after = {400, 50, 1, 160000, 80000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("was not reduced in Cz")));
 }
 
 TEST(RunWarnings, AnArtifactThatGrew) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].after = {700, 50, 1, 490000};
+  result.quality->channels[0].after = {700, 50, 1, 490000, 240000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("larger than before in Cz")));
 }
 
@@ -109,7 +109,7 @@ TEST(RunWarnings, AChainThatCoversAPart) {
 
 TEST(RunWarnings, WhatDoesNotRepeatIsNoScan) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].before = {5, 5, 6, 1.2};
+  result.quality->channels[0].before = {5, 5, 6, 1.2, 1.1};
   EXPECT_FALSE(looksLikeScan(result));
   EXPECT_THAT(warnings(result), Contains(HasSubstr("no scanner sequence")));
 }
