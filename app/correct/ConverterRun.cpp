@@ -48,8 +48,9 @@ private:
     return true;
   }
 
-  // The dialogues clear the switch.
+  // What the dialogues cannot say.
   bool afterChunkFilesHook() override {
+    if (!job_.removeGradient) switches.correctGradient = false;
     if (job_.lineFrequencies.empty()) return true;
     if (!hasMemoryForSinusoids()) return false;
     switches.removeLineSinusoids = true;

@@ -17,7 +17,8 @@ struct ConverterJob {
   double samplingFrequency = 0;   ///< Hz, exact: the CTC file's is rounded
   double seconds = 0;
   std::vector<double> lineFrequencies; ///< Hz, sinusoids to remove
-  bool stopWithoutSequence = true;     ///< do not look for heart beats when no scanner sequence was found
+  bool removeGradient = true;
+  bool stopWithoutSequence = true; ///< do not look for heart beats when no scanner sequence was found
 };
 
 /// A channel's signal below 35 Hz, whose heart beat artifact is removed, before and after; only between the

@@ -39,8 +39,10 @@ public:
     advise();
     makeScratch();
     copyIn();
-    convert();
+    convert(true);
     measure();
+    if (!looksLikeScan(result_)) takeBackGradientCorrection();
+    judge();
     write();
     return std::move(result_);
   }
@@ -126,7 +128,7 @@ private:
       result_.inputFiles.push_back({file, sha256Of(file, InterruptWatch::check)});
   }
 
-  void convert() {
+  void convert(bool removeGradient) {
     const CorrectionPlan& plan = result_.plan;
     ConverterJob job;
     job.dialogue = plan.dialogue;
@@ -135,7 +137,8 @@ private:
     job.samplingFrequency = result_.header.samplingFrequency;
     job.seconds = static_cast<double>(plan.nrOfTimePoints) / job.samplingFrequency;
     job.lineFrequencies = parameters_.lineNoise;
-    job.stopWithoutSequence = !parameters_.allowUncorrected;
+    job.removeGradient = removeGradient;
+    job.stopWithoutSequence = removeGradient && !parameters_.allowUncorrected;
 
     ConverterProgress progress(static_cast<int>(job.roles.size()), parameters_.bcg);
     const ConverterOutcome outcome = runConverter(job, [&](const std::string& line) {
@@ -145,20 +148,10 @@ private:
       partOfRun(readingEnds, convertingEnds)(progress.finished());
     });
     result_.found = outcome.found;
-    checkOutcome(outcome);
-    convertedPath_ = outcome.outputPath;
-  }
-
-  void checkOutcome(const ConverterOutcome& outcome) const {
     if (!outcome.errors.empty()) throw FailedRun(outcome.errors.front());
-    if (!outcome.found.hasSequence() && !parameters_.allowUncorrected)
-      throw FailedRun(
-          fmt::format("no scanner sequence was found in \"{}\", so nothing was written. Is it a "
-                      "recording with the scanner running, for 25 s at least? --interval START:END "
-                      "chooses the part with the scan, --channels NAME,... channels that show it; "
-                      "--allow-uncorrected writes the output all the same.",
-                      parameters_.input));
+    if (!outcome.found.hasSequence()) requireSequence();
     if (!outcome.finished) throw FailedRun("the converter ended the run without saying why.");
+    convertedPath_ = outcome.outputPath;
   }
 
   void requireSequence() const {
@@ -179,7 +172,17 @@ private:
       result_.quality = measureQuality(*before, *after, result_.plan, result_.found.sequence,
                                        partOfRun(convertingEnds, measuringEnds));
     }
-    if (!looksLikeScan(result_)) requireSequence();
+  }
+
+  /// Something was detected that is no scan: its templates are EEG.
+  void takeBackGradientCorrection() {
+    requireSequence();
+    if (!result_.found.hasSequence()) return;
+    convert(false);
+    result_.quality.reset();
+  }
+
+  void judge() {
     for (const std::string& warning : warningsOf(result_, parameters_)) report_.warning(warning);
   }
 
@@ -222,10 +225,14 @@ private:
     }
     result_.files = writer.files();
     for (const std::string& warning : writer.warnings()) report_.note(warning);
-    constexpr bool overwriteOwn = true;
-    if (report_.notes().size() != notesBefore)
-      writeWholeFile(result_.place.sidecar, describeRun(), overwriteOwn);
-    if (result_.place.bids) describeDerivatives();
+    try {
+      constexpr bool overwriteOwn = true;
+      if (report_.notes().size() != notesBefore)
+        writeWholeFile(result_.place.sidecar, describeRun(), overwriteOwn);
+      if (result_.place.bids) describeDerivatives();
+    } catch (const RecordingError& error) {
+      report_.warning(fmt::format("the recording is complete, but {}", error.what()));
+    }
   }
 
   std::string describeRun() {

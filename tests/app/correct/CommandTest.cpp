@@ -150,6 +150,17 @@ TEST_F(CorrectCommand, HeartBeatsAreNoScan) {
   const ProgramRun run = runEmeg({"correct", beats, "--bcg"});
   EXPECT_EQ(run.status, 1) << run.out;
   EXPECT_THAT(run.err, HasSubstr("no scanner sequence was found"));
+  EXPECT_EQ(folder.names().size(), 6u); // those of the two recordings
+
+  // Written all the same it is the recording that it was: nothing is taken away, nothing marked.
+  ASSERT_EQ(runEmeg({"correct", beats, "--allow-uncorrected", "-o", folder / "out.vhdr", "--quiet"}).status,
+            3);
+  const MemoryRecording before(beats);
+  const MemoryRecording after(folder / "out.vhdr");
+  for (size_t c = 0; c < before.samples.size(); ++c)
+    EXPECT_LT(rmsDifference(after.samples[c], before.samples[c]), 1e-3);
+  for (const RecordingMarker& marker : after.header().markers)
+    EXPECT_NE(marker.description, "MRGradientTriggers");
 }
 
 TEST_F(CorrectCommand, WarningsHaveStatus3AndTheOutputIsThere) {
