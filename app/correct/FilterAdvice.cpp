@@ -41,7 +41,7 @@ public:
     all_.addFilterStage(kind, hz / nyquist_, order);
   }
   Gains end() {
-    const Gains gains = gainsOf(own_);
+    Gains gains = gainsOf(own_);
     for (size_t k = 0; k < nrOfBins; ++k) alone_[k] *= gains[k];
     return gains;
   }
@@ -52,7 +52,8 @@ public:
     return nyquist_ * static_cast<double>(bin) / static_cast<double>(nrOfBins);
   }
   size_t binOf(double hz) const {
-    return std::min(static_cast<size_t>(hz / nyquist_ * static_cast<double>(nrOfBins) + 0.5), nrOfBins - 1);
+    return std::min(static_cast<size_t>(std::round(hz / nyquist_ * static_cast<double>(nrOfBins))),
+                    nrOfBins - 1);
   }
 
 private:

@@ -29,7 +29,7 @@ size_t columnsOfTerminal() {
 }
 
 std::string timeText(double seconds) {
-  const auto whole = static_cast<int64_t>(seconds + 0.5);
+  const auto whole = std::llround(seconds);
   if (whole < 60) return fmt::format("{} s", whole);
   if (whole < 3600) return fmt::format("{} min {:02} s", whole / 60, whole % 60);
   return fmt::format("{} h {:02} min", whole / 3600, whole / 60 % 60);

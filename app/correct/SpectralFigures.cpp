@@ -30,8 +30,8 @@ std::vector<PowerSpectrum> measureSpectra(RecordingReader& recording, double fro
   const RecordingHeader& header = recording.header();
   const double fs = header.samplingFrequency;
   std::vector<PowerSpectrum> spectra(header.channels.size());
-  const int32_t log2Length =
-      std::clamp(static_cast<int32_t>(std::log2(windowSeconds * fs) + 0.5), shortestLog2, longestLog2);
+  const int32_t log2Length = static_cast<int32_t>(
+      std::clamp<double>(std::round(std::log2(windowSeconds * fs)), shortestLog2, longestLog2));
   const int64_t length = int64_t{1} << log2Length;
   const int64_t first = std::max(static_cast<int64_t>(from * fs), int64_t{0});
   const int64_t end = std::min(static_cast<int64_t>(to * fs), header.nrOfTimePoints);

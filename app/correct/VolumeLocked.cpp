@@ -87,12 +87,12 @@ VolumeAverage::VolumeAverage(const MRSequence& sequence, double samplingFrequenc
   // As many phases as samples, so that a volume of whole samples meets every phase equally often.
   const double thinning = std::max(std::floor(samplingFrequency / phasesPerSecond), 1.0);
   const double perSecond = samplingFrequency / thinning;
-  nrOfPhases_ = std::max(static_cast<int>(2 * sequence.volumeDuration * perSecond + 0.5), 1);
-  nrOfPartPhases_ = std::max(static_cast<int>(sequence.volumeDuration * samplingFrequency + 0.5), 1);
+  nrOfPhases_ = std::max(static_cast<int>(std::lround(2 * sequence.volumeDuration * perSecond)), 1);
+  nrOfPartPhases_ = std::max(static_cast<int>(std::lround(sequence.volumeDuration * samplingFrequency)), 1);
   counts_.assign(static_cast<size_t>(nrOfPhases_), 0);
-  partCounts_.assign(static_cast<size_t>(nrOfPartPhases_ * nrOfParts), 0);
+  partCounts_.assign(static_cast<size_t>(nrOfPartPhases_) * nrOfParts, 0);
   for (Channel& channel : channels_) channel.sums.assign(static_cast<size_t>(nrOfPhases_), 0);
-  if (!channels_.empty()) channels_[0].partSums.assign(static_cast<size_t>(nrOfPartPhases_ * nrOfParts), 0);
+  if (!channels_.empty()) channels_[0].partSums.assign(static_cast<size_t>(nrOfPartPhases_) * nrOfParts, 0);
 }
 
 void VolumeAverage::endVolume() {
@@ -212,6 +212,7 @@ VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range)
   part.background = std::sqrt(background);
   part.lineToBackground = background > 0 ? (slices + others) / background : 0;
   std::vector<float> ratios;
+  ratios.reserve(groups.size());
   for (const auto& [multiple, group] : groups)
     ratios.push_back(group.background > 0 ? static_cast<float>(group.lines / group.background) : 0);
   part.medianSliceToBackground = medianOf(std::move(ratios));

@@ -43,7 +43,9 @@ TEST_P(EvaluateFormats, APerfectCorrectionLeavesNothing) {
 TEST_P(EvaluateFormats, TheRecordingItselfIsNoCorrection) {
   const ProgramRun run = evaluate(recorded());
   ASSERT_EQ(run.status, 0) << run.err;
-  for (const auto& channel : nlohmann::json::parse(run.out).at("gradient").at("channels"))
+  const nlohmann::json figures = nlohmann::json::parse(run.out);
+  ASSERT_EQ(figures.at("gradient").at("channels").size(), 2U);
+  for (const auto& channel : figures.at("gradient").at("channels"))
     EXPECT_NEAR(channel.at("residualUv").get<double>() / channel.at("artifactUv").get<double>(), 1, 1e-3)
         << channel;
 }
