@@ -1,0 +1,54 @@
+#include "artifacts/gradient/timing/SharpenedSignal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace emeg {
+
+namespace {
+
+constexpr double largestValue = 1e12;
+constexpr double differenceOver = 0.001; // seconds
+constexpr double blockDuration = 0.1;    // seconds
+constexpr double burstPercentile = 0.95;
+constexpr double headroom = 1.5;
+
+double usable(double value) {
+  return std::fabs(value) <= largestValue ? value : 0; // also for what is not a number
+}
+
+} // namespace
+
+std::vector<double> sharpenedSignal(std::span<const double> channel, double samplingFrequency) {
+  const auto n = static_cast<int64_t>(channel.size());
+  const auto h = static_cast<int64_t>(std::max(1.0, std::floor(differenceOver * samplingFrequency + 0.5)));
+  std::vector<double> sharpened(channel.size(), 0.0);
+  for (int64_t i = h; i + h < n; ++i)
+    sharpened[static_cast<size_t>(i)] = usable(channel[static_cast<size_t>(i - h)]) -
+                                        2 * usable(channel[static_cast<size_t>(i)]) +
+                                        usable(channel[static_cast<size_t>(i + h)]);
+  return sharpened;
+}
+
+double levelOfBursts(std::span<const double> sharpened, double samplingFrequency) {
+  const auto block = static_cast<size_t>(std::max(1.0, blockDuration * samplingFrequency));
+  std::vector<double> largest;
+  for (size_t begin = 0; begin < sharpened.size(); begin += block) {
+    double most = 0;
+    for (const double value : sharpened.subspan(begin, std::min(block, sharpened.size() - begin)))
+      most = std::max(most, std::fabs(value));
+    largest.push_back(most);
+  }
+  if (largest.empty()) return 0;
+  const auto rank =
+      largest.begin() + static_cast<int64_t>(burstPercentile * static_cast<double>(largest.size() - 1));
+  std::nth_element(largest.begin(), rank, largest.end());
+  return headroom * *rank;
+}
+
+void clip(std::span<double> signal, double level) {
+  for (double& value : signal) value = std::clamp(value, -level, level);
+}
+
+} // namespace emeg

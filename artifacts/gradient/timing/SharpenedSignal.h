@@ -1,0 +1,20 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+namespace emeg {
+
+/// The channel's second difference over one millisecond. It lifts what gradients leave (some 50 Hz and more)
+/// above EEG and movements, has no delay, and blurs nothing by more than a millisecond, so that beginnings
+/// and ends stay where they are. Values that are not finite, or larger than 1e12, count as 0.
+std::vector<double> sharpenedSignal(std::span<const double> channel, double samplingFrequency);
+
+/// 1.5 times the level that hardly any tenth of a second exceeds (95th percentile of their largest values):
+/// no spike counts for more than a gradient burst. 0 for a flat signal.
+double levelOfBursts(std::span<const double> sharpened, double samplingFrequency);
+
+/// Cuts values beyond +-level.
+void clip(std::span<double> signal, double level);
+
+} // namespace emeg
