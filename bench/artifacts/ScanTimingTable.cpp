@@ -54,7 +54,7 @@ std::vector<Kind> allKinds() {
       {"12 volumes", Preset::Continuous, true, [](auto& p) { p.gradient->nrOfVolumes = 12; }},
       {"spike", Preset::Continuous, true, [](auto& p) { p.disturbances.nrOfSpikes = 1; }},
       {"dropout", Preset::Continuous, true, [](auto& p) { p.disturbances.nrOfDropouts = 1; }},
-      {"clipping", Preset::Continuous, true, [](auto& p) { p.disturbances.clipUv = 1200; }},
+      {"clipping", Preset::Continuous, true, [](auto& p) { p.disturbances.clipUv = 2000; }},
       {"pause", Preset::Continuous, true, [](auto& p) { p.gradient->nrOfScans = 2; }},
       {"three scans", Preset::Gap, true,
        [](auto& p) {

@@ -19,6 +19,52 @@ void squareMagnitudes(std::vector<double>& spectrum) {
   }
 }
 
+/// Energies of what a signal is compared with at some lag.
+class OverlapEnergies {
+public:
+  explicit OverlapEnergies(std::span<const double> signal)
+      : n_(static_cast<int64_t>(signal.size())), sums_(signal.size() + 1, 0.0) {
+    int64_t zeros = 0;
+    for (int64_t i = 0; i < n_; ++i) {
+      const double value = signal[static_cast<size_t>(i)];
+      sums_[static_cast<size_t>(i + 1)] = sums_[static_cast<size_t>(i)] + value * value;
+      zeros = value == 0 ? zeros + 1 : 0;
+      if (zeros == shortestDropout) dropouts_.push_back({i + 1 - zeros, i + 1});
+      if (zeros > shortestDropout) dropouts_.back().end = i + 1;
+    }
+    if (dropouts_.size() > mostDropouts) dropouts_.clear();
+  }
+
+  /// The root of both parts' energies.
+  double at(int64_t lag) const {
+    double head = between(0, n_ - lag);
+    double tail = between(lag, n_);
+    for (const auto& [begin, end] : dropouts_) {
+      head -= between(begin - lag, end - lag);
+      tail -= between(begin + lag, end + lag);
+    }
+    return std::sqrt(std::max(head, 0.0) * std::max(tail, 0.0));
+  }
+
+private:
+  /// Where the recording was interrupted, the signal is exactly 0.
+  struct Dropout {
+    int64_t begin, end;
+  };
+  static constexpr int64_t shortestDropout = 32;
+  static constexpr size_t mostDropouts = 100;
+
+  double between(int64_t begin, int64_t end) const {
+    begin = std::clamp<int64_t>(begin, 0, n_);
+    end = std::clamp<int64_t>(end, begin, n_);
+    return sums_[static_cast<size_t>(end)] - sums_[static_cast<size_t>(begin)];
+  }
+
+  int64_t n_;
+  std::vector<double> sums_;
+  std::vector<Dropout> dropouts_;
+};
+
 } // namespace
 
 Autocorrelation::Autocorrelation(std::span<const double> signal, int64_t largestLag) {
@@ -36,20 +82,11 @@ Autocorrelation::Autocorrelation(std::span<const double> signal, int64_t largest
   realFFTInverse(work.data(), log2n);
   const double scale = 2 / static_cast<double>(work.size());
 
-  double total = 0;
-  for (const double value : signal) total += value * value;
-  double head = total; // energy of all but the last `lag` samples
-  double tail = total; // energy of all but the first `lag` samples
+  const OverlapEnergies energies(signal);
   for (int64_t lag = 0; lag <= largestLag; ++lag) {
-    if (lag > 0) {
-      const double last = signal[static_cast<size_t>(n - lag)];
-      const double first = signal[static_cast<size_t>(lag - 1)];
-      head -= last * last;
-      tail -= first * first;
-    }
-    const double energy = std::sqrt(std::max(head, 0.0) * std::max(tail, 0.0));
+    const double energy = energies.at(lag);
     // What rounding leaves of an energy that has vanished is no energy.
-    if (energy > 1e-9 * total)
+    if (energy > 1e-9 * energies.at(0))
       values_[static_cast<size_t>(lag)] = work[static_cast<size_t>(lag)] * scale / energy;
   }
 }

@@ -1,7 +1,10 @@
+#include <cstdio>
+#include <cstdlib>
 #include "artifacts/gradient/timing/Periodicity.h"
 
 #include "artifacts/gradient/timing/Autocorrelation.h"
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,6 +25,7 @@ constexpr double shortestTone = 0.004;                      // seconds; periods 
 constexpr double shortestPeriod = 0.015;                    // ... but shorter than this they are tones
 constexpr double leastCorrelation = 0.1;
 constexpr double lineTolerance = 0.003;  // relative, of the period of the mains
+constexpr double spectralFloor = 0.1;
 constexpr double harmlessLoss = 0.001;   // of correlation
 constexpr double independentShare = 0.1; // of the samples
 constexpr int64_t blocksPerWindow = 8;
@@ -81,7 +85,9 @@ std::optional<double> findPeriod(std::span<const double> sharpened, double sampl
                                  double reach) {
   const auto whole = static_cast<int64_t>(sharpened.size());
   const int64_t n = std::min(whole, largestCorrelatedSpan);
-  const auto part = sharpened.subspan(static_cast<size_t>((whole - n) / 2), static_cast<size_t>(n));
+  const auto from = sharpened.begin() + (whole - n) / 2;
+  std::vector<double> part(from, from + n);
+  flattenSpectrum(part, spectralFloor);
   const Autocorrelation correlation(
       part, std::min(2 * n / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
   if (expected > 0) {
@@ -172,19 +178,20 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
                static_cast<int64_t>(sharpened.size()));
   if (end - begin < 4 * length) return 1;
 
-  std::vector<double> average = averageRepeat(sharpened, repeats.line, repeats.range, length, repeats.used);
-  std::vector<double> shifted(average.size());
+  // The average reaches beyond the repeat, so that interpolating at its ends meets no step.
+  constexpr int64_t margin = 24;
+  const RepeatLine early{repeats.line.onset - static_cast<double>(margin), period};
+  const std::vector<double> average =
+      averageRepeat(sharpened, early, repeats.range, length + 2 * margin, repeats.used);
+  std::vector<double> shifted(static_cast<size_t>(length + 1));
   std::vector<double> rest(sharpened.begin() + begin, sharpened.begin() + end);
   for (int64_t v = repeats.range.first; v <= repeats.range.last; ++v) {
     const double position = repeats.line.at(static_cast<double>(v));
     const auto from = static_cast<int64_t>(std::ceil(position));
     const auto to = static_cast<int64_t>(std::ceil(position + period));
-    // The average begins at the position, the samples behind it.
-    for (int64_t i = from; i < to; ++i) {
-      if (i == from) readShifted(average, static_cast<double>(from) - position, shifted);
-      if (i >= begin && i < end && i - from < length)
-        rest[static_cast<size_t>(i - begin)] -= shifted[static_cast<size_t>(i - from)];
-    }
+    readShifted(average, static_cast<double>(from + margin) - position, shifted);
+    for (int64_t i = std::max(from, begin); i < std::min(to, end); ++i)
+      rest[static_cast<size_t>(i - begin)] -= shifted[static_cast<size_t>(i - from)];
   }
 
   const Autocorrelation correlation(

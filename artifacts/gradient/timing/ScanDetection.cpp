@@ -1,3 +1,5 @@
+#include <cstdio>
+#include <cstdlib>
 #include "artifacts/gradient/timing/ScanDetection.h"
 
 #include "artifacts/gradient/timing/Periodicity.h"
@@ -5,6 +7,7 @@
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace emeg {
@@ -27,10 +30,22 @@ public:
   ScanSearch(std::span<const double> channel, double samplingFrequency, const GivenTiming& given)
       : fs_(samplingFrequency), given_(given), sharpened_(sharpenedSignal(channel, samplingFrequency)) {
     clip(sharpened_, levelOfBursts(sharpened_, fs_));
+    for (size_t i = 0; i < std::size(longestGaps); ++i)
+      busyStretches_[i] = busyStretches(sharpened_, fs_, longestGaps[i]);
   }
 
-  std::vector<ScanSegment> scans(double longestGap) {
-    std::vector<SampleRange> open = busyStretches(sharpened_, fs_, longestGap);
+  /// The scans in the busy stretches with the shorter gaps or, where these hold none, the longer ones.
+  std::vector<ScanSegment> scans() {
+    for (const std::vector<SampleRange>& stretches : busyStretches_) {
+      std::vector<ScanSegment> found = scansIn(stretches);
+      if (!found.empty()) return found;
+    }
+    return {};
+  }
+
+private:
+
+  std::vector<ScanSegment> scansIn(std::vector<SampleRange> open) const {
     std::vector<ScanSegment> found;
     for (int round = 0; !open.empty() && round < mostRounds; ++round) {
       const SampleRange stretch = open.back();
@@ -49,7 +64,6 @@ public:
     return found;
   }
 
-private:
   std::span<const double> part(SampleRange range) const {
     return std::span(sharpened_)
         .subspan(static_cast<size_t>(range.begin), static_cast<size_t>(range.length()));
@@ -110,6 +124,7 @@ private:
   double fs_;
   GivenTiming given_;
   std::vector<double> sharpened_;
+  std::array<std::vector<SampleRange>, std::size(longestGaps)> busyStretches_;
 };
 
 bool isSampled(double samplingFrequency) {
@@ -121,12 +136,7 @@ bool isSampled(double samplingFrequency) {
 std::vector<ScanSegment> detectScans(std::span<const double> channel, double samplingFrequency,
                                      const GivenTiming& given) {
   if (!isSampled(samplingFrequency)) return {};
-  ScanSearch search(channel, samplingFrequency, given);
-  for (const double longestGap : longestGaps) {
-    std::vector<ScanSegment> found = search.scans(longestGap);
-    if (!found.empty()) return found;
-  }
-  return {};
+  return ScanSearch(channel, samplingFrequency, given).scans();
 }
 
 std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nrOfChannels,

@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 
@@ -13,6 +14,7 @@ constexpr double differenceOver = 0.001; // seconds
 constexpr double blockDuration = 0.1;    // seconds
 constexpr double burstPercentile = 0.95;
 constexpr double headroom = 1.5;
+constexpr size_t predictionOrder = 16;
 
 double usable(double value) {
   return std::fabs(value) <= largestValue ? value : 0; // also for what is not a number
@@ -45,6 +47,31 @@ double levelOfBursts(std::span<const double> sharpened, double samplingFrequency
       largest.begin() + static_cast<int64_t>(burstPercentile * static_cast<double>(largest.size() - 1));
   std::nth_element(largest.begin(), rank, largest.end());
   return headroom * *rank;
+}
+
+void flattenSpectrum(std::span<double> signal, double floor) {
+  std::array<double, predictionOrder + 1> products{};
+  for (size_t i = predictionOrder; i < signal.size(); ++i)
+    for (size_t lag = 0; lag <= predictionOrder; ++lag) products[lag] += signal[i] * signal[i - lag];
+  if (!(products[0] > 0)) return;
+  products[0] *= 1 + floor;
+
+  // Levinson's recursion.
+  std::array<double, predictionOrder + 1> filter{1};
+  double error = products[0];
+  for (size_t order = 1; order <= predictionOrder; ++order) {
+    double sum = 0;
+    for (size_t j = 0; j < order; ++j) sum += filter[j] * products[order - j];
+    const double reflection = -sum / error;
+    const auto before = filter;
+    for (size_t j = 1; j <= order; ++j) filter[j] = before[j] + reflection * before[order - j];
+    error *= 1 - reflection * reflection;
+  }
+  for (size_t i = signal.size(); i-- > 0;) {
+    double sum = 0;
+    for (size_t lag = 0; lag <= std::min(predictionOrder, i); ++lag) sum += filter[lag] * signal[i - lag];
+    signal[i] = sum;
+  }
 }
 
 void clip(std::span<double> signal, double level) {

@@ -2,6 +2,7 @@
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
 #include "artifacts/gradient/timing/Repeats.h"
+#include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,13 +17,16 @@ namespace {
 constexpr double shortestSlice = 0.015; // seconds
 constexpr double longestSlice = 0.6;    // seconds
 constexpr double leastSliceCorrelation = 0.4;
-constexpr double sliceLoss = 0.01;     // of correlation, against the best distance
+constexpr double sliceLossShare = 1.5; // of what even the best distance leaves unexplained ...
+constexpr double sliceLoss = 0.001;    // ... and of correlation
+constexpr double spectralFloor = 0.01;
 constexpr double unlike = 0.5;         // share of the power that a slice leaves in the next
 constexpr double quietShare = 0.02;    // of the mean power
 constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
 constexpr double outstanding = 2;      // power of the slice that differs most, to the second
-constexpr double smallestGap = 0.01;   // of a slice; less is no gap but rounding
+constexpr double besideJump = 0.6;          // power one slice away from a jump, to that at the jump
+constexpr double smallestGap = 0.5;   // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
 class CircularSums {
@@ -129,8 +133,10 @@ double shortestSimilarDistance(const CircularVolume& volume) {
     best = std::max(best, value);
   }
   if (best < leastSliceCorrelation) return 0;
-  const auto first = std::find_if(peaks.begin(), peaks.end(),
-                                  [&](const Peak& peak) { return peak.value >= best - sliceLoss; });
+  best = std::min(best, 1.0);
+  const double enough = 1 - sliceLossShare * (1 - best) - sliceLoss;
+  const auto first =
+      std::find_if(peaks.begin(), peaks.end(), [&](const Peak& peak) { return peak.value >= enough; });
   // A readout makes peaks around every distance; the highest of them is meant.
   Peak chosen = *first;
   for (auto peak = first; peak != peaks.end() && peak->lag < first->lag + first->lag / 5; ++peak)
@@ -267,6 +273,28 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
   slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
 }
 
+/// The place where the distance between slices is longer: there the volume differs most from itself one slice later,
+/// more than where the first slice follows on it. The first slice's onset; nothing when no place stands out.
+std::optional<double> onsetBehindDeadTime(const CircularVolume& volume, double slice, double deadTime) {
+  const std::vector<double> later = volume.from(slice, volume.length());
+  std::vector<double> difference(static_cast<size_t>(volume.length()));
+  for (int64_t t = 0; t < volume.length(); ++t)
+    difference[static_cast<size_t>(t)] =
+        CircularVolume::square(later[static_cast<size_t>(t)] - volume.at(t));
+  const CircularSums sums(difference);
+  const int64_t n = volume.length();
+  const auto width = std::min(static_cast<int64_t>(slice), n);
+  int64_t best = 0;
+  for (int64_t t = 1; t < n; ++t)
+    if (sums.of(t, width) > sums.of(best, width)) best = t;
+  const double most = sums.of(best, width);
+  const double beside = std::max(sums.of((best + width) % n, width), sums.of((best + n - width) % n, width));
+  if (!(beside < besideJump * most)) return std::nullopt;
+  int64_t latest = best;
+  while (latest < best + width && sums.of((latest + 1) % n, width) > 0.98 * most) ++latest;
+  return std::fmod(static_cast<double>(latest) + slice + std::max(0.0, deadTime), volume.duration());
+}
+
 void findActivity(const CircularVolume& volume, SliceStructure& slices) {
   const std::vector<double> values = volume.from(slices.onset, volume.length());
   const int64_t window = volume.samples(activityOver);
@@ -308,7 +336,8 @@ double explainedByAverageSlice(const CircularVolume& volume, const SliceStructur
 int32_t countOf(const CircularVolume& volume, double slice, const std::optional<SimilarStretch>& stretch) {
   double count = std::round(volume.duration() / slice);
   // Every slice but the last resembles the next; the quiet at its end is not seen.
-  if (stretch) count = std::ceil(static_cast<double>(stretch->length) / slice - 0.15) + 1;
+  const double rest = volume.duration() - static_cast<double>(stretch ? stretch->length : volume.length());
+  if (rest > 1.3 * slice) count = std::ceil(static_cast<double>(stretch->length) / slice - 0.15) + 1;
   const double largest = std::floor(volume.duration() / slice + 0.1);
   return static_cast<int32_t>(std::clamp(count, 1.0, std::max(1.0, largest)));
 }
@@ -322,37 +351,46 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   if (!(volumeDuration >= 32) || static_cast<double>(twoVolumes.size()) < 2 * std::floor(volumeDuration))
     return slices;
   const CircularVolume volume(twoVolumes, volumeDuration, samplingFrequency);
+  std::vector<double> flat(twoVolumes.begin(), twoVolumes.end());
+  flattenSpectrum(flat, spectralFloor);
+  const CircularVolume flatVolume(flat, volumeDuration, samplingFrequency);
   double slice = known.sliceDuration > 0 ? known.sliceDuration : 0;
   if (slice == 0 && known.nrOfSlices > 0) {
     // What the volume shows, where it goes with the count.
-    slice = shortestSimilarDistance(volume);
+    slice = shortestSimilarDistance(flatVolume);
     const double times = slice > 0 ? volumeDuration / known.nrOfSlices / slice : 0;
     if (times > 0 && times < 1.8 && times > 0.98)
-      slice = refinedSliceDuration(volume, slice);
+      slice = refinedSliceDuration(flatVolume, slice);
     else if (times >= 1.8)
-      slice = refinedLag(volume, std::round(times) * slice);
+      slice = refinedLag(flatVolume, std::round(times) * slice);
     else
       slice = volumeDuration / known.nrOfSlices;
   } else if (slice == 0) {
-    slice = shortestSimilarDistance(volume);
-    if (slice > 0) slice = refinedSliceDuration(volume, slice);
+    slice = shortestSimilarDistance(flatVolume);
+    if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);
   }
   if (slice <= 0) {
     findActivity(volume, slices);
     return slices;
   }
 
-  const std::optional<SimilarStretch> stretch = stretchOfSlices(volume, slice);
+  const double nearest = std::round(volumeDuration / slice);
+  std::optional<SimilarStretch> stretch = stretchOfSlices(volume, slice);
   slices.nrOfSlices = known.nrOfSlices > 0 ? known.nrOfSlices : countOf(volume, slice, stretch);
   slices.sliceDuration = slice;
   const double gap = volumeDuration - slices.nrOfSlices * slice;
-  const bool hasGap = stretch.has_value() && gap > smallestGap * slice;
-  if (!hasGap && std::fabs(gap) < 0.2 * slice) slices.sliceDuration = volumeDuration / slices.nrOfSlices;
-  if (hasGap) {
+  const std::optional<double> behindDeadTime =
+      slices.nrOfSlices == nearest ? onsetBehindDeadTime(volume, slice, gap) : std::nullopt;
+  if (stretch && gap > smallestGap * slice) {
     slices.onset = static_cast<double>(stretch->begin);
     slices.isOnsetKnown = true;
     alignSlices(volume, slices);
+  } else if (behindDeadTime) {
+    slices.onset = *behindDeadTime;
+    slices.isOnsetKnown = true;
+    alignSlices(volume, slices);
   } else {
+    slices.sliceDuration = volumeDuration / slices.nrOfSlices;
     findFirstSlice(volume, slices);
   }
   findActivity(volume, slices);
