@@ -1,5 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
 #include "artifacts/gradient/timing/Periodicity.h"
 
 #include "artifacts/gradient/timing/Autocorrelation.h"
@@ -24,7 +22,7 @@ constexpr double longestPeriod = 20;                        // seconds
 constexpr double shortestTone = 0.004;                      // seconds; periods from here on are looked at ...
 constexpr double shortestPeriod = 0.015;                    // ... but shorter than this they are tones
 constexpr double leastCorrelation = 0.1;
-constexpr double lineTolerance = 0.003;  // relative, of the period of the mains
+constexpr double lineTolerance = 0.003; // relative, of the period of the mains
 constexpr double spectralFloor = 0.1;
 constexpr double harmlessLoss = 0.001;   // of correlation
 constexpr double independentShare = 0.1; // of the samples
@@ -81,8 +79,8 @@ std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double
   return stretches;
 }
 
-std::optional<double> findPeriod(std::span<const double> sharpened, double samplingFrequency, double expected,
-                                 double reach) {
+std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, double expected,
+                                double reach) {
   const auto whole = static_cast<int64_t>(sharpened.size());
   const int64_t n = std::min(whole, largestCorrelatedSpan);
   const auto from = sharpened.begin() + (whole - n) / 2;
@@ -92,25 +90,31 @@ std::optional<double> findPeriod(std::span<const double> sharpened, double sampl
       part, std::min(2 * n / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
   if (expected > 0) {
     const CorrelationPeak peak = correlation.peakNear(expected, reach);
-    if (peak.value < leastCorrelation) return std::nullopt;
-    return peak.lag;
+    if (peak.value < leastCorrelation) return {};
+    return {{peak.lag, peak.value}};
   }
 
   const std::vector<CorrelationPeak> peaks =
       correlation.peaks(static_cast<int64_t>(shortestTone * samplingFrequency), leastCorrelation);
-  if (peaks.empty()) return std::nullopt;
+  if (peaks.empty()) return {};
   const double best = std::max_element(peaks.begin(), peaks.end(), [](const auto& a, const auto& b) {
                         return a.value < b.value;
                       })->value;
-  for (const CorrelationPeak& peak : peaks) {
-    // The estimate is the better, the more of the signal overlaps and the more it is alike.
-    const double independent = independentShare * (static_cast<double>(n) - peak.lag);
-    const double tolerance = harmlessLoss + 4 * std::max(0.0, 1 - best * best) / std::sqrt(independent);
-    if (peak.value < best - tolerance) continue;
-    if (isTone(peak.lag, samplingFrequency)) return std::nullopt;
-    return peak.lag;
+  const double loss = std::max(0.0, 1 - best);
+  std::vector<Period> periods;
+  for (const double share : {1.0, 0.3, 0.1, 0.0}) {
+    const auto shortest = std::find_if(peaks.begin(), peaks.end(), [&](const CorrelationPeak& peak) {
+      // The estimate is the better, the more of the signal overlaps and the more it is alike.
+      const double independent = independentShare * (static_cast<double>(n) - peak.lag);
+      const double tolerance =
+          harmlessLoss + std::min(loss, 1.5 * harmlessLoss) + 4 * loss * (1 + best) / std::sqrt(independent);
+      return peak.value >= best - share * tolerance;
+    });
+    if (shortest == peaks.end() || isTone(shortest->lag, samplingFrequency)) break;
+    if (periods.empty() || periods.back().samples != shortest->lag)
+      periods.push_back({shortest->lag, shortest->value});
   }
-  return std::nullopt;
+  return periods;
 }
 
 SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
@@ -209,7 +213,6 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
   if (distances.empty()) return 1;
   const double limit = std::max(unitDeviations * 1.4826 * percentile(distances, 0.5), leastUnitCorrelation);
   const double best = *std::max_element(contrast.begin(), contrast.end());
-  if (getenv("DBG")) { fprintf(stderr,"best %g limit %g:", best, limit); for (size_t k=2;k<contrast.size()&&k<60;k++) fprintf(stderr," %.3f", contrast[k]); fprintf(stderr,"\n"); }
   if (best < limit) return 1;
   for (size_t k = 2; k < contrast.size(); ++k)
     if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);

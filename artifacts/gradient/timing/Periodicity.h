@@ -3,8 +3,8 @@
 #include "artifacts/gradient/timing/Repeats.h"
 
 #include <cstdint>
-#include <optional>
 #include <span>
+#include <vector>
 
 namespace emeg {
 
@@ -20,11 +20,18 @@ struct SampleRange {
 std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
                                        double longestGap);
 
-/// The shortest period (samples) after which the signal resembles itself as much as it ever does: one volume,
-/// or one slice where slices are so much alike that volumes hardly stand out. Only within `reach` of
-/// `expected` where that is not 0. Nothing when the signal does not repeat itself, or is just a tone.
-std::optional<double> findPeriod(std::span<const double> sharpened, double samplingFrequency,
-                                 double expected = 0, double reach = 0);
+/// A period (samples) and how much the signal resembles itself after it.
+struct Period {
+  double samples = 0;
+  double similarity = 0;
+};
+
+/// Periods after which the signal resembles itself as much as it ever does, the likeliest first: the shortest
+/// one, which is a volume, or a slice where slices are so much alike that volumes hardly stand out; then
+/// longer ones that are more alike. Only one within `reach` of `expected` where that is not 0. None when the
+/// signal does not repeat itself, or is just a tone.
+std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency,
+                                double expected = 0, double reach = 0);
 
 /// The longest stretch in which the signal resembles what follows one period later; it ends where the last of
 /// these repeats ends.

@@ -11,6 +11,7 @@ namespace emeg {
 namespace {
 
 constexpr double leastSimilarity = 0.5; // of the median, for one more volume
+constexpr double similarityBehindMisses = 0.85;
 constexpr int64_t toleratedMisses = 2;  // volumes that a spike or a dropout may spoil
 constexpr double edgeBlock = 0.01;      // seconds
 constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
@@ -27,7 +28,10 @@ int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit
     if (position < static_cast<double>(limits.begin) ||
         position + fit.line.period > static_cast<double>(limits.end))
       break;
-    if (fit.compareOutside(signal, comparison, v).similarity > leastSimilarity * fit.similarity) {
+    const RepeatFit repeat = fit.compareOutside(signal, comparison, v);
+    // Behind a gap it could be another scan, with its own phase.
+    const double wanted = misses == 0 ? leastSimilarity : similarityBehindMisses;
+    if (repeat.similarity > wanted * fit.similarity && std::fabs(repeat.delay) < 1) {
       outermost = v;
       misses = 0;
     } else {

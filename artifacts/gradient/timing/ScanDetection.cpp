@@ -1,5 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
 #include "artifacts/gradient/timing/ScanDetection.h"
 
 #include "artifacts/gradient/timing/Periodicity.h"
@@ -19,6 +17,7 @@ namespace {
 constexpr double longestGaps[] = {2, 12};
 constexpr double clockTolerance = 0.005;
 constexpr double leastExplained = 0.1;    // of the power, by the average volume
+constexpr double keptPromise = 0.9;       // explained power, to the similarity of volumes
 constexpr double leastStretch = 0.3;      // seconds
 constexpr double volumeOfAlikeSlices = 2; // seconds
 constexpr double longestSlice = 0.25;     // seconds; what repeats faster is no volume
@@ -29,7 +28,7 @@ class ScanSearch {
 public:
   ScanSearch(std::span<const double> channel, double samplingFrequency, const GivenTiming& given)
       : fs_(samplingFrequency), given_(given), sharpened_(sharpenedSignal(channel, samplingFrequency)) {
-    clip(sharpened_, levelOfBursts(sharpened_, fs_));
+    blankSpikes(sharpened_, levelOfBursts(sharpened_, fs_), fs_);
     for (size_t i = 0; i < std::size(longestGaps); ++i)
       busyStretches_[i] = busyStretches(sharpened_, fs_, longestGaps[i]);
   }
@@ -44,7 +43,6 @@ public:
   }
 
 private:
-
   std::vector<ScanSegment> scansIn(std::vector<SampleRange> open) const {
     std::vector<ScanSegment> found;
     for (int round = 0; !open.empty() && round < mostRounds; ++round) {
@@ -80,13 +78,29 @@ private:
     return limits;
   }
 
+  /// The first candidate period that holds what it promises, or the one that explains most of the stretch.
   std::optional<ScanSegment> scanIn(SampleRange stretch, SampleRange limits) const {
     const double expected = given_.volumeDuration * fs_;
-    const std::optional<double> period = findPeriod(part(stretch), fs_, expected, clockTolerance * expected);
-    if (!period) return std::nullopt;
-    SampleRange core = longestRepeatingStretch(part(stretch), *period, fs_);
+    std::optional<ScanSegment> best;
+    double bestScore = 0;
+    for (const Period& period : findPeriods(part(stretch), fs_, expected, clockTolerance * expected)) {
+      const std::optional<ScanSegment> scan = scanOfPeriod(period.samples, stretch, limits);
+      if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
+      const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
+      if (scan->explainedByVolume > keptPromise * period.similarity && covered > 0.5) return scan;
+      const double score = scan->explainedByVolume * std::min(covered, 1.0);
+      if (score > bestScore) {
+        best = scan;
+        bestScore = score;
+      }
+    }
+    return best;
+  }
+
+  std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits) const {
+    SampleRange core = longestRepeatingStretch(part(stretch), period, fs_);
     core = {core.begin + stretch.begin, core.end + stretch.begin};
-    const RepeatLine line{static_cast<double>(core.begin), *period};
+    const RepeatLine line{static_cast<double>(core.begin), period};
     const RepeatRange range =
         wholeRepeats(line, static_cast<double>(core.begin), static_cast<double>(core.end));
     if (range.count() < 2) return std::nullopt;
@@ -95,17 +109,14 @@ private:
     KnownTiming known;
     known.slices.nrOfSlices = given_.nrOfSlicesPerVolume;
     if (given_.firstOnset) known.volumeOnset = *given_.firstOnset * fs_;
-    if (expected <= 0) makeVolumes(repeats, known);
-    std::optional<ScanSegment> scan = describeScan(sharpened_, fs_, repeats, limits, known);
-    if (scan && (scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1)) return std::nullopt;
-    return scan;
+    if (given_.volumeDuration <= 0) makeVolumes(repeats, known);
+    return describeScan(sharpened_, fs_, repeats, limits, known);
   }
 
   /// Repeats may be slices: what distinguishes some of them makes volumes of them.
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const {
     if (repeats.line.period >= longestSlice * fs_) return;
     const int64_t count = repeatsPerLargerUnit(sharpened_, repeats, fs_);
-    if (getenv("DBG")) fprintf(stderr,"period %.4f count %ld of %ld\n", repeats.line.period, count, repeats.range.count());
     if (count > 1) {
       const double slice = repeats.line.period;
       const RepeatLine line{repeats.line.onset, slice * static_cast<double>(count)};

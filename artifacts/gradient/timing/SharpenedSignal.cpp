@@ -14,6 +14,9 @@ constexpr double differenceOver = 0.001; // seconds
 constexpr double blockDuration = 0.1;    // seconds
 constexpr double burstPercentile = 0.95;
 constexpr double headroom = 1.5;
+constexpr double blankAround = 0.005; // seconds
+constexpr int64_t smallestBlankReach = 16;
+constexpr double largestBlankedShare = 0.01;
 constexpr size_t predictionOrder = 16;
 
 double usable(double value) {
@@ -74,8 +77,23 @@ void flattenSpectrum(std::span<double> signal, double floor) {
   }
 }
 
-void clip(std::span<double> signal, double level) {
-  for (double& value : signal) value = std::clamp(value, -level, level);
+void blankSpikes(std::span<double> sharpened, double level, double samplingFrequency) {
+  const auto n = static_cast<int64_t>(sharpened.size());
+  const auto reach = std::max(static_cast<int64_t>(blankAround * samplingFrequency), smallestBlankReach);
+  std::vector<int64_t> spikes; // one per stretch that is blanked
+  int64_t blanked = 0;
+  for (int64_t i = 0; i < n; ++i) {
+    if (std::fabs(sharpened[static_cast<size_t>(i)]) <= level) continue;
+    blanked += spikes.empty() ? 2 * reach : std::min(i - spikes.back(), 2 * reach);
+    spikes.push_back(i);
+  }
+  if (static_cast<double>(blanked) > largestBlankedShare * static_cast<double>(n)) {
+    for (double& value : sharpened) value = std::clamp(value, -level, level);
+    return;
+  }
+  for (const int64_t spike : spikes)
+    std::fill(sharpened.begin() + std::max<int64_t>(spike - reach, 0),
+              sharpened.begin() + std::min(spike + reach, n), 0.0);
 }
 
 } // namespace emeg

@@ -14,13 +14,15 @@ std::vector<double> sharpenedSignal(std::span<const double> channel, double samp
 /// no spike counts for more than a gradient burst. 0 for a flat signal.
 double levelOfBursts(std::span<const double> sharpened, double samplingFrequency);
 
-/// Evens out the spectrum by a short prediction-error filter (linear prediction from the 16 samples before; Makhoul:
-/// Linear prediction: a tutorial review, Proc. IEEE 63, 1975), so that the tone of a readout, alike at every one of
-/// its periods, does not drown what differs from slice to slice. What is weaker than `floor` times the mean power
-/// stays weak, as it may be noise.
+/// Evens out the spectrum by a short prediction-error filter (linear prediction from the 16 samples before;
+/// Makhoul: Linear prediction: a tutorial review, Proc. IEEE 63, 1975), so that the tone of a readout, alike
+/// at every one of its periods, does not drown what differs from slice to slice. What is weaker than `floor`
+/// times the mean power stays weak, as it may be noise.
 void flattenSpectrum(std::span<double> signal, double floor);
 
-/// Cuts values beyond +-level.
-void clip(std::span<double> signal, double level);
+/// Spikes, what exceeds +-level, become 0 with 10 ms (and at least 32 samples) around them, so that they
+/// count as dropouts. Where that would be more than a hundredth of the signal, it is cut at the level
+/// instead.
+void blankSpikes(std::span<double> sharpened, double level, double samplingFrequency);
 
 } // namespace emeg

@@ -25,8 +25,8 @@ constexpr double quietShare = 0.02;    // of the mean power
 constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
 constexpr double outstanding = 2;      // power of the slice that differs most, to the second
-constexpr double besideJump = 0.6;          // power one slice away from a jump, to that at the jump
-constexpr double smallestGap = 0.5;   // of a slice; less is dead time in which no slice fits
+constexpr double jumpShare = 0.62;     // of the unlike power in two slices, to be in one
+constexpr double smallestGap = 0.5;    // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
 class CircularSums {
@@ -239,6 +239,15 @@ int64_t endOfLongestQuiet(const CircularVolume& volume, const std::vector<double
   return longest >= volume.samples(activityOver) ? (end + window - 1) % n : 0;
 }
 
+/// Moves the onset, by less than a slice, to where slices become active behind their quiet (if they have
+/// any).
+void snapToActivity(const CircularVolume& volume, SliceStructure& slices) {
+  const auto quietEnd = static_cast<double>(endOfLongestQuiet(volume, averageSlice(volume, slices)));
+  if (quietEnd == 0) return;
+  slices.onset += quietEnd < slices.sliceDuration / 2 ? quietEnd : quietEnd - slices.sliceDuration;
+  slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
+}
+
 /// The slice that differs most from the average: its onset, if it stands out.
 void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
   const std::vector<double> average = averageSlice(volume, slices);
@@ -273,14 +282,14 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
   slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
 }
 
-/// The place where the distance between slices is longer: there the volume differs most from itself one slice later,
-/// more than where the first slice follows on it. The first slice's onset; nothing when no place stands out.
+/// The place where the distance between slices is longer: there the volume differs most from itself one slice
+/// later, more than where the first slice follows on it. The first slice's onset; nothing when no place
+/// stands out.
 std::optional<double> onsetBehindDeadTime(const CircularVolume& volume, double slice, double deadTime) {
   const std::vector<double> later = volume.from(slice, volume.length());
   std::vector<double> difference(static_cast<size_t>(volume.length()));
   for (int64_t t = 0; t < volume.length(); ++t)
-    difference[static_cast<size_t>(t)] =
-        CircularVolume::square(later[static_cast<size_t>(t)] - volume.at(t));
+    difference[static_cast<size_t>(t)] = CircularVolume::square(later[static_cast<size_t>(t)] - volume.at(t));
   const CircularSums sums(difference);
   const int64_t n = volume.length();
   const auto width = std::min(static_cast<int64_t>(slice), n);
@@ -288,8 +297,9 @@ std::optional<double> onsetBehindDeadTime(const CircularVolume& volume, double s
   for (int64_t t = 1; t < n; ++t)
     if (sums.of(t, width) > sums.of(best, width)) best = t;
   const double most = sums.of(best, width);
-  const double beside = std::max(sums.of((best + width) % n, width), sums.of((best + n - width) % n, width));
-  if (!(beside < besideJump * most)) return std::nullopt;
+  double mostOfTwo = 0;
+  for (int64_t t = 0; t < n; ++t) mostOfTwo = std::max(mostOfTwo, sums.of(t, std::min(2 * width, n)));
+  if (!(most > jumpShare * mostOfTwo)) return std::nullopt;
   int64_t latest = best;
   while (latest < best + width && sums.of((latest + 1) % n, width) > 0.98 * most) ++latest;
   return std::fmod(static_cast<double>(latest) + slice + std::max(0.0, deadTime), volume.duration());
@@ -309,12 +319,12 @@ void findActivity(const CircularVolume& volume, SliceStructure& slices) {
   slices.lastActivity = static_cast<double>(last + window);
 }
 
-/// With a gap the volume's length says nothing about the slices' distance: a line through all but the first does.
+/// With a gap the volume's length says nothing about the slices' distance: a line through all but the first
+/// does.
 void alignSlices(const CircularVolume& volume, SliceStructure& slices) {
   if (slices.nrOfSlices < 4) return;
   const std::vector<double> fromOnset = volume.from(slices.onset, volume.length());
-  const FittedRepeats fit =
-      fitRepeats(fromOnset, {0, slices.sliceDuration}, {1, slices.nrOfSlices - 2});
+  const FittedRepeats fit = fitRepeats(fromOnset, {0, slices.sliceDuration}, {1, slices.nrOfSlices - 2});
   if (std::fabs(fit.line.period - slices.sliceDuration) < 1) slices.sliceDuration = fit.line.period;
 }
 
@@ -367,6 +377,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
       slice = volumeDuration / known.nrOfSlices;
   } else if (slice == 0) {
     slice = shortestSimilarDistance(flatVolume);
+    if (slice == 0) slice = shortestSimilarDistance(volume);
     if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);
   }
   if (slice <= 0) {
@@ -389,6 +400,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
     slices.onset = *behindDeadTime;
     slices.isOnsetKnown = true;
     alignSlices(volume, slices);
+    snapToActivity(volume, slices);
   } else {
     slices.sliceDuration = volumeDuration / slices.nrOfSlices;
     findFirstSlice(volume, slices);
