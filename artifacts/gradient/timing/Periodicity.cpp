@@ -24,6 +24,7 @@ constexpr double shortestPeriod = 0.015;                    // ... but shorter t
 constexpr double leastCorrelation = 0.1;
 constexpr double lineTolerance = 0.003; // relative, of the period of the mains
 constexpr double spectralFloor = 0.1;
+constexpr double noiseFloor = 0.01;      // of the mean power, in what an average leaves
 constexpr double harmlessLoss = 0.001;   // of correlation
 constexpr double independentShare = 0.1; // of the samples
 constexpr int64_t blocksPerWindow = 8;
@@ -79,13 +80,13 @@ std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double
   return stretches;
 }
 
-std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, double expected,
-                                double reach) {
+std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
+                                double expected, double reach) {
   const auto whole = static_cast<int64_t>(sharpened.size());
   const int64_t n = std::min(whole, largestCorrelatedSpan);
   const auto from = sharpened.begin() + (whole - n) / 2;
   std::vector<double> part(from, from + n);
-  flattenSpectrum(part, spectralFloor);
+  if (evened) flattenSpectrum(part, spectralFloor);
   const Autocorrelation correlation(
       part, std::min(2 * n / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
   if (expected > 0) {
@@ -198,6 +199,7 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
       rest[static_cast<size_t>(i - begin)] -= shifted[static_cast<size_t>(i - from)];
   }
 
+  flattenSpectrum(rest, noiseFloor);
   const Autocorrelation correlation(
       rest, std::min((end - begin) * 2 / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
   std::vector<double> values{1}; // index k: after k repeats

@@ -16,7 +16,8 @@ constexpr int64_t toleratedMisses = 2;  // volumes that a spike or a dropout may
 constexpr double edgeBlock = 0.01;      // seconds
 constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
 constexpr double leastEdgeGain = 0.5;
-constexpr double edgeSlack = 0.3; // of a slice: what may be missing of a whole volume
+constexpr int64_t mostMissedBlocks = 40; // a dropout is that long
+constexpr double edgeSlack = 0.3;        // of a slice: what may be missing of a whole volume
 
 /// Repeats beyond the known ones that still resemble the average, in one direction.
 int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit,
@@ -75,19 +76,10 @@ public:
     floor_ = leastEdgePower * power * static_cast<double>(block_) / static_cast<double>(average_.size());
   }
 
-  double begin() const {
-    for (int64_t v = fit_.range.first - 2; v <= fit_.range.last; ++v)
-      for (int64_t b = 0; b < nrOfBlocks_; ++b)
-        if (holds(v, b) && nextHolds(v, b, 1)) return std::max(start(v, b), 0.0);
-    return 0;
-  }
-
+  double begin() const { return std::max(outermost(fit_.range.first, -1), 0.0); }
   double end() const {
-    for (int64_t v = fit_.range.last + 2; v >= fit_.range.first; --v)
-      for (int64_t b = nrOfBlocks_ - 1; b >= 0; --b)
-        if (holds(v, b) && nextHolds(v, b, -1))
-          return std::min(start(v, b) + static_cast<double>(block_), static_cast<double>(signal_.size()));
-    return 0;
+    return std::min(outermost(fit_.range.last, 1) + static_cast<double>(block_),
+                    static_cast<double>(signal_.size()));
   }
 
 private:
@@ -102,20 +94,23 @@ private:
     return power > floor_;
   }
 
-  /// A single block may be alike by chance: the next busy one, inwards, has to be as well.
-  bool nextHolds(int64_t v, int64_t b, int64_t step) const {
-    int held = 0, busy = 0;
-    for (int64_t k = 0; k < nrOfBlocks_ && busy < 3; ++k) {
-      b += step;
-      if (b < 0 || b >= nrOfBlocks_) {
-        v += step;
-        b = b < 0 ? nrOfBlocks_ - 1 : 0;
-      }
+  /// Start of the last block that holds on the way out through the given repeat and its neighbour. Another
+  /// scan may come behind a pause: the way ends where too many busy blocks in a row do not hold.
+  double outermost(int64_t repeat, int64_t step) const {
+    double found = start(repeat, step < 0 ? nrOfBlocks_ - 1 : 0);
+    int64_t missed = 0;
+    for (int64_t k = 0; k < 2 * nrOfBlocks_ && missed <= mostMissedBlocks; ++k) {
+      const int64_t v = repeat + step * (k / nrOfBlocks_);
+      const int64_t b = step < 0 ? nrOfBlocks_ - 1 - k % nrOfBlocks_ : k % nrOfBlocks_;
       if (!isBusy(b)) continue;
-      ++busy;
-      if (holds(v, b)) ++held;
+      if (holds(v, b)) {
+        found = start(v, b);
+        missed = 0;
+      } else {
+        ++missed;
+      }
     }
-    return held >= 2;
+    return found;
   }
 
   bool holds(int64_t v, int64_t b) const {

@@ -16,12 +16,13 @@ namespace {
 /// as with long silent delays between volumes.
 constexpr double longestGaps[] = {2, 12};
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;    // of the power, by the average volume
-constexpr double keptPromise = 0.9;       // explained power, to the similarity of volumes
-constexpr double leastStretch = 0.3;      // seconds
-constexpr double volumeOfAlikeSlices = 2; // seconds
-constexpr double longestSlice = 0.25;     // seconds; what repeats faster is no volume
-constexpr int mostRounds = 200;           // scans and leftovers looked at
+constexpr double leastExplained = 0.1;     // of the power, by the average volume
+constexpr double worthLongerPeriod = 0.01; // of the explained power
+constexpr double samePeriod = 0.2;         // samples
+constexpr double leastStretch = 0.3;       // seconds
+constexpr double volumeOfAlikeSlices = 2;  // seconds
+constexpr double longestSlice = 0.25;      // seconds; what repeats faster is no volume
+constexpr int mostRounds = 200;            // scans and leftovers looked at
 
 /// One channel's search.
 class ScanSearch {
@@ -78,23 +79,37 @@ private:
     return limits;
   }
 
-  /// The first candidate period that holds what it promises, or the one that explains most of the stretch.
+  /// The candidate period that explains most of the stretch; of those that explain as much, the shortest.
   std::optional<ScanSegment> scanIn(SampleRange stretch, SampleRange limits) const {
-    const double expected = given_.volumeDuration * fs_;
     std::optional<ScanSegment> best;
     double bestScore = 0;
-    for (const Period& period : findPeriods(part(stretch), fs_, expected, clockTolerance * expected)) {
-      const std::optional<ScanSegment> scan = scanOfPeriod(period.samples, stretch, limits);
+    for (const double period : candidatePeriods(stretch)) {
+      const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
-      if (scan->explainedByVolume > keptPromise * period.similarity && covered > 0.5) return scan;
-      const double score = scan->explainedByVolume * std::min(covered, 1.0);
-      if (score > bestScore) {
+      // A count that something tells is worth as much as a little explained power.
+      const double score = scan->explainedByVolume * std::min(covered, 1.0) +
+                           (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
+      if (score > bestScore + (best ? worthLongerPeriod : 0)) {
         best = scan;
         bestScore = score;
       }
     }
     return best;
+  }
+
+  /// In ascending order.
+  std::vector<double> candidatePeriods(SampleRange stretch) const {
+    const double expected = given_.volumeDuration * fs_;
+    std::vector<double> periods;
+    for (const bool evened : {false, true})
+      for (const Period& period :
+           findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
+        periods.push_back(period.samples);
+    std::sort(periods.begin(), periods.end());
+    const auto same = [](double a, double b) { return b - a < samePeriod; };
+    periods.erase(std::unique(periods.begin(), periods.end(), same), periods.end());
+    return periods;
   }
 
   std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits) const {

@@ -33,7 +33,7 @@ double medianOf(const std::vector<const ScanSegment*>& scans, Value valueOf) {
 double weightOf(const std::vector<const ScanSegment*>& party) {
   double weight = 0;
   for (const ScanSegment* scan : party)
-    weight += (1 + 0.1 * scan->explainedByVolume) * (scan->isCountIdentifiable ? 3 : 1);
+    weight += (1 + 0.1 * scan->explainedByVolume) * (scan->isCountIdentifiable ? 1.5 : 1);
   return weight;
 }
 

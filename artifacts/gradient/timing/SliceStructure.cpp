@@ -17,8 +17,9 @@ namespace {
 constexpr double shortestSlice = 0.015; // seconds
 constexpr double longestSlice = 0.6;    // seconds
 constexpr double leastSliceCorrelation = 0.4;
-constexpr double sliceLossShare = 1.5; // of what even the best distance leaves unexplained ...
-constexpr double sliceLoss = 0.001;    // ... and of correlation
+constexpr double leastFlatCorrelation = 0.2; // with the spectrum evened out, where noise counts
+constexpr double sliceLossShare = 0.5;       // of what even the best distance leaves unexplained ...
+constexpr double sliceLoss = 0.001;          // ... and of correlation
 constexpr double spectralFloor = 0.01;
 constexpr double unlike = 0.5;         // share of the power that a slice leaves in the next
 constexpr double quietShare = 0.02;    // of the mean power
@@ -110,7 +111,7 @@ double refinedLag(const CircularVolume& volume, double lag) {
 }
 
 /// The shortest distance at which the volume resembles itself almost as much as at any; 0 when at none.
-double shortestSimilarDistance(const CircularVolume& volume) {
+double shortestSimilarDistance(const CircularVolume& volume, double least) {
   const int64_t from = volume.samples(shortestSlice);
   const int64_t to = std::min(volume.samples(longestSlice), volume.length() / 2 + volume.length() / 8);
   std::vector<double> values;
@@ -124,7 +125,7 @@ double shortestSimilarDistance(const CircularVolume& volume) {
   for (int64_t lag = from; lag <= to; ++lag) {
     const auto i = static_cast<size_t>(lag - from + 1);
     if (values[i] < values[i - 1] || values[i] <= values[i + 1]) continue;
-    if (values[i] < 0.5 * leastSliceCorrelation) continue; // between samples it may be higher
+    if (values[i] < 0.5 * least) continue; // between samples it may be higher
     // The parabola through three points is good enough to compare peaks with.
     const double curvature = 2 * values[i] - values[i - 1] - values[i + 1];
     const double slope = (values[i + 1] - values[i - 1]) / 2;
@@ -132,9 +133,9 @@ double shortestSimilarDistance(const CircularVolume& volume) {
     peaks.push_back({lag, value});
     best = std::max(best, value);
   }
-  if (best < leastSliceCorrelation) return 0;
+  if (best < least) return 0;
   best = std::min(best, 1.0);
-  const double enough = 1 - sliceLossShare * (1 - best) - sliceLoss;
+  const double enough = best - std::min(sliceLossShare * (1 - best), 0.05 * best) - sliceLoss;
   const auto first =
       std::find_if(peaks.begin(), peaks.end(), [&](const Peak& peak) { return peak.value >= enough; });
   // A readout makes peaks around every distance; the highest of them is meant.
@@ -236,7 +237,7 @@ int64_t endOfLongestQuiet(const CircularVolume& volume, const std::vector<double
       end = (t + 1) % n;
     }
   }
-  return longest >= volume.samples(activityOver) ? (end + window - 1) % n : 0;
+  return longest >= volume.samples(activityOver) ? end : 0;
 }
 
 /// Moves the onset, by less than a slice, to where slices become active behind their quiet (if they have
@@ -257,9 +258,11 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
     const std::vector<double> slice = volume.from(onset, static_cast<int64_t>(average.size()));
     for (size_t t = 0; t < average.size(); ++t) {
       const auto at = static_cast<int64_t>(std::floor(onset + static_cast<double>(t))) % volume.length();
-      rest[static_cast<size_t>(at)] = CircularVolume::square(slice[t] - average[t]);
+      rest[static_cast<size_t>(at)] = slice[t] - average[t];
     }
   }
+  flattenSpectrum(rest, spectralFloor);
+  for (double& value : rest) value = CircularVolume::square(value);
   const CircularSums sums(rest);
   const auto width = std::min(static_cast<int64_t>(slices.sliceDuration), volume.length());
   int64_t best = 0;
@@ -367,7 +370,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   double slice = known.sliceDuration > 0 ? known.sliceDuration : 0;
   if (slice == 0 && known.nrOfSlices > 0) {
     // What the volume shows, where it goes with the count.
-    slice = shortestSimilarDistance(flatVolume);
+    slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
     const double times = slice > 0 ? volumeDuration / known.nrOfSlices / slice : 0;
     if (times > 0 && times < 1.8 && times > 0.98)
       slice = refinedSliceDuration(flatVolume, slice);
@@ -376,8 +379,8 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
     else
       slice = volumeDuration / known.nrOfSlices;
   } else if (slice == 0) {
-    slice = shortestSimilarDistance(flatVolume);
-    if (slice == 0) slice = shortestSimilarDistance(volume);
+    slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
+    if (slice == 0) slice = shortestSimilarDistance(volume, leastSliceCorrelation);
     if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);
   }
   if (slice <= 0) {
