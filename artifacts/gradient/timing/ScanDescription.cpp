@@ -221,7 +221,9 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   // Behind the last volume there may be quiet.
   const auto twoVolumes = averageRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
                                         static_cast<int64_t>(std::ceil(2 * period)) + 1, fit.used);
-  const SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, known.slices);
+  KnownSlices knownSlices = known.slices;
+  if (known.volumeOnset) knownSlices.onset = *known.volumeOnset - fit.line.onset;
+  const SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);
   segment.nrOfSlicesPerVolume = slices.nrOfSlices;
   segment.sliceDuration = slices.sliceDuration;
   segment.isCountIdentifiable = slices.isOnsetKnown || known.slices.nrOfSlices > 0;

@@ -14,6 +14,7 @@ namespace emeg {
 struct GivenTiming {
   double volumeDuration = 0;       ///< seconds, as set at the scanner; its clock may differ by half a percent
   int32_t nrOfSlicesPerVolume = 0; ///< excitations, where several slices are excited at once
+  double sliceDuration = 0;        ///< seconds
   std::optional<double> firstOnset; ///< seconds, of the first volume; its nearest whole volume counts
 };
 

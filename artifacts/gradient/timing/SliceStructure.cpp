@@ -395,7 +395,15 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   const double gap = volumeDuration - slices.nrOfSlices * slice;
   const std::optional<double> behindDeadTime =
       slices.nrOfSlices == nearest ? onsetBehindDeadTime(volume, slice, gap) : std::nullopt;
-  if (stretch && gap > smallestGap * slice) {
+  const bool hasGap = stretch && gap > smallestGap * slice;
+  if (known.onset) {
+    slices.onset = *known.onset - std::floor(*known.onset / volumeDuration) * volumeDuration;
+    slices.isOnsetKnown = true;
+    if (hasGap || behindDeadTime)
+      alignSlices(volume, slices);
+    else
+      slices.sliceDuration = volumeDuration / slices.nrOfSlices;
+  } else if (hasGap) {
     slices.onset = static_cast<double>(stretch->begin);
     slices.isOnsetKnown = true;
     alignSlices(volume, slices);

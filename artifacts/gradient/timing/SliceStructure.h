@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace emeg {
@@ -18,8 +19,9 @@ struct SliceStructure {
 
 /// What is known about the slices beforehand.
 struct KnownSlices {
-  int32_t nrOfSlices = 0;   ///< 0: not known
-  double sliceDuration = 0; ///< samples; 0: not known
+  int32_t nrOfSlices = 0;      ///< 0: not known
+  double sliceDuration = 0;    ///< samples; 0: not known
+  std::optional<double> onset; ///< of the first slice, from the start of the average
 };
 
 /// Finds the slices in an average volume that begins anywhere. `twoVolumes` is the average of two volumes in
