@@ -73,12 +73,12 @@ std::vector<Kind> allKinds() {
   };
 }
 
-/// A scan as it is: whole volumes, and the sequence that the removal is given.
+/// A scan as it is.
 struct TrueScan {
   ScanTiming timing;
   int64_t firstWhole = 0;
   int64_t nrOfWhole = 0;
-  MRSequence sequence;
+  ScanSegment segment;
 };
 
 struct Recording {
@@ -92,22 +92,23 @@ void setWindow(MRSequence& sequence) {
   sequence.windowHalfLength = static_cast<int32_t>(std::ceil(windowSlices / rate));
 }
 
-TrueScan trueScan(const ScanTiming& timing, double seconds, double active) {
+TrueScan trueScan(const ScanTiming& timing, double seconds, double active, double fs) {
   TrueScan scan;
   scan.timing = timing;
   while (timing.volumeOnset(scan.firstWhole) < 0) ++scan.firstWhole;
   int64_t last = timing.nrOfVolumes - 1;
   while (timing.sliceOnset(last, timing.nrOfSlicesPerVolume - 1) + active > seconds) --last;
   scan.nrOfWhole = last - scan.firstWhole + 1;
-  const int64_t before = scan.firstWhole > 0 ? 1 : 0;
-  const int64_t behind = last + 1 < timing.nrOfVolumes && timing.volumeOnset(last + 1) < seconds ? 1 : 0;
-  MRSequence& sequence = scan.sequence;
-  sequence.nrOfVolumes = static_cast<int32_t>(scan.nrOfWhole + before + behind);
-  sequence.nrOfSlicesPerVolume = timing.nrOfSlicesPerVolume;
-  sequence.volumeDuration = timing.volumeDuration;
-  sequence.sliceDuration = timing.sliceDuration;
-  sequence.firstTriggerTime = timing.volumeOnset(scan.firstWhole - before);
-  setWindow(sequence);
+  ScanSegment& segment = scan.segment;
+  segment.begin = std::max(0.0, timing.firstVolumeOnset * fs);
+  segment.end = std::min(seconds, timing.end()) * fs;
+  segment.firstVolumeOnset = timing.volumeOnset(scan.firstWhole) * fs;
+  segment.volumeDuration = timing.volumeDuration * fs;
+  segment.sliceDuration = timing.sliceDuration * fs;
+  segment.nrOfSlicesPerVolume = timing.nrOfSlicesPerVolume;
+  segment.nrOfVolumes = static_cast<int32_t>(scan.nrOfWhole);
+  segment.beginsInVolume = scan.firstWhole > 0;
+  segment.endsInVolume = last + 1 < timing.nrOfVolumes && timing.volumeOnset(last + 1) < seconds;
   return scan;
 }
 
@@ -136,42 +137,44 @@ Recording simulate(const Kind& kind, double fs, uint64_t seed, double seconds) {
       }
   const double active = parameters.gradient->secondBurstDelay + parameters.gradient->burstDuration;
   for (const ScanTiming& timing : simulation.gradient()->timings())
-    recording.scans.push_back(trueScan(timing, seconds, std::min(active, timing.sliceDuration)));
+    recording.scans.push_back(trueScan(timing, seconds, std::min(active, timing.sliceDuration), fs));
   return recording;
 }
 
 /// Removes every scan's artifact from the stretch that is nearer to it than to any other.
-std::vector<double> corrected(const std::vector<double>& channel, const std::vector<MRSequence>& sequences,
+std::vector<double> corrected(const std::vector<double>& channel, const std::vector<ScanSegment>& scans,
                               double fs, bool volumeWise) {
   std::vector<double> result = channel;
-  for (size_t i = 0; i < sequences.size(); i++) {
-    const auto endOf = [&](const MRSequence& s) { return s.onsetOf(s.nrOfVolumes, 0, fs); };
+  for (size_t i = 0; i < scans.size(); i++) {
     const auto between = [&](size_t a, size_t b) {
-      return static_cast<size_t>(std::clamp((endOf(sequences[a]) + sequences[b].onsetOf(0, 0, fs)) / 2, 0.0,
-                                            static_cast<double>(channel.size())));
+      return static_cast<size_t>(
+          std::clamp((scans[a].end + scans[b].begin) / 2, 0.0, static_cast<double>(channel.size())));
     };
     const size_t begin = i == 0 ? 0 : between(i - 1, i);
-    const size_t end = i + 1 == sequences.size() ? channel.size() : between(i, i + 1);
+    const size_t end = i + 1 == scans.size() ? channel.size() : between(i, i + 1);
     if (end <= begin + 100) continue;
-    MRSequence sequence = sequences[i];
-    sequence.firstTriggerTime -= static_cast<double>(begin) / fs;
-    const WholeVolumes whole = withWholeVolumes(std::span(channel).subspan(begin, end - begin), sequence, fs);
-    sequence.firstTriggerTime += static_cast<double>(whole.nrOfAddedBefore) / fs;
+    ScanSegment scan = scans[i];
+    scan.begin -= static_cast<double>(begin);
+    scan.end -= static_cast<double>(begin);
+    scan.firstVolumeOnset -= static_cast<double>(begin);
+    const WholeVolumes whole = withWholeVolumes(std::span(channel).subspan(begin, end - begin), scan);
+    MRSequence sequence = sequenceOf(scan, fs, -static_cast<double>(whole.nrOfAddedBefore));
+    setWindow(sequence);
     const size_t n = whole.samples.size();
     std::vector<double> b(n), c(n), d(n), estimate(n, 0.0);
     computeSplineCoefficients(whole.samples.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n));
     const SplinedSignal splined{whole.samples.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n)};
     estimateGradientArtifact(splined, sequence, fs, volumeWise, estimate.data());
-    for (size_t t = begin; t < end; t++)
-      result[t] -= estimate[t - begin + static_cast<size_t>(whole.nrOfAddedBefore)];
+    for (int64_t t = whole.firstOfScan; t < whole.endOfScan; t++)
+      result[begin + static_cast<size_t>(t)] -= estimate[static_cast<size_t>(t + whole.nrOfAddedBefore)];
   }
   return result;
 }
 
-double residualDb(const Recording& recording, const std::vector<MRSequence>& sequences, bool volumeWise) {
+double residualDb(const Recording& recording, const std::vector<ScanSegment>& scans, bool volumeWise) {
   double artifact = 0, residual = 0;
   for (size_t c = 0; c < correctedChannels; c++) {
-    const std::vector<double> after = corrected(recording.recorded[c], sequences, recording.fs, volumeWise);
+    const std::vector<double> after = corrected(recording.recorded[c], scans, recording.fs, volumeWise);
     for (const TrueScan& scan : recording.scans) {
       const auto n = static_cast<double>(after.size());
       const auto from = static_cast<size_t>(std::clamp(scan.timing.firstVolumeOnset * recording.fs, 0.0, n));
@@ -197,12 +200,8 @@ Outcome judge(const Kind& kind, const Recording& recording, const std::vector<Sc
               bool each) {
   Outcome outcome;
   outcome.isExact = found.size() == recording.scans.size();
-  std::vector<MRSequence> trueSequences, foundSequences;
-  for (const TrueScan& scan : recording.scans) trueSequences.push_back(scan.sequence);
-  for (const ScanSegment& segment : found) {
-    foundSequences.push_back(sequenceOf(segment, recording.fs));
-    setWindow(foundSequences.back());
-  }
+  std::vector<ScanSegment> truth;
+  for (const TrueScan& scan : recording.scans) truth.push_back(scan.segment);
   for (size_t i = 0; i < std::min(found.size(), recording.scans.size()); i++) {
     const TrueScan& scan = recording.scans[i];
     const bool counts = found[i].nrOfVolumes == scan.nrOfWhole &&
@@ -227,11 +226,11 @@ Outcome judge(const Kind& kind, const Recording& recording, const std::vector<Sc
           onset, found[i].begin, found[i].end, found[i].explainedByVolume, found[i].explainedBySlice,
           found[i].nrOfChannelsAgreeing);
   }
-  const double trueSlices = residualDb(recording, trueSequences, false);
-  const double trueVolumes = residualDb(recording, trueSequences, true);
+  const double trueSlices = residualDb(recording, truth, false);
+  const double trueVolumes = residualDb(recording, truth, true);
   outcome.truthDb = trueSlices;
-  outcome.lossSliceWise = residualDb(recording, foundSequences, false) - trueSlices;
-  outcome.lossVolumeWise = residualDb(recording, foundSequences, true) - trueVolumes;
+  outcome.lossSliceWise = residualDb(recording, found, false) - trueSlices;
+  outcome.lossVolumeWise = residualDb(recording, found, true) - trueVolumes;
   return outcome;
 }
 

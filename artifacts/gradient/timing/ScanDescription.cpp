@@ -210,9 +210,7 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   if (!(segment.end > segment.begin)) return std::nullopt;
 
   if (known.slicesTakenForVolume > 0) {
-    // The first onset keeps the raster of the slices.
-    const double steps = std::round((segment.begin - fit.line.onset) / period);
-    segment.firstVolumeOnset = fit.line.at(steps);
+    segment.firstVolumeOnset = segment.begin;
     return alikeSlices(
         segment, period,
         bestDivisor(std::round((segment.end - segment.begin) / period), known.slicesTakenForVolume));

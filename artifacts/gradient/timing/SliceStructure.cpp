@@ -274,14 +274,16 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
     second = std::max(second, sums.of(t % volume.length(), width));
   slices.isOnsetKnown = most > outstanding * second;
 
-  // Several windows hold the whole difference; the last of them begins with it.
-  int64_t latest = best;
-  while (latest < best + width && sums.of((latest + 1) % volume.length(), width) > 0.98 * most) ++latest;
-  const double quietEnd = slices.onset + static_cast<double>(endOfLongestQuiet(volume, average));
-  const double steps = std::round((static_cast<double>(latest) - quietEnd) / slices.sliceDuration);
-  const double onGrid = quietEnd + steps * slices.sliceDuration;
-  const bool hasQuiet = quietEnd > slices.onset;
-  slices.onset = hasQuiet && slices.isOnsetKnown ? onGrid : static_cast<double>(latest);
+  const int64_t quiet = endOfLongestQuiet(volume, average);
+  const double quietEnd = slices.onset + static_cast<double>(quiet);
+  slices.onset = static_cast<double>(best);
+  if (quiet > 0 && slices.isOnsetKnown) {
+    // Several windows hold the whole difference; the last of them begins with it.
+    int64_t latest = best;
+    while (latest < best + width && sums.of((latest + 1) % volume.length(), width) > 0.98 * most) ++latest;
+    const double steps = std::round((static_cast<double>(latest) - quietEnd) / slices.sliceDuration);
+    slices.onset = quietEnd + steps * slices.sliceDuration;
+  }
   slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
 }
 

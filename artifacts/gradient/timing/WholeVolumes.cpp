@@ -11,34 +11,41 @@ namespace {
 
 constexpr int64_t splineMargin = 2; // samples, so that the spline's last piece is not the volume's
 
-/// Samples that `missing` (a real number) asks for, at most a volume.
-int64_t added(double missing, double volume) {
-  if (!(missing > 0)) return 0;
-  return static_cast<int64_t>(std::ceil(std::min(missing, volume))) + splineMargin;
-}
-
 } // namespace
 
-WholeVolumes withWholeVolumes(std::span<const double> channel, const MRSequence& sequence,
-                              double samplingFrequency) {
-  const double volume = sequence.volumeDuration * samplingFrequency;
+WholeVolumes withWholeVolumes(std::span<const double> channel, const ScanSegment& segment) {
   const auto n = static_cast<int64_t>(channel.size());
+  const double volume = segment.volumeDuration;
   WholeVolumes result;
-  // Without a second volume there is nothing to take anything from.
-  if (!(volume >= 1) || volume > static_cast<double>(n) || sequence.nrOfVolumes < 2) {
-    result.samples.assign(channel.begin(), channel.end());
-    return result;
+  result.endOfScan = n;
+  result.samples.assign(channel.begin(), channel.end());
+  // Without a whole volume there is nothing to take anything from.
+  if (!(volume >= 1) || volume > static_cast<double>(n) || segment.nrOfVolumes < 1) return result;
+  const auto inside = [&](double position) {
+    return static_cast<int64_t>(std::clamp(position, 0.0, static_cast<double>(n)));
+  };
+
+  if (segment.endsInVolume) {
+    const double end = segment.volumeOnset(segment.nrOfVolumes + 1);
+    result.endOfScan = inside(std::floor(segment.end));
+    const auto to =
+        static_cast<int64_t>(std::ceil(std::clamp(end, segment.end, segment.end + volume))) + splineMargin;
+    result.samples.resize(static_cast<size_t>(std::max(n, to)));
+    readShifted(
+        channel, static_cast<double>(result.endOfScan) - volume,
+        std::span(result.samples)
+            .subspan(static_cast<size_t>(result.endOfScan), static_cast<size_t>(to - result.endOfScan)));
   }
-  const double begin = sequence.onsetOf(0, 0, samplingFrequency);
-  const double end = sequence.onsetOf(sequence.nrOfVolumes, 0, samplingFrequency);
-  const int64_t before = added(-begin, volume);
-  const int64_t behind = added(end - static_cast<double>(n), volume);
-  result.nrOfAddedBefore = before;
-  result.samples.resize(static_cast<size_t>(before + n + behind));
-  const std::span<double> samples(result.samples);
-  std::copy(channel.begin(), channel.end(), samples.begin() + before);
-  readShifted(channel, volume - static_cast<double>(before), samples.first(static_cast<size_t>(before)));
-  readShifted(channel, static_cast<double>(n) - volume, samples.last(static_cast<size_t>(behind)));
+  if (segment.beginsInVolume) {
+    const double begin = std::clamp(segment.volumeOnset(-1), segment.begin - volume, segment.begin);
+    const auto from = static_cast<int64_t>(std::floor(begin)) - splineMargin;
+    result.firstOfScan = inside(std::ceil(segment.begin));
+    result.nrOfAddedBefore = std::max<int64_t>(0, -from);
+    std::vector<double> missing(static_cast<size_t>(result.firstOfScan - from));
+    readShifted(channel, static_cast<double>(from) + volume, missing);
+    result.samples.insert(result.samples.begin(), static_cast<size_t>(result.nrOfAddedBefore), 0.0);
+    std::copy(missing.begin(), missing.end(), result.samples.begin() + from + result.nrOfAddedBefore);
+  }
   return result;
 }
 
