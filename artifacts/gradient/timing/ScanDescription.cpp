@@ -17,6 +17,7 @@ constexpr double edgeBlock = 0.01;      // seconds
 constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
 constexpr double leastEdgeGain = 0.5;
 constexpr int64_t mostMissedBlocks = 40; // a dropout is that long
+constexpr double edgeOfRecording = 0.1;  // of a volume; a scan seen from later on began with one
 constexpr double edgeSlack = 0.3;        // of a slice: what may be missing of a whole volume
 
 /// Repeats beyond the known ones that still resemble the average, in one direction.
@@ -211,9 +212,11 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
 
   if (known.slicesTakenForVolume > 0) {
     segment.firstVolumeOnset = segment.begin;
-    return alikeSlices(
-        segment, period,
-        bestDivisor(std::round((segment.end - segment.begin) / period), known.slicesTakenForVolume));
+    const double slices = std::round((segment.end - segment.begin) / period);
+    const bool isGiven = known.slices.nrOfSlices > 0;
+    segment.isCountIdentifiable = isGiven;
+    return alikeSlices(segment, period,
+                       isGiven ? known.slices.nrOfSlices : bestDivisor(slices, known.slicesTakenForVolume));
   }
 
   // Behind the last volume there may be quiet.
@@ -229,7 +232,8 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   double onset = fit.line.onset + slices.onset;
   if (known.volumeOnset) {
     onset = *known.volumeOnset;
-  } else if (!slices.isOnsetKnown) {
+  } else if (!slices.isOnsetKnown || (!slices.isOnsetCertain && segment.begin > edgeOfRecording * period)) {
+    // A scan begins with a volume.
     onset = segment.begin - slices.firstActivity;
   }
   countVolumes(segment, slices, onset);

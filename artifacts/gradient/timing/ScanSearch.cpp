@@ -15,6 +15,7 @@ constexpr std::array<double, 2> longestGaps = {2, 12};
 constexpr double clockTolerance = 0.005;
 constexpr double leastExplained = 0.1;     // of the power, by the average volume
 constexpr double worthLongerPeriod = 0.01; // of the explained power
+constexpr double goodEnough = 0.95;        // explained power of a scan beyond which no other is looked for
 constexpr double samePeriod = 0.2;         // samples
 constexpr double leastStretch = 0.3;       // seconds
 constexpr double volumeOfAlikeSlices = 2;  // seconds
@@ -77,27 +78,29 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
-  for (const double period : candidatePeriods(stretch, given.volumeDuration * fs_)) {
-    const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
-    if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
-    const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
-    // A count that something tells is worth as much as a little explained power.
-    const double score = scan->explainedByVolume * std::min(covered, 1.0) +
-                         (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
-    if (score > bestScore + (best ? worthLongerPeriod : 0)) {
-      best = scan;
-      bestScore = score;
+  for (const bool evened : {false, true}) {
+    for (const double period : candidatePeriods(stretch, evened, given.volumeDuration * fs_)) {
+      const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
+      if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
+      const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
+      // A count that something tells is worth as much as a little explained power.
+      const double score = scan->explainedByVolume * std::min(covered, 1.0) +
+                           (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
+      if (score > bestScore + (best ? worthLongerPeriod : 0)) {
+        best = scan;
+        bestScore = score;
+      }
+      if (bestScore > goodEnough && best->isCountIdentifiable && best->nrOfVolumes > 2) return best;
     }
   }
   return best;
 }
 
 /// In ascending order.
-std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, double expected) const {
+std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, bool evened, double expected) const {
   std::vector<double> periods;
-  for (const bool evened : {false, true})
-    for (const Period& period : findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
-      periods.push_back(period.samples);
+  for (const Period& period : findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
+    periods.push_back(period.samples);
   std::sort(periods.begin(), periods.end());
   const auto same = [](double a, double b) { return b - a < samePeriod; };
   periods.erase(std::unique(periods.begin(), periods.end(), same), periods.end());

@@ -33,7 +33,7 @@ public:
 private:
   std::span<const double> part(SampleRange range) const;
   std::vector<ScanSegment> scansIn(std::vector<SampleRange> open, const GivenTiming& given) const;
-  std::vector<double> candidatePeriods(SampleRange stretch, double expected) const;
+  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, double expected) const;
   std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
                                           const GivenTiming& given) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;

@@ -25,9 +25,10 @@ constexpr double unlike = 0.5;         // share of the power that a slice leaves
 constexpr double quietShare = 0.02;    // of the mean power
 constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
-constexpr double outstanding = 2;      // power of the slice that differs most, to the second
-constexpr double jumpShare = 0.62;     // of the unlike power in two slices, to be in one
-constexpr double smallestGap = 0.5;    // of a slice; less is dead time in which no slice fits
+constexpr double farOutstanding = 6;
+constexpr double outstanding = 2;   // power of the slice that differs most, to the second
+constexpr double jumpShare = 0.62;  // of the unlike power in two slices, to be in one
+constexpr double smallestGap = 0.5; // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
 class CircularSums {
@@ -110,28 +111,43 @@ double refinedLag(const CircularVolume& volume, double lag) {
   return lag;
 }
 
+struct Peak {
+  double lag = 0;
+  double value = 0;
+};
+
+/// The highest point between the samples of a series around one of them.
+Peak highestBetween(const std::vector<double>& values, double position) {
+  const auto valueAt = [&](double at) {
+    const double whole = std::floor(at);
+    return BandLimitedShift(at - whole).at(values, static_cast<int64_t>(whole));
+  };
+  Peak best{position, valueAt(position)};
+  for (double step = 0.5; step > 0.005; step /= 2)
+    for (const double lag : {best.lag - step, best.lag + step})
+      if (const double value = valueAt(lag); value > best.value) best = {lag, value};
+  return best;
+}
+
 /// The shortest distance at which the volume resembles itself almost as much as at any; 0 when at none.
 double shortestSimilarDistance(const CircularVolume& volume, double least) {
   const int64_t from = volume.samples(shortestSlice);
   const int64_t to = std::min(volume.samples(longestSlice), volume.length() / 2 + volume.length() / 8);
+  // Some more on both sides to interpolate with.
+  const int64_t margin = std::min<int64_t>(16, from);
   std::vector<double> values;
-  for (int64_t lag = from - 1; lag <= to + 1; ++lag) values.push_back(volume.correlation(lag));
-  struct Peak {
-    int64_t lag;
-    double value;
-  };
+  for (int64_t lag = from - margin; lag <= std::min(to + margin, volume.length()); ++lag)
+    values.push_back(volume.correlation(lag));
   std::vector<Peak> peaks;
   double best = 0;
   for (int64_t lag = from; lag <= to; ++lag) {
-    const auto i = static_cast<size_t>(lag - from + 1);
-    if (values[i] < values[i - 1] || values[i] <= values[i + 1]) continue;
+    const auto i = static_cast<size_t>(lag - from + margin);
+    if (i == 0 || i + 1 >= values.size() || values[i] < values[i - 1] || values[i] <= values[i + 1]) continue;
     if (values[i] < 0.5 * least) continue; // between samples it may be higher
-    // The parabola through three points is good enough to compare peaks with.
-    const double curvature = 2 * values[i] - values[i - 1] - values[i + 1];
-    const double slope = (values[i + 1] - values[i - 1]) / 2;
-    const double value = values[i] + (curvature > 0 ? slope * slope / (2 * curvature) : 0);
-    peaks.push_back({lag, value});
-    best = std::max(best, value);
+    Peak peak = highestBetween(values, static_cast<double>(i));
+    peak.lag += static_cast<double>(from - margin);
+    peaks.push_back(peak);
+    best = std::max(best, peak.value);
   }
   if (best < least) return 0;
   best = std::min(best, 1.0);
@@ -140,9 +156,9 @@ double shortestSimilarDistance(const CircularVolume& volume, double least) {
       std::find_if(peaks.begin(), peaks.end(), [&](const Peak& peak) { return peak.value >= enough; });
   // A readout makes peaks around every distance; the highest of them is meant.
   Peak chosen = *first;
-  for (auto peak = first; peak != peaks.end() && peak->lag < first->lag + first->lag / 5; ++peak)
+  for (auto peak = first; peak != peaks.end() && peak->lag < 1.2 * first->lag; ++peak)
     if (peak->value > chosen.value) chosen = *peak;
-  return refinedLag(volume, static_cast<double>(chosen.lag));
+  return refinedLag(volume, chosen.lag);
 }
 
 /// Sharpens the slice duration at distances of 2, 4, 8, ... slices.
@@ -273,6 +289,7 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
   for (int64_t t = best + width; t + width <= best + volume.length(); ++t)
     second = std::max(second, sums.of(t % volume.length(), width));
   slices.isOnsetKnown = most > outstanding * second;
+  slices.isOnsetCertain = most > farOutstanding * second;
 
   const int64_t quiet = endOfLongestQuiet(volume, average);
   const double quietEnd = slices.onset + static_cast<double>(quiet);
@@ -400,18 +417,18 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   const bool hasGap = stretch && gap > smallestGap * slice;
   if (known.onset) {
     slices.onset = *known.onset - std::floor(*known.onset / volumeDuration) * volumeDuration;
-    slices.isOnsetKnown = true;
+    slices.isOnsetKnown = slices.isOnsetCertain = true;
     if (hasGap || behindDeadTime)
       alignSlices(volume, slices);
     else
       slices.sliceDuration = volumeDuration / slices.nrOfSlices;
   } else if (hasGap) {
     slices.onset = static_cast<double>(stretch->begin);
-    slices.isOnsetKnown = true;
+    slices.isOnsetKnown = slices.isOnsetCertain = true;
     alignSlices(volume, slices);
   } else if (behindDeadTime) {
     slices.onset = *behindDeadTime;
-    slices.isOnsetKnown = true;
+    slices.isOnsetKnown = slices.isOnsetCertain = true;
     alignSlices(volume, slices);
     snapToActivity(volume, slices);
   } else {

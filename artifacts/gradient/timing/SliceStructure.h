@@ -12,6 +12,7 @@ struct SliceStructure {
   double sliceDuration = 0;
   double onset = 0;            ///< of the first slice, from the start of the average, less than a volume
   bool isOnsetKnown = false;   ///< a gap, or a slice that differs, tells which slice is the first
+  bool isOnsetCertain = false; ///< so clearly that nothing else need be asked
   double firstActivity = 0;    ///< from the onset to the volume's first activity
   double lastActivity = 0;     ///< from the onset to the end of its last activity
   double explainedBySlice = 0; ///< share of the average volume's power that its average slice explains
