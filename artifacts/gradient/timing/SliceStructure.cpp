@@ -27,7 +27,7 @@ constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
 constexpr double farOutstanding = 6;
 constexpr double outstanding = 2;   // power of the slice that differs most, to the second
-constexpr double jumpShare = 0.62;  // of the unlike power in two slices, to be in one
+constexpr double jumpShare = 0.72;  // of the unlike power in two slices, to be in one
 constexpr double smallestGap = 0.5; // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
