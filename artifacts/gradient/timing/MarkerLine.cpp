@@ -7,16 +7,17 @@ namespace emeg {
 
 namespace {
 
-constexpr double sameDistance = 0.02; // relative; distances that close are one kind
-constexpr double onLine = 0.05;       // of an interval: what is further off is out of step
-constexpr double leastOnLine = 2;     // samples; quantisation alone moves markers by one
+constexpr double sameDistance = 0.02;    // relative; distances that close are one kind
+constexpr double onLine = 0.05;          // of an interval: what is further off is out of step
+constexpr double leastOnLine = 2;        // samples; quantisation alone moves markers by one
+constexpr double largestPosition = 1e15; // samples
 constexpr int64_t leastMarkers = 3;
 constexpr int64_t mostOutOfStep = 2;
 
 std::vector<double> inOrder(std::span<const double> markers) {
   std::vector<double> sorted;
   for (const double marker : markers)
-    if (std::isfinite(marker)) sorted.push_back(marker);
+    if (std::fabs(marker) < largestPosition) sorted.push_back(marker);
   std::sort(sorted.begin(), sorted.end());
   return sorted;
 }

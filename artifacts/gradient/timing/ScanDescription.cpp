@@ -215,8 +215,10 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
     const double slices = std::round((segment.end - segment.begin) / period);
     const bool isGiven = known.slices.nrOfSlices > 0;
     segment.isCountIdentifiable = isGiven;
-    return alikeSlices(segment, period,
-                       isGiven ? known.slices.nrOfSlices : bestDivisor(slices, known.slicesTakenForVolume));
+    return alikeSlices(
+        segment, period,
+        isGiven ? std::min(known.slices.nrOfSlices, static_cast<int32_t>(std::clamp(slices, 1.0, 1e9)))
+                : bestDivisor(slices, known.slicesTakenForVolume));
   }
 
   // Behind the last volume there may be quiet.

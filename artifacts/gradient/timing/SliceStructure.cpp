@@ -15,7 +15,8 @@ namespace emeg {
 namespace {
 
 constexpr double shortestSlice = 0.015; // seconds
-constexpr double longestSlice = 0.6;    // seconds
+constexpr double shortestSliceSamples = 4;
+constexpr double longestSlice = 0.6; // seconds
 constexpr double leastSliceCorrelation = 0.4;
 constexpr double leastFlatCorrelation = 0.2; // with the spectrum evened out, where noise counts
 constexpr double sliceLossShare = 0.5;       // of what even the best distance leaves unexplained ...
@@ -377,11 +378,14 @@ int32_t countOf(const CircularVolume& volume, double slice, const std::optional<
 } // namespace
 
 SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
-                          const KnownSlices& known) {
+                          const KnownSlices& given) {
   SliceStructure slices;
   slices.sliceDuration = volumeDuration;
   if (!(volumeDuration >= 32) || static_cast<double>(twoVolumes.size()) < 2 * std::floor(volumeDuration))
     return slices;
+  // A slice of a few samples is none.
+  KnownSlices known = given;
+  if (known.nrOfSlices < 0 || known.nrOfSlices > volumeDuration / shortestSliceSamples) known.nrOfSlices = 0;
   const CircularVolume volume(twoVolumes, volumeDuration, samplingFrequency);
   std::vector<double> flat(twoVolumes.begin(), twoVolumes.end());
   flattenSpectrum(flat, spectralFloor);

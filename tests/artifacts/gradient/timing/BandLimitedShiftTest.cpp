@@ -9,8 +9,8 @@
 namespace emeg {
 namespace {
 
-TEST(BandLimitedShift, FollowsSinusoidsUpToNineTenthsOfTheNyquistFrequency) {
-  for (const double frequency : {0.01, 0.2, 0.4, 0.45}) {
+TEST(BandLimitedShift, FollowsSinusoidsUpToEightTenthsOfTheNyquistFrequency) {
+  for (const double frequency : {0.01, 0.2, 0.4}) {
     std::vector<double> signal(200);
     const double w = 2 * std::numbers::pi * frequency;
     for (size_t i = 0; i < signal.size(); i++) signal[i] = std::sin(w * static_cast<double>(i) + 0.3);
@@ -18,7 +18,7 @@ TEST(BandLimitedShift, FollowsSinusoidsUpToNineTenthsOfTheNyquistFrequency) {
       std::vector<double> out(100);
       readShifted(signal, 50 + fraction, out);
       for (size_t i = 0; i < out.size(); i++)
-        ASSERT_NEAR(out[i], std::sin(w * (50 + fraction + static_cast<double>(i)) + 0.3), 2e-3) << frequency;
+        ASSERT_NEAR(out[i], std::sin(w * (50 + fraction + static_cast<double>(i)) + 0.3), 5e-4) << frequency;
     }
   }
 }
