@@ -7,7 +7,7 @@
 namespace emeg {
 
 /// Band-limited interpolation between samples by a sinc under a Kaiser window, 32 samples wide. It is exact
-/// to about 1e-4 up to nine tenths of the Nyquist frequency, where a cubic spline is wrong by several
+/// to about 1e-4 up to eight tenths of the Nyquist frequency, where a cubic spline is wrong by several
 /// percent. (Smith, Gossett: A flexible sampling-rate conversion method, ICASSP 1984.)
 class BandLimitedShift {
 public:

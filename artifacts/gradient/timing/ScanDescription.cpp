@@ -17,6 +17,7 @@ constexpr double edgeBlock = 0.01;      // seconds
 constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
 constexpr double leastEdgeGain = 0.5;
 constexpr int64_t mostMissedBlocks = 40; // a dropout is that long
+constexpr double shortestBurst = 0.2;    // of a slice
 constexpr double edgeOfRecording = 0.1;  // of a volume; a scan seen from later on began with one
 constexpr double edgeSlack = 0.3;        // of a slice: what may be missing of a whole volume
 
@@ -166,9 +167,14 @@ void countVolumes(ScanSegment& segment, const SliceStructure& slices, double any
   segment.endsInVolume = segment.end - slack > segment.endOfVolumes() + slices.firstActivity;
 }
 
+/// Between the edges, the quiet at the end of the last slice not counted.
+double slicesIn(const ScanSegment& segment, double sliceDuration) {
+  return std::max(1.0, std::ceil((segment.end - segment.begin) / sliceDuration - shortestBurst));
+}
+
 /// All slices are alike: about two seconds are taken for a volume, so that few slices are left over.
 ScanSegment alikeSlices(ScanSegment segment, double sliceDuration, int32_t slicesPerVolume) {
-  const double slices = std::max(1.0, std::round((segment.end - segment.begin) / sliceDuration));
+  const double slices = slicesIn(segment, sliceDuration);
   segment.sliceDuration = sliceDuration;
   segment.nrOfSlicesPerVolume = slicesPerVolume;
   segment.volumeDuration = sliceDuration * slicesPerVolume;
@@ -212,7 +218,7 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
 
   if (known.slicesTakenForVolume > 0) {
     segment.firstVolumeOnset = segment.begin;
-    const double slices = std::round((segment.end - segment.begin) / period);
+    const double slices = slicesIn(segment, period);
     const bool isGiven = known.slices.nrOfSlices > 0;
     segment.isCountIdentifiable = isGiven;
     return alikeSlices(

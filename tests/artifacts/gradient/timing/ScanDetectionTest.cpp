@@ -53,7 +53,7 @@ TEST(ScanDetection, CountsSlicesWithTwoBurstsOnce) {
 }
 
 TEST(ScanDetection, TellsVolumesFromEquidistantSlicesByTheFirstSlice) {
-  for (const double difference : {0.05, 0.15}) {
+  for (const double difference : {0.08, 0.15}) {
     SCOPED_TRACE(difference);
     expectAllFound(simulateScan(Preset::Equidistant, 2000, 40,
                                 [&](auto& p) { p.gradient->firstSliceDifference = difference; }));
