@@ -29,11 +29,12 @@ double medianOf(const std::vector<const ScanSegment*>& scans, Value valueOf) {
   return (values[(n - 1) / 2] + values[n / 2]) / 2;
 }
 
-/// A party stands for what it found; those whose count nothing told do not outvote those who could tell it.
+/// A party stands for what it found. Where nothing told a channel the count, it does not outvote two others
+/// that found the same one.
 double weightOf(const std::vector<const ScanSegment*>& party) {
+  const bool knowsCount = party.size() > 1 && party.front()->isCountIdentifiable;
   double weight = 0;
-  for (const ScanSegment* scan : party)
-    weight += (1 + 0.1 * scan->explainedByVolume) * (scan->isCountIdentifiable ? 1.5 : 1);
+  for (const ScanSegment* scan : party) weight += (1 + 0.1 * scan->explainedByVolume) * (knowsCount ? 4 : 1);
   return weight;
 }
 
