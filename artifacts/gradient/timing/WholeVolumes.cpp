@@ -27,9 +27,13 @@ WholeVolumes withWholeVolumes(std::span<const double> channel, const ScanSegment
 
   if (segment.endsInVolume) {
     const double end = segment.volumeOnset(segment.nrOfVolumes + 1);
-    result.endOfScan = inside(std::floor(segment.end));
+    // Less than a slice from the recording's end, the scan goes on to there.
+    const bool reachesEnd = static_cast<double>(n) - segment.end < segment.sliceDuration;
+    result.endOfScan = reachesEnd ? n : inside(std::floor(segment.end));
     const auto to =
-        static_cast<int64_t>(std::ceil(std::clamp(end, segment.end, segment.end + volume))) + splineMargin;
+        static_cast<int64_t>(std::ceil(std::clamp(end, static_cast<double>(result.endOfScan),
+                                                  static_cast<double>(result.endOfScan) + volume))) +
+        splineMargin;
     result.samples.resize(static_cast<size_t>(std::max(n, to)));
     readShifted(
         channel, static_cast<double>(result.endOfScan) - volume,
@@ -37,9 +41,10 @@ WholeVolumes withWholeVolumes(std::span<const double> channel, const ScanSegment
             .subspan(static_cast<size_t>(result.endOfScan), static_cast<size_t>(to - result.endOfScan)));
   }
   if (segment.beginsInVolume) {
-    const double begin = std::clamp(segment.volumeOnset(-1), segment.begin - volume, segment.begin);
+    result.firstOfScan = segment.begin < segment.sliceDuration ? 0 : inside(std::ceil(segment.begin));
+    const double begin = std::clamp(segment.volumeOnset(-1), static_cast<double>(result.firstOfScan) - volume,
+                                    static_cast<double>(result.firstOfScan));
     const auto from = static_cast<int64_t>(std::floor(begin)) - splineMargin;
-    result.firstOfScan = inside(std::ceil(segment.begin));
     result.nrOfAddedBefore = std::max<int64_t>(0, -from);
     std::vector<double> missing(static_cast<size_t>(result.firstOfScan - from));
     readShifted(channel, static_cast<double>(from) + volume, missing);
