@@ -18,31 +18,60 @@ constexpr double largestCount = 1e9;
 constexpr double smallestGain = 0.6;
 constexpr double largestGain = 1.2;
 
-ScanTiming timingOf(const SimulationParameters& parameters) {
+double firstOnset(const GradientParameters& gradient) {
+  return gradient.cutBefore > 0 ? -gradient.cutBefore : gradient.quietBefore;
+}
+
+std::vector<ScanTiming> timingsOf(const SimulationParameters& parameters) {
   const GradientParameters& gradient = *parameters.gradient;
   RandomGenerator random(parameters.seed, Purpose::ScanOnset);
-  ScanTiming timing;
-  timing.nrOfVolumes = gradient.nrOfVolumes.value_or(nrOfVolumesThatFit(gradient, parameters.seconds));
-  timing.nrOfSlicesPerVolume = gradient.nrOfSlicesPerVolume;
-  timing.volumeDuration = gradient.volumeDuration();
-  timing.sliceDuration = gradient.sliceDuration;
-  timing.firstVolumeOnset = gradient.quietBefore + random.uniform(0, latestOnset);
-  return timing;
+  std::vector<ScanTiming> timings;
+  double begin = firstOnset(gradient);
+  for (int scan = 0; scan < gradient.nrOfScans; scan++) {
+    ScanTiming timing;
+    timing.nrOfVolumes = gradient.nrOfVolumes.value_or(nrOfVolumesThatFit(gradient, parameters.seconds));
+    timing.nrOfSlicesPerVolume = gradient.nrOfSlicesPerVolume;
+    timing.volumeDuration = gradient.volumeDuration();
+    timing.sliceDuration = gradient.sliceDuration;
+    timing.firstVolumeOnset = begin + random.uniform(0, latestOnset);
+    begin = timing.end() + gradient.pauseDuration;
+    timings.push_back(timing);
+  }
+  return timings;
+}
+
+/// How late every volume of every scan comes, scan after scan.
+std::vector<double> delaysOf(const SimulationParameters& parameters, const std::vector<ScanTiming>& timings) {
+  std::vector<double> delays;
+  if (parameters.gradient->onsetJitterRms == 0) return delays;
+  RandomGenerator random(parameters.seed, Purpose::VolumeJitter);
+  for (const ScanTiming& timing : timings)
+    for (int64_t v = 0; v < timing.nrOfVolumes; v++)
+      delays.push_back(parameters.gradient->onsetJitterRms * random.normal());
+  return delays;
 }
 
 } // namespace
 
 int64_t nrOfVolumesThatFit(const GradientParameters& gradient, double seconds) {
-  const double room = seconds - gradient.quietBefore - gradient.quietAfter - latestOnset;
-  const double count = std::floor(room / gradient.volumeDuration());
+  const double scans = gradient.nrOfScans;
+  const double quietAfter = gradient.endsInScan ? 0 : gradient.quietAfter;
+  const double room = seconds - firstOnset(gradient) - quietAfter - latestOnset -
+                      (scans - 1) * (gradient.pauseDuration + latestOnset);
+  double count = std::floor(room / scans / gradient.volumeDuration());
+  if (gradient.endsInScan) count += 2;
   if (!(count >= 1)) return 0; // also when a parameter is not a number
   return static_cast<int64_t>(std::min(count, largestCount));
 }
 
 GradientArtifact::GradientArtifact(const SimulationParameters& parameters)
-    : timing_(timingOf(parameters)), waveform_(*parameters.gradient, parameters.samplingFrequency),
+    : timings_(timingsOf(parameters)), delays_(delaysOf(parameters, timings_)),
+      waveform_(*parameters.gradient, parameters.samplingFrequency),
+      secondBurstDelay_(parameters.gradient->secondBurstDelay),
+      secondBurstFactor_(parameters.gradient->secondBurstFactor),
+      activeDuration_(parameters.gradient->secondBurstDelay + parameters.gradient->burstDuration),
       drift_(RandomGenerator(parameters.seed, Purpose::Drift), parameters.gradient->driftRms,
-             timing_.firstVolumeOnset, timing_.end() - timing_.firstVolumeOnset) {
+             timings_.front().firstVolumeOnset, timings_.back().end() - timings_.front().firstVolumeOnset) {
   for (int c = 0; c < parameters.nrOfChannels; c++) {
     RandomGenerator random(parameters.seed, Purpose::GradientGain, static_cast<uint64_t>(c));
     const double size = random.uniform(smallestGain, largestGain);
@@ -52,17 +81,38 @@ GradientArtifact::GradientArtifact(const SimulationParameters& parameters)
 }
 
 double GradientArtifact::value(double time) const {
-  const double sinceStart = time - timing_.firstVolumeOnset;
-  if (sinceStart < 0) return 0;
-  const auto volume = static_cast<int64_t>(sinceStart / timing_.volumeDuration);
-  if (volume >= timing_.nrOfVolumes) return 0;
-  const double inVolume = time - timing_.volumeOnset(volume);
-  const int slice = static_cast<int>(inVolume / timing_.sliceDuration);
-  if (slice >= timing_.nrOfSlicesPerVolume) return 0;
-  const double inSlice = time - timing_.sliceOnset(volume, slice);
-  const auto kind = slice == 0 ? BurstWaveform::Slice::First : BurstWaveform::Slice::Ordinary;
-  const double burst = waveform_.value(kind, inSlice);
-  return burst == 0 ? 0 : burst * drift_.factor(time);
+  double sum = 0;
+  int64_t volumesBefore = 0;
+  for (const ScanTiming& timing : timings_) {
+    sum += valueInScan(timing, volumesBefore, time);
+    volumesBefore += timing.nrOfVolumes;
+  }
+  return sum == 0 ? 0 : sum * drift_.factor(time);
+}
+
+/// A volume that comes early or late, or a burst that is longer than its slice, reaches into its neighbours.
+double GradientArtifact::valueInScan(const ScanTiming& timing, int64_t volumesBefore, double time) const {
+  const double volumesSince = (time - timing.firstVolumeOnset) / timing.volumeDuration;
+  if (volumesSince < -1 || volumesSince > static_cast<double>(timing.nrOfVolumes + 1)) return 0;
+  const auto volume = static_cast<int64_t>(std::floor(volumesSince));
+  const int64_t reach = delays_.empty() ? 0 : 1;
+  double sum = 0;
+  for (int64_t v = std::max<int64_t>(volume - 1, 0); v <= std::min(volume + reach, timing.nrOfVolumes - 1);
+       v++) {
+    const double delay = delays_.empty() ? 0 : delays_[static_cast<size_t>(volumesBefore + v)];
+    const double inVolume = time - timing.volumeOnset(v) - delay;
+    const auto slice = std::min(static_cast<int64_t>(std::floor(inVolume / timing.sliceDuration)),
+                                static_cast<int64_t>(timing.nrOfSlicesPerVolume - 1));
+    for (int64_t s = slice; s >= 0; s--) {
+      const double inSlice = time - timing.sliceOnset(v, static_cast<int>(s)) - delay;
+      if (inSlice > activeDuration_) break;
+      const auto kind = s == 0 ? BurstWaveform::Slice::First : BurstWaveform::Slice::Ordinary;
+      sum += waveform_.value(kind, inSlice);
+      if (secondBurstDelay_ > 0)
+        sum += secondBurstFactor_ * waveform_.value(kind, inSlice - secondBurstDelay_);
+    }
+  }
+  return sum;
 }
 
 } // namespace emeg

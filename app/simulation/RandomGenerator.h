@@ -27,7 +27,9 @@ public:
     LinePhase,
     EctopicBeats,
     Movement,
-    MovementGain
+    MovementGain,
+    VolumeJitter,
+    Disturbances
   };
 
   /// The stream number `index` (a channel, a source) of a purpose.

@@ -7,7 +7,7 @@ namespace emeg {
 Simulation::Simulation(const SimulationParameters& parameters)
     : parameters_(parameters),
       eeg_(parameters.eeg, parameters.seed, parameters.nrOfChannels, parameters.samplingFrequency),
-      lineNoise_(parameters) {
+      lineNoise_(parameters), disturbances_(parameters) {
   if (parameters.movement) movement_.emplace(parameters);
   if (parameters.gradient) gradient_.emplace(parameters);
   if (parameters.heart) pulse_.emplace(parameters);
@@ -38,8 +38,28 @@ bool Simulation::next(int64_t largestCount, SimulatedBlock& block) {
       block.bursts[static_cast<size_t>(t)] =
           gradient_->value(static_cast<double>(position_ + t) / parameters_.samplingFrequency);
   }
+  disturb(block);
   position_ += count;
   return true;
+}
+
+/// Spikes belong to what the scanner is not to blame for. While the recording drops out, every part of it is
+/// 0.
+void Simulation::disturb(SimulatedBlock& block) const {
+  const int64_t count = block.nrOfTimePoints;
+  block.clipUv = parameters_.disturbances.clipUv;
+  for (int c = 0; c < block.nrOfChannels; c++)
+    if (!parameters_.isDead(c))
+      disturbances_.addSpikes(
+          position_, std::span(block.clean).subspan(block.indexOf(c, 0), static_cast<size_t>(count)));
+  if (disturbances_.dropoutTimes().empty()) return;
+  for (int64_t t = 0; t < count; t++) {
+    if (!disturbances_.isDroppedOut(static_cast<double>(position_ + t) / parameters_.samplingFrequency))
+      continue;
+    block.bursts[static_cast<size_t>(t)] = 0;
+    for (int c = 0; c < block.nrOfChannels; c++)
+      block.clean[block.indexOf(c, t)] = block.pulse[block.indexOf(c, t)] = 0;
+  }
 }
 
 } // namespace emeg

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "app/simulation/BackgroundEeg.h"
+#include "app/simulation/Disturbances.h"
 #include "app/simulation/GradientArtifact.h"
 #include "app/simulation/LineNoise.h"
 #include "app/simulation/MovementBursts.h"
 #include "app/simulation/PulseArtifact.h"
 #include "app/simulation/SimulationParameters.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -21,6 +23,7 @@ struct SimulatedBlock {
   int nrOfChannels = 0;
   std::vector<double> clean;  ///< EEG, sensor noise, line noise and movements
   std::vector<double> bursts; ///< gradient artifact of a channel of gain 1, one value per time point
+  double clipUv = 0;          ///< largest absolute value that is recorded; 0: any
   std::vector<double> pulse;  ///< heart beat artifact
   std::vector<double> gains;  ///< of the gradient artifact, one per channel
 
@@ -34,7 +37,8 @@ struct SimulatedBlock {
   /// What the amplifier records.
   double recorded(int channel, int64_t timePoint) const {
     const size_t index = indexOf(channel, timePoint);
-    return clean[index] + gradient(channel, timePoint) + pulse[index];
+    const double sum = clean[index] + gradient(channel, timePoint) + pulse[index];
+    return clipUv > 0 ? std::clamp(sum, -clipUv, clipUv) : sum;
   }
 };
 
@@ -50,6 +54,7 @@ public:
   const GradientArtifact* gradient() const { return gradient_ ? &*gradient_ : nullptr; }
   /// Null when the preset has no heart.
   const PulseArtifact* pulse() const { return pulse_ ? &*pulse_ : nullptr; }
+  const Disturbances& disturbances() const { return disturbances_; }
   const LineNoise& lineNoise() const { return lineNoise_; }
   /// Null when nobody moves.
   const MovementBursts* movement() const { return movement_ ? &*movement_ : nullptr; }
@@ -59,9 +64,12 @@ public:
   bool next(int64_t largestCount, SimulatedBlock& block);
 
 private:
+  void disturb(SimulatedBlock& block) const;
+
   SimulationParameters parameters_;
   BackgroundEeg eeg_;
   LineNoise lineNoise_;
+  Disturbances disturbances_;
   std::optional<MovementBursts> movement_;
   std::optional<GradientArtifact> gradient_;
   std::optional<PulseArtifact> pulse_;

@@ -15,13 +15,19 @@ namespace emeg {
 
 namespace {
 
-constexpr std::array<std::pair<Preset, const char*>, 4> presetNames = {
-    {{Preset::Gap, "gap"}, {Preset::Continuous, "continuous"}, {Preset::Bcg, "bcg"}, {Preset::Both, "both"}}};
+constexpr std::array<std::pair<Preset, const char*>, 9> presetNames = {{{Preset::Gap, "gap"},
+                                                                        {Preset::Continuous, "continuous"},
+                                                                        {Preset::Bcg, "bcg"},
+                                                                        {Preset::Both, "both"},
+                                                                        {Preset::Fill, "fill"},
+                                                                        {Preset::TwoBursts, "twobursts"},
+                                                                        {Preset::Equidistant, "equidistant"},
+                                                                        {Preset::Multiband, "multiband"},
+                                                                        {Preset::ManySlices, "manyslices"}}};
 
 constexpr double lowestSamplingFrequency = 100;
 constexpr double highestSamplingFrequency = 100000;
 constexpr double slowRate = 4000; // Hz; recordings below it are those of amplifiers with a wide pass band
-constexpr double quietBetweenBursts = 0.020;
 constexpr double largestEctopicShare = 0.3; // beyond, hardly any regular interval is left
 
 std::string rangeProblem(const char* what, double value, double low, double high, const char* unit) {
@@ -91,11 +97,20 @@ std::string problemWithDeadChannels(const SimulationParameters& parameters) {
   return text.str();
 }
 
+std::string problemWithDisturbances(const DisturbanceParameters& disturbances, double seconds) {
+  return firstProblem(
+      rangeProblem("The number of spikes", disturbances.nrOfSpikes, 0, 10000, ""),
+      rangeProblem("The spikes' peak", disturbances.spikeUv, 0, 10000000, " uV"),
+      rangeProblem("The number of dropouts", disturbances.nrOfDropouts, 0, 10000, ""),
+      rangeProblem("The length of a dropout", disturbances.dropoutDuration, 0.001, seconds, " s"),
+      rangeProblem("The largest value that is recorded", disturbances.clipUv, 0, 10000000, " uV"));
+}
+
 std::string problemWithBurst(const GradientParameters& gradient, double samplingFrequency) {
   std::ostringstream text;
-  if (gradient.burstDuration > gradient.sliceDuration - quietBetweenBursts)
+  if (gradient.secondBurstDelay + gradient.burstDuration > gradient.sliceDuration - gradient.leastQuiet)
     text << "A burst of " << gradient.burstDuration * 1000 << " ms leaves less than "
-         << quietBetweenBursts * 1000 << " ms of quiet in a slice of " << gradient.sliceDuration * 1000
+         << gradient.leastQuiet * 1000 << " ms of quiet in a slice of " << gradient.sliceDuration * 1000
          << " ms.";
   else if (BurstWaveform::plateauDuration(gradient, samplingFrequency) < gradient.burstDuration / 4)
     text << "A burst of " << gradient.burstDuration * 1000 << " ms with a readout at " << gradient.readoutHz
@@ -118,6 +133,17 @@ std::string problemWithVolumes(const GradientParameters& gradient, double second
   return text.str();
 }
 
+/// Neighbouring windows of Fill add up to one everywhere; short slices overlap where the sampling frequency
+/// asks for long edges.
+void makeBurstsOverlap(Preset preset, GradientParameters& gradient, double samplingFrequency) {
+  const double edges = gradient.burstDuration - BurstWaveform::plateauDuration(gradient, samplingFrequency);
+  if (preset == Preset::Fill) gradient.burstDuration = gradient.sliceDuration + edges;
+  if (preset == Preset::TwoBursts) gradient.burstDuration = std::max(gradient.burstDuration, edges + 0.009);
+  if (preset == Preset::ManySlices) gradient.burstDuration = std::max(0.021, edges + 0.008);
+  if (preset == Preset::Fill || preset == Preset::TwoBursts || preset == Preset::ManySlices)
+    gradient.leastQuiet = -gradient.sliceDuration;
+}
+
 std::string problemWithGradient(const GradientParameters& gradient, const SimulationParameters& parameters) {
   std::string range = firstProblem(
       rangeProblem("The number of slices per volume", gradient.nrOfSlicesPerVolume, 1, 1000, ""),
@@ -130,7 +156,12 @@ std::string problemWithGradient(const GradientParameters& gradient, const Simula
       rangeProblem("The difference of each first slice", gradient.firstSliceDifference * 100, 0, 100, " %"),
       rangeProblem("The amplifier's low-pass", gradient.lowPassHz, 10, highestSamplingFrequency, " Hz"),
       rangeProblem("The readout's frequency", gradient.readoutHz, 10, highestSamplingFrequency, " Hz"),
-      rangeProblem("The drift", gradient.driftRms * 100, 0, 50, " %"));
+      rangeProblem("The drift", gradient.driftRms * 100, 0, 50, " %"),
+      rangeProblem("The delay of the second burst", gradient.secondBurstDelay * 1000, 0, 10000, " ms"),
+      rangeProblem("The jitter of the volumes", gradient.onsetJitterRms * 1000, 0, 5, " ms"),
+      rangeProblem("The number of scans", gradient.nrOfScans, 1, 100, ""),
+      rangeProblem("The pause between scans", gradient.pauseDuration, 0.05, 3600, " s"),
+      rangeProblem("What is over of the scan at the start", gradient.cutBefore, 0, 3600, " s"));
   if (!range.empty()) return range;
   return firstProblem(problemWithBurst(gradient, parameters.samplingFrequency),
                       problemWithVolumes(gradient, parameters.seconds));
@@ -162,16 +193,37 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
   parameters.samplingFrequency = static_cast<double>(static_cast<float>(samplingFrequency));
   if (preset != Preset::Bcg) {
     GradientParameters gradient;
-    if (preset == Preset::Continuous) {
+    if (preset == Preset::Continuous || preset == Preset::Fill || preset == Preset::Equidistant) {
       gradient.nrOfSlicesPerVolume = 25;
       gradient.sliceDuration = 0.0720227;
-      gradient.gapDuration = 0.0043;
+      gradient.gapDuration = preset == Preset::Equidistant ? 0 : 0.0043;
+    }
+    if (preset == Preset::Equidistant) gradient.firstSliceDifference = 0.1;
+    if (preset == Preset::TwoBursts) {
+      gradient.burstDuration = 0.026;
+      gradient.secondBurstDelay = 0.0381;
+      gradient.leastQuiet = 0.005;
+    }
+    if (preset == Preset::Multiband) {
+      gradient.nrOfSlicesPerVolume = 12;
+      gradient.sliceDuration = 0.0625113;
+      gradient.gapDuration = 0;
+      gradient.burstDuration = 0.056;
+      gradient.leastQuiet = 0.005;
+    }
+    if (preset == Preset::ManySlices) {
+      gradient.nrOfSlicesPerVolume = 120;
+      gradient.sliceDuration = 0.0250061;
+      gradient.gapDuration = 0.0502;
     }
     if (samplingFrequency < slowRate) {
       gradient.lowPassHz = std::min(560.0, 0.28 * samplingFrequency);
       gradient.readoutHz = std::min(500.0, 0.25 * samplingFrequency);
       gradient.driftRms = 0.01;
+      if (preset == Preset::TwoBursts || preset == Preset::ManySlices)
+        gradient.readoutHz = std::min(300.0, 0.15 * samplingFrequency);
     }
+    makeBurstsOverlap(preset, gradient, parameters.samplingFrequency);
     parameters.gradient = gradient;
   }
   if (preset == Preset::Bcg || preset == Preset::Both) parameters.heart = HeartParameters();
@@ -192,7 +244,8 @@ std::string problemWith(const SimulationParameters& parameters) {
       problemWithLineNoise(parameters), problemWithDeadChannels(parameters),
       parameters.movement ? problemWithMovement(*parameters.movement, parameters.seconds) : std::string(),
       parameters.heart ? problemWithHeart(*parameters.heart, parameters.seconds) : std::string(),
-      parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string());
+      parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string(),
+      problemWithDisturbances(parameters.disturbances, parameters.seconds));
 }
 
 } // namespace emeg

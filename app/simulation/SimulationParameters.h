@@ -12,10 +12,16 @@ enum class Preset {
   Gap,        ///< scanning with a pause at the end of every volume
   Continuous, ///< slice after slice, with a few milliseconds of dead time per volume
   Bcg,        ///< heart beats in the magnet, no scanning
-  Both        ///< the scan of Gap and heart beats
+  Both,       ///< the scan of Gap and heart beats
+  // Scans whose timing is hard to see.
+  Fill,        ///< the readout fills the slice: no quiet at all but for the dead time of a volume
+  TwoBursts,   ///< every slice shows two bursts
+  Equidistant, ///< slice after slice without dead time
+  Multiband,   ///< few excitations per volume with short quiet between them, no dead time
+  ManySlices   ///< 120 short slices per volume
 };
 
-/// "gap", "continuous", "bcg" or "both".
+/// "gap", "continuous", "bcg", "both", "fill", "twobursts", "equidistant", "multiband" or "manyslices".
 std::optional<Preset> presetNamed(const std::string& name);
 std::string nameOf(Preset preset);
 
@@ -30,7 +36,7 @@ struct GradientParameters {
   int nrOfSlicesPerVolume = 20;
   double sliceDuration = 0.0750142;   ///< seconds from one slice's onset to the next
   double gapDuration = 0.3000531;     ///< seconds between the last slice's end and the next volume
-  std::optional<int64_t> nrOfVolumes; ///< as many as fit when not given
+  std::optional<int64_t> nrOfVolumes; ///< of every scan; as many as fit when not given
   double quietBefore = 3;             ///< seconds without scanning in front of the scan
   double quietAfter = 5;              ///< least seconds without scanning behind it
   double burstDuration = 0.048;       ///< seconds of gradient activity per slice
@@ -39,6 +45,14 @@ struct GradientParameters {
   double lowPassHz = 250;             ///< the amplifier's low-pass (half power)
   double readoutHz = 220;             ///< frequency of the readout gradient
   double driftRms = 0;                ///< relative slow change of the artifact's amplitude
+  double secondBurstDelay = 0;     ///< seconds from a slice's onset to that of its second burst; 0: only one
+  double secondBurstFactor = -0.8; ///< the second burst relative to the first
+  double leastQuiet = 0.020;       ///< seconds that a burst leaves in its slice; negative: bursts may overlap
+  double onsetJitterRms = 0;       ///< seconds by which every volume comes early or late
+  int nrOfScans = 1;               ///< one after the other, all alike
+  double pauseDuration = 8;        ///< seconds from the end of one scan to the next
+  double cutBefore = 0;    ///< seconds of the scan that are over when the recording begins; 0: quietBefore
+  bool endsInScan = false; ///< the recording ends before the scan does, in place of quietAfter
 
   double volumeDuration() const { return nrOfSlicesPerVolume * sliceDuration + gapDuration; }
 };
@@ -71,6 +85,15 @@ struct LineNoiseParameters {
   double amplitudeUv = 5;
 };
 
+/// What else goes wrong while recording, in all channels at once.
+struct DisturbanceParameters {
+  int nrOfSpikes = 0;
+  double spikeUv = 20000; ///< peak of a spike; it has decayed after a few milliseconds
+  int nrOfDropouts = 0;
+  double dropoutDuration = 0.3; ///< seconds in which the recording is 0
+  double clipUv = 0;            ///< largest absolute value that the amplifier can record; 0: any
+};
+
 /// Everything that determines the samples of a simulated recording.
 struct SimulationParameters {
   Preset preset = Preset::Gap;
@@ -83,6 +106,7 @@ struct SimulationParameters {
   std::optional<HeartParameters> heart;
   LineNoiseParameters lineNoise;
   std::optional<MovementParameters> movement;
+  DisturbanceParameters disturbances;
   std::vector<int> deadChannels; ///< indices from 0; these channels are 0 throughout
 
   int64_t nrOfTimePoints() const;

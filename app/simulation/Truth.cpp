@@ -60,7 +60,17 @@ Json gradientOf(const Simulation& simulation, const PartSizes& sizes) {
   json["sliceDuration"] = timing.sliceDuration;
   json["gapDuration"] = parameters.gapDuration;
   json["firstVolumeOnset"] = timing.firstVolumeOnset;
-  json["endOfScan"] = timing.end();
+  json["endOfScan"] = gradient.timings().back().end();
+  if (gradient.timings().size() > 1) {
+    std::vector<double> onsets;
+    for (const ScanTiming& scan : gradient.timings()) onsets.push_back(scan.firstVolumeOnset);
+    json["onsetsOfScans"] = onsets;
+  }
+  if (parameters.secondBurstDelay > 0) {
+    json["secondBurstDelay"] = parameters.secondBurstDelay;
+    json["secondBurstFactor"] = parameters.secondBurstFactor;
+  }
+  if (parameters.onsetJitterRms > 0) json["onsetJitterRms"] = parameters.onsetJitterRms;
   json["burstDuration"] = parameters.burstDuration;
   json["peakUv"] = parameters.peakUv;
   json["firstSliceDifference"] = parameters.firstSliceDifference;
@@ -131,8 +141,10 @@ PartSizes::PartSizes(const Simulation& simulation)
   if (simulation.gradient() == nullptr) return;
   const double fs = simulation.parameters().samplingFrequency;
   const ScanTiming& timing = simulation.gradient()->timing();
-  firstScanTimePoint_ = static_cast<int64_t>(std::ceil(timing.firstVolumeOnset * fs));
-  endOfScanTimePoints_ = static_cast<int64_t>(std::ceil(timing.end() * fs));
+  const double end = simulation.gradient()->timings().back().end();
+  firstScanTimePoint_ = std::max<int64_t>(static_cast<int64_t>(std::ceil(timing.firstVolumeOnset * fs)), 0);
+  endOfScanTimePoints_ =
+      std::min(static_cast<int64_t>(std::ceil(end * fs)), simulation.parameters().nrOfTimePoints());
   gains_ = simulation.gradient()->gains();
 }
 
@@ -188,6 +200,9 @@ std::string truthText(const Simulation& simulation, const PartSizes& sizes, cons
   json["eeg"] = eegOf(simulation, sizes);
   json["lineNoise"] = lineNoiseOf(simulation);
   if (simulation.movement() != nullptr) json["movement"] = movementOf(simulation);
+  const Disturbances& disturbances = simulation.disturbances();
+  if (!disturbances.spikeTimes().empty()) json["spikeTimes"] = disturbances.spikeTimes();
+  if (!disturbances.dropoutTimes().empty()) json["dropoutTimes"] = disturbances.dropoutTimes();
   if (!parameters.deadChannels.empty()) json["deadChannels"] = parameters.deadChannels;
   if (simulation.gradient() != nullptr) json["gradient"] = gradientOf(simulation, sizes);
   if (simulation.pulse() != nullptr) json["heart"] = heartOf(simulation, sizes);

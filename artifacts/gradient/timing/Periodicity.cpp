@@ -1,0 +1,224 @@
+#include "artifacts/gradient/timing/Periodicity.h"
+
+#include "artifacts/gradient/timing/Autocorrelation.h"
+#include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "artifacts/gradient/timing/SharpenedSignal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace emeg {
+
+namespace {
+
+constexpr double activityWindow = 0.05; // seconds
+constexpr double quietPercentile = 0.02;
+constexpr double busyPercentile = 0.98;
+constexpr double contrastOfScans = 3;                       // busy to quiet; below, there is no quiet
+constexpr double deepestQuiet = 1e-3;                       // of the busy level
+constexpr int64_t largestCorrelatedSpan = int64_t{1} << 21; // samples; bounds memory and time
+constexpr double longestPeriod = 20;                        // seconds
+constexpr double shortestTone = 0.004;                      // seconds; periods from here on are looked at ...
+constexpr double shortestPeriod = 0.015;                    // ... but shorter than this they are tones
+constexpr double leastCorrelation = 0.1;
+constexpr double lineTolerance = 0.003; // relative, of the period of the mains
+constexpr double spectralFloor = 0.1;
+constexpr double noiseFloor = 0.01;      // of the mean power, in what an average leaves
+constexpr double harmlessLoss = 0.001;   // of correlation
+constexpr double independentShare = 0.1; // of the samples
+constexpr int64_t blocksPerWindow = 8;
+constexpr double shortestWindow = 0.3; // seconds
+constexpr double leastUnitCorrelation = 0.01;
+constexpr double unitDeviations = 8;
+
+double percentile(std::vector<double> values, double share) {
+  const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
+  std::nth_element(values.begin(), rank, values.end());
+  return *rank;
+}
+
+/// A sinusoid of the mains repeats itself like a very short slice.
+bool isTone(double period, double samplingFrequency) {
+  const double seconds = period / samplingFrequency;
+  if (seconds < shortestPeriod) return true;
+  for (const double mains : {50.0, 60.0})
+    if (std::fabs(seconds * mains - 1) < lineTolerance) return true;
+  return false;
+}
+
+} // namespace
+
+std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
+                                       double longestGap) {
+  const auto window = static_cast<int64_t>(std::max(1.0, activityWindow * samplingFrequency));
+  const auto n = static_cast<int64_t>(sharpened.size());
+  std::vector<double> activity;
+  for (int64_t begin = 0; begin < n; begin += window) {
+    const int64_t end = std::min(begin + window, n);
+    double sum = 0;
+    for (int64_t i = begin; i < end; ++i) sum += std::fabs(sharpened[static_cast<size_t>(i)]);
+    activity.push_back(sum / static_cast<double>(end - begin));
+  }
+  if (activity.empty()) return {};
+  const double busy = percentile(activity, busyPercentile);
+  if (!(busy > 0)) return {};
+  const double quiet = std::max(percentile(activity, quietPercentile), deepestQuiet * busy);
+  const double threshold = busy / quiet < contrastOfScans ? 0 : std::sqrt(busy * quiet);
+
+  std::vector<SampleRange> stretches;
+  for (size_t k = 0; k < activity.size(); ++k) {
+    if (activity[k] < threshold) continue;
+    const int64_t begin = static_cast<int64_t>(k) * window;
+    const int64_t end = std::min(begin + window, n);
+    if (!stretches.empty() &&
+        static_cast<double>(begin - stretches.back().end) <= longestGap * samplingFrequency)
+      stretches.back().end = end;
+    else
+      stretches.push_back({begin, end});
+  }
+  return stretches;
+}
+
+std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
+                                double expected, double reach) {
+  const auto whole = static_cast<int64_t>(sharpened.size());
+  const int64_t n = std::min(whole, largestCorrelatedSpan);
+  const auto from = sharpened.begin() + (whole - n) / 2;
+  std::vector<double> part(from, from + n);
+  if (evened) flattenSpectrum(part, spectralFloor);
+  const Autocorrelation correlation(
+      part, std::min(2 * n / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
+  if (expected > 0) {
+    const CorrelationPeak peak = correlation.peakNear(expected, reach);
+    if (peak.value < leastCorrelation) return {};
+    return {{peak.lag, peak.value}};
+  }
+
+  const std::vector<CorrelationPeak> peaks =
+      correlation.peaks(static_cast<int64_t>(shortestTone * samplingFrequency), leastCorrelation);
+  if (peaks.empty()) return {};
+  const double best = std::max_element(peaks.begin(), peaks.end(), [](const auto& a, const auto& b) {
+                        return a.value < b.value;
+                      })->value;
+  const double loss = std::max(0.0, 1 - best);
+  std::vector<Period> periods;
+  for (const double share : {1.0, 0.3, 0.1, 0.0}) {
+    const auto shortest = std::find_if(peaks.begin(), peaks.end(), [&](const CorrelationPeak& peak) {
+      // The estimate is the better, the more of the signal overlaps and the more it is alike.
+      const double independent = independentShare * (static_cast<double>(n) - peak.lag);
+      const double tolerance =
+          harmlessLoss + std::min(loss, 1.5 * harmlessLoss) + 4 * loss * (1 + best) / std::sqrt(independent);
+      return peak.value >= best - share * tolerance;
+    });
+    if (shortest == peaks.end() || isTone(shortest->lag, samplingFrequency)) break;
+    if (periods.empty() || periods.back().samples != shortest->lag)
+      periods.push_back({shortest->lag, shortest->value});
+  }
+  return periods;
+}
+
+SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
+                                    double samplingFrequency) {
+  const auto n = static_cast<int64_t>(sharpened.size());
+  const double whole = std::floor(period);
+  const auto lag = static_cast<int64_t>(whole);
+  const BandLimitedShift shift(period - whole);
+  const double window = std::max(
+      period < shortestWindow * samplingFrequency ? shortestWindow * samplingFrequency : period, 16.0);
+  const auto block = static_cast<int64_t>(window) / blocksPerWindow;
+
+  struct Products {
+    double cross = 0, now = 0, later = 0;
+  };
+  std::vector<Products> blocks;
+  for (int64_t begin = 0; begin + block + lag <= n; begin += block) {
+    Products sums;
+    for (int64_t i = begin; i < begin + block; ++i) {
+      const double now = sharpened[static_cast<size_t>(i)];
+      const double later = shift.at(sharpened, i + lag);
+      sums.cross += now * later;
+      sums.now += now * now;
+      sums.later += later * later;
+    }
+    blocks.push_back(sums);
+  }
+
+  std::vector<double> similarity;
+  for (size_t k = 0; k + blocksPerWindow <= blocks.size(); ++k) {
+    Products sums;
+    for (size_t j = k; j < k + blocksPerWindow; ++j) {
+      sums.cross += blocks[j].cross;
+      sums.now += blocks[j].now;
+      sums.later += blocks[j].later;
+    }
+    const double energy = std::sqrt(sums.now * sums.later);
+    similarity.push_back(energy > 0 ? sums.cross / energy : 0);
+  }
+  if (similarity.empty()) return {};
+  const double threshold = std::max(0.6 * percentile(similarity, 0.9), leastCorrelation);
+
+  SampleRange longest;
+  for (size_t k = 0; k < similarity.size(); ++k) {
+    if (similarity[k] < threshold) continue;
+    size_t last = k;
+    while (last + 1 < similarity.size() && similarity[last + 1] >= threshold) ++last;
+    const SampleRange run{static_cast<int64_t>(k) * block,
+                          static_cast<int64_t>(last + blocksPerWindow) * block + lag};
+    if (run.length() > longest.length()) longest = run;
+    k = last;
+  }
+  longest.end = std::min(longest.end, n);
+  return longest;
+}
+
+int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepeats& repeats,
+                             double samplingFrequency) {
+  const double period = repeats.line.period;
+  const auto length = static_cast<int64_t>(std::ceil(period));
+  const auto begin = static_cast<int64_t>(
+      std::max(0.0, std::ceil(repeats.line.at(static_cast<double>(repeats.range.first)))));
+  const auto end =
+      std::min(static_cast<int64_t>(std::floor(repeats.line.at(static_cast<double>(repeats.range.last + 1)))),
+               static_cast<int64_t>(sharpened.size()));
+  if (end - begin < 4 * length) return 1;
+
+  // The average reaches beyond the repeat, so that interpolating at its ends meets no step.
+  constexpr int64_t margin = 24;
+  const RepeatLine early{repeats.line.onset - static_cast<double>(margin), period};
+  const std::vector<double> average =
+      averageRepeat(sharpened, early, repeats.range, length + 2 * margin, repeats.used);
+  std::vector<double> shifted(static_cast<size_t>(length + 1));
+  std::vector<double> rest(sharpened.begin() + begin, sharpened.begin() + end);
+  for (int64_t v = repeats.range.first; v <= repeats.range.last; ++v) {
+    const double position = repeats.line.at(static_cast<double>(v));
+    const auto from = static_cast<int64_t>(std::ceil(position));
+    const auto to = static_cast<int64_t>(std::ceil(position + period));
+    readShifted(average, static_cast<double>(from + margin) - position, shifted);
+    for (int64_t i = std::max(from, begin); i < std::min(to, end); ++i)
+      rest[static_cast<size_t>(i - begin)] -= shifted[static_cast<size_t>(i - from)];
+  }
+
+  flattenSpectrum(rest, noiseFloor);
+  const Autocorrelation correlation(
+      rest, std::min((end - begin) * 2 / 3, static_cast<int64_t>(longestPeriod * samplingFrequency)));
+  std::vector<double> values{1}; // index k: after k repeats
+  for (int64_t k = 1; static_cast<double>(k) * period < static_cast<double>(correlation.largestLag()); ++k)
+    values.push_back(correlation.between(static_cast<double>(k) * period));
+  std::vector<double> contrast(values.size(), 0.0);
+  std::vector<double> distances;
+  for (size_t k = 2; k + 1 < values.size(); ++k) {
+    const double beside = k == 2 ? values[3] : (values[k - 1] + values[k + 1]) / 2;
+    contrast[k] = values[k] - std::max(0.0, beside);
+    distances.push_back(std::fabs(contrast[k]));
+  }
+  if (distances.empty()) return 1;
+  const double limit = std::max(unitDeviations * 1.4826 * percentile(distances, 0.5), leastUnitCorrelation);
+  const double best = *std::max_element(contrast.begin(), contrast.end());
+  if (best < limit) return 1;
+  for (size_t k = 2; k < contrast.size(); ++k)
+    if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);
+  return 1;
+}
+
+} // namespace emeg

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "artifacts/gradient/timing/Repeats.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace emeg {
+
+/// A stretch of samples; `end` is behind the last one.
+struct SampleRange {
+  int64_t begin = 0;
+  int64_t end = 0;
+  int64_t length() const { return end - begin; }
+};
+
+/// Stretches in which a (sharpened, clipped) signal is busy, with interruptions of up to `longestGap`
+/// seconds. A signal that is equally busy all the time is one stretch.
+std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
+                                       double longestGap);
+
+/// A period (samples) and how much the signal resembles itself after it.
+struct Period {
+  double samples = 0;
+  double similarity = 0;
+};
+
+/// Periods after which the signal resembles itself as much as it ever does, the likeliest first: the shortest
+/// one, which is a volume, or a slice where slices are so much alike that volumes hardly stand out; then
+/// longer ones that are more alike. With `evened`
+/// the spectrum is evened out first, so that a readout's tone counts less (and noise more). Only one within
+/// `reach` of `expected` where that is not 0. None when the signal does not repeat itself, or is just a tone.
+std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
+                                double expected = 0, double reach = 0);
+
+/// The longest stretch in which the signal resembles what follows one period later; it ends where the last of
+/// these repeats ends.
+SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
+                                    double samplingFrequency);
+
+/// How many repeats (slices) make the next larger unit (a volume): what is left after the average repeat is
+/// taken away repeats itself after so many. 1 when it does not.
+int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepeats& repeats,
+                             double samplingFrequency);
+
+} // namespace emeg

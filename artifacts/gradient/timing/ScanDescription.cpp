@@ -1,0 +1,251 @@
+#include "artifacts/gradient/timing/ScanDescription.h"
+
+#include "artifacts/gradient/timing/BandLimitedShift.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace emeg {
+
+namespace {
+
+constexpr double leastSimilarity = 0.5; // of the median, for one more volume
+constexpr double similarityBehindMisses = 0.85;
+constexpr int64_t toleratedMisses = 2;  // volumes that a spike or a dropout may spoil
+constexpr double edgeBlock = 0.01;      // seconds
+constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
+constexpr double leastEdgeGain = 0.5;
+constexpr int64_t mostMissedBlocks = 40; // a dropout is that long
+constexpr double shortestBurst = 0.2;    // of a slice
+constexpr double edgeOfRecording = 0.1;  // of a volume; a scan seen from later on began with one
+constexpr double edgeSlack = 0.3;        // of a slice: what may be missing of a whole volume
+
+/// Repeats beyond the known ones that still resemble the average, in one direction.
+int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit,
+                        const RepeatComparison& comparison, int64_t from, int64_t step, SampleRange limits) {
+  int64_t outermost = from;
+  int64_t misses = 0;
+  for (int64_t v = from + step; misses <= toleratedMisses; v += step) {
+    const double position = fit.line.at(static_cast<double>(v));
+    if (position < static_cast<double>(limits.begin) ||
+        position + fit.line.period > static_cast<double>(limits.end))
+      break;
+    const RepeatFit repeat = fit.compareOutside(signal, comparison, v);
+    // Behind a gap it could be another scan, with its own phase.
+    const double wanted = misses == 0 ? leastSimilarity : similarityBehindMisses;
+    if (repeat.similarity > wanted * fit.similarity && std::fabs(repeat.delay) < 1) {
+      outermost = v;
+      misses = 0;
+    } else {
+      ++misses;
+    }
+  }
+  return outermost;
+}
+
+/// Follows the repeats to both ends, in steps that double, so that the line always holds for the next ones.
+FittedRepeats extended(std::span<const double> signal, FittedRepeats fit, SampleRange limits) {
+  for (int round = 0; round < 40; ++round) {
+    const RepeatComparison comparison(
+        averageRepeat(signal, fit.line, fit.range, static_cast<int64_t>(fit.line.period), fit.used));
+    const auto reach =
+        static_cast<int64_t>(std::ceil(fit.line.period)) * std::max<int64_t>(fit.range.count(), 4);
+    const SampleRange near{
+        std::max(limits.begin,
+                 static_cast<int64_t>(fit.line.at(static_cast<double>(fit.range.first))) - reach),
+        std::min(limits.end,
+                 static_cast<int64_t>(fit.line.at(static_cast<double>(fit.range.last + 1))) + reach)};
+    const RepeatRange range{outermostRepeat(signal, fit, comparison, fit.range.first, -1, near),
+                            outermostRepeat(signal, fit, comparison, fit.range.last, 1, near)};
+    if (range.first == fit.range.first && range.last == fit.range.last) break;
+    fit = fitRepeats(signal, fit.line, range);
+  }
+  return fit;
+}
+
+/// The scan's first and last activity: blocks of the first and last repeats, and of those next to them, that
+/// still hold what the average holds there.
+class ScanEdges {
+public:
+  ScanEdges(std::span<const double> signal, const FittedRepeats& fit, std::vector<double> average,
+            double samplingFrequency, SampleRange limits)
+      : signal_(signal), fit_(fit), average_(std::move(average)), limits_(limits),
+        block_(std::max<int64_t>(static_cast<int64_t>(edgeBlock * samplingFrequency), 4)),
+        nrOfBlocks_(static_cast<int64_t>(average_.size()) / block_) {
+    double power = 0;
+    for (const double value : average_) power += value * value;
+    floor_ = leastEdgePower * power * static_cast<double>(block_) / static_cast<double>(average_.size());
+  }
+
+  double begin() const { return std::max(outermost(fit_.range.first, -1), 0.0); }
+  double end() const {
+    return std::min(outermost(fit_.range.last, 1) + static_cast<double>(block_),
+                    static_cast<double>(signal_.size()));
+  }
+
+private:
+  double start(int64_t v, int64_t b) const {
+    return fit_.line.at(static_cast<double>(v)) + static_cast<double>(b * block_);
+  }
+
+  bool isBusy(int64_t b) const {
+    double power = 0;
+    for (int64_t i = b * block_; i < (b + 1) * block_; ++i)
+      power += average_[static_cast<size_t>(i)] * average_[static_cast<size_t>(i)];
+    return power > floor_;
+  }
+
+  /// Start of the last block that holds on the way out through the given repeat and its neighbour. Another
+  /// scan may come behind a pause: the way ends where too many busy blocks in a row do not hold.
+  double outermost(int64_t repeat, int64_t step) const {
+    double found = start(repeat, step < 0 ? nrOfBlocks_ - 1 : 0);
+    int64_t missed = 0;
+    for (int64_t k = 0; k < 2 * nrOfBlocks_ && missed <= mostMissedBlocks; ++k) {
+      const int64_t v = repeat + step * (k / nrOfBlocks_);
+      const int64_t b = step < 0 ? nrOfBlocks_ - 1 - k % nrOfBlocks_ : k % nrOfBlocks_;
+      if (!isBusy(b)) continue;
+      if (holds(v, b)) {
+        found = start(v, b);
+        missed = 0;
+      } else {
+        ++missed;
+      }
+    }
+    return found;
+  }
+
+  bool holds(int64_t v, int64_t b) const {
+    const double position = start(v, b);
+    if (position + static_cast<double>(block_) / 2 < static_cast<double>(limits_.begin) ||
+        position + static_cast<double>(block_) / 2 > static_cast<double>(limits_.end))
+      return false;
+    std::vector<double> values(static_cast<size_t>(block_));
+    readShifted(signal_, position, values);
+    double cross = 0, power = 0;
+    for (int64_t i = 0; i < block_; ++i) {
+      const double m = average_[static_cast<size_t>(b * block_ + i)];
+      cross += m * values[static_cast<size_t>(i)];
+      power += m * m;
+    }
+    return power > floor_ && cross > leastEdgeGain * power;
+  }
+
+  std::span<const double> signal_;
+  const FittedRepeats& fit_;
+  std::vector<double> average_;
+  SampleRange limits_;
+  int64_t block_;
+  int64_t nrOfBlocks_;
+  double floor_ = 0;
+};
+
+double explainedByAverage(std::span<const double> signal, const FittedRepeats& fit,
+                          const std::vector<double>& average) {
+  std::vector<double> repeat(average.size());
+  double rest = 0, power = 0;
+  for (int64_t v = fit.range.first; v <= fit.range.last; ++v) {
+    if (!fit.used[static_cast<size_t>(v - fit.range.first)]) continue;
+    readShifted(signal, fit.line.at(static_cast<double>(v)), repeat);
+    for (size_t i = 0; i < repeat.size(); ++i) {
+      rest += (repeat[i] - average[i]) * (repeat[i] - average[i]);
+      power += repeat[i] * repeat[i];
+    }
+  }
+  return power > 0 ? 1 - rest / power : 0;
+}
+
+/// Whole volumes between the edges, and whether parts are left over.
+void countVolumes(ScanSegment& segment, const SliceStructure& slices, double anyOnset) {
+  const double slack = edgeSlack * segment.sliceDuration;
+  const double T = segment.volumeDuration;
+  const double first = std::ceil((segment.begin - slack - slices.firstActivity - anyOnset) / T);
+  const double last = std::floor((segment.end + slack - slices.lastActivity - anyOnset) / T);
+  segment.firstVolumeOnset = anyOnset + first * T;
+  segment.nrOfVolumes = static_cast<int32_t>(std::clamp(last - first + 1, 0.0, 1e9));
+  segment.beginsInVolume = segment.begin + slack < segment.firstVolumeOnset + slices.firstActivity;
+  segment.endsInVolume = segment.end - slack > segment.endOfVolumes() + slices.firstActivity;
+}
+
+/// Between the edges, the quiet at the end of the last slice not counted.
+double slicesIn(const ScanSegment& segment, double sliceDuration) {
+  return std::max(1.0, std::ceil((segment.end - segment.begin) / sliceDuration - shortestBurst));
+}
+
+/// All slices are alike: about two seconds are taken for a volume, so that few slices are left over.
+ScanSegment alikeSlices(ScanSegment segment, double sliceDuration, int32_t slicesPerVolume) {
+  const double slices = slicesIn(segment, sliceDuration);
+  segment.sliceDuration = sliceDuration;
+  segment.nrOfSlicesPerVolume = slicesPerVolume;
+  segment.volumeDuration = sliceDuration * slicesPerVolume;
+  segment.nrOfVolumes = static_cast<int32_t>(std::floor(slices / slicesPerVolume));
+  segment.endsInVolume = slices > static_cast<double>(segment.nrOfVolumes) * slicesPerVolume;
+  segment.explainedBySlice = 1;
+  return segment;
+}
+
+/// The count near `wanted` that divides the number of slices with the smallest remainder.
+int32_t bestDivisor(double slices, int32_t wanted) {
+  int32_t best = wanted;
+  double smallest = std::fmod(slices, wanted);
+  for (int32_t candidate = std::max(3, wanted - wanted / 3); candidate <= wanted + wanted / 3; ++candidate) {
+    const double remainder = std::fmod(slices, candidate);
+    if (remainder < smallest) {
+      smallest = remainder;
+      best = candidate;
+    }
+  }
+  return best;
+}
+
+} // namespace
+
+std::optional<ScanSegment> describeScan(std::span<const double> sharpened, double samplingFrequency,
+                                        FittedRepeats volumes, SampleRange limits, const KnownTiming& known) {
+  const FittedRepeats fit = extended(sharpened, std::move(volumes), limits);
+  if (fit.range.count() < 2) return std::nullopt;
+  const double period = fit.line.period;
+  const auto length = static_cast<int64_t>(std::floor(period));
+  std::vector<double> average = averageRepeat(sharpened, fit.line, fit.range, length, fit.used);
+
+  ScanSegment segment;
+  segment.volumeDuration = period;
+  segment.explainedByVolume = explainedByAverage(sharpened, fit, average);
+  const ScanEdges edges(sharpened, fit, std::move(average), samplingFrequency, limits);
+  segment.begin = edges.begin();
+  segment.end = edges.end();
+  if (!(segment.end > segment.begin)) return std::nullopt;
+
+  if (known.slicesTakenForVolume > 0) {
+    segment.firstVolumeOnset = segment.begin;
+    const double slices = slicesIn(segment, period);
+    const bool isGiven = known.slices.nrOfSlices > 0;
+    segment.isCountIdentifiable = isGiven;
+    return alikeSlices(
+        segment, period,
+        isGiven ? std::min(known.slices.nrOfSlices, static_cast<int32_t>(std::clamp(slices, 1.0, 1e9)))
+                : bestDivisor(slices, known.slicesTakenForVolume));
+  }
+
+  // Behind the last volume there may be quiet.
+  const auto twoVolumes = averageRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
+                                        static_cast<int64_t>(std::ceil(2 * period)) + 1, fit.used);
+  KnownSlices knownSlices = known.slices;
+  if (known.volumeOnset) knownSlices.onset = *known.volumeOnset - fit.line.onset;
+  const SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);
+  segment.nrOfSlicesPerVolume = slices.nrOfSlices;
+  segment.sliceDuration = slices.sliceDuration;
+  segment.isCountIdentifiable = slices.isOnsetKnown || known.slices.nrOfSlices > 0;
+  segment.explainedBySlice = slices.explainedBySlice;
+  double onset = fit.line.onset + slices.onset;
+  if (known.volumeOnset) {
+    onset = *known.volumeOnset;
+  } else if (!slices.isOnsetKnown || (!slices.isOnsetCertain && segment.begin > edgeOfRecording * period)) {
+    // A scan begins with a volume.
+    onset = segment.begin - slices.firstActivity;
+  }
+  countVolumes(segment, slices, onset);
+  return segment;
+}
+
+} // namespace emeg

@@ -1,0 +1,45 @@
+#include "artifacts/gradient/timing/ScanDetection.h"
+
+#include "artifacts/gradient/timing/ScanSearch.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace emeg {
+
+namespace {
+
+bool isSampled(double samplingFrequency) {
+  return std::isfinite(samplingFrequency) && samplingFrequency >= 1;
+}
+
+/// Durations and onsets that no recording of this length can have count as not known.
+GivenTiming usable(GivenTiming given, double seconds) {
+  if (!(given.volumeDuration > 0 && given.volumeDuration < seconds)) given.volumeDuration = 0;
+  if (given.firstOnset && !(std::fabs(*given.firstOnset) <= seconds)) given.firstOnset.reset();
+  return given;
+}
+
+} // namespace
+
+std::vector<ScanSegment> detectScans(std::span<const double> channel, double samplingFrequency,
+                                     const GivenTiming& given) {
+  if (!isSampled(samplingFrequency)) return {};
+  return ScanSearch(channel, samplingFrequency)
+      .scans(usable(given, static_cast<double>(channel.size()) / samplingFrequency));
+}
+
+std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nrOfChannels,
+                                               double samplingFrequency, const GivenTiming& given,
+                                               int largestNrOfChannels) {
+  const int asked = std::max(0, std::min(nrOfChannels, largestNrOfChannels));
+  std::vector<std::vector<ScanSegment>> scans;
+  std::vector<double> samples;
+  for (int i = 0; i < asked; ++i) {
+    read(static_cast<int>((static_cast<int64_t>(2 * i + 1) * nrOfChannels) / (2 * asked)), samples);
+    scans.push_back(detectScans(samples, samplingFrequency, given));
+  }
+  return voteOnScans(scans);
+}
+
+} // namespace emeg

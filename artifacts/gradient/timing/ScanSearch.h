@@ -1,0 +1,47 @@
+#pragma once
+
+#include "artifacts/gradient/timing/Periodicity.h"
+#include "artifacts/gradient/timing/ScanDescription.h"
+#include "artifacts/gradient/timing/ScanDetection.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace emeg {
+
+/// One channel's search for scans: holds the channel's sharpened copy.
+class ScanSearch {
+public:
+  ScanSearch(std::span<const double> channel, double samplingFrequency);
+
+  /// All scans. Quiet of up to two seconds belongs to a scan or, where that finds nothing, of up to twelve,
+  /// as between volumes with a long silent delay.
+  std::vector<ScanSegment> scans(const GivenTiming& given) const;
+
+  /// The scan in a stretch: the candidate period that explains most of it; of those that explain as much, the
+  /// shortest. It may reach beyond the stretch up to the limits.
+  std::optional<ScanSegment> scanIn(SampleRange stretch, SampleRange limits, const GivenTiming& given) const;
+
+  /// The scan of volumes whose onsets are known to within a sample or so.
+  std::optional<ScanSegment> scanOfVolumes(const RepeatLine& volumes, RepeatRange range, SampleRange limits,
+                                           int32_t nrOfSlicesPerVolume) const;
+
+  int64_t nrOfSamples() const { return static_cast<int64_t>(sharpened_.size()); }
+
+private:
+  std::span<const double> part(SampleRange range) const;
+  std::vector<ScanSegment> scansIn(std::vector<SampleRange> open, const GivenTiming& given) const;
+  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, double expected) const;
+  std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
+                                          const GivenTiming& given) const;
+  void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;
+
+  static constexpr size_t nrOfGaps = 2;
+  double fs_;
+  std::vector<double> sharpened_;
+  std::array<std::vector<SampleRange>, nrOfGaps> busyStretches_;
+};
+
+} // namespace emeg
