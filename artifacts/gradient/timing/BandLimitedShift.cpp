@@ -24,10 +24,11 @@ double besselI0(double x) {
 
 BandLimitedShift::BandLimitedShift(double fraction) {
   constexpr int before = nrOfTaps / 2 - 1;
+  constexpr int half = nrOfTaps / 2;
   const double scale = 1 / besselI0(kaiserBeta);
   for (int j = 0; j < nrOfTaps; ++j) {
     const double x = j - before - fraction;
-    const double u = x / (nrOfTaps / 2);
+    const double u = x / half;
     const double window = std::fabs(u) < 1 ? besselI0(kaiserBeta * std::sqrt(1 - u * u)) * scale : 0;
     const double argument = std::numbers::pi * x;
     taps_[static_cast<size_t>(j)] = (std::fabs(argument) < 1e-9 ? 1 : std::sin(argument) / argument) * window;

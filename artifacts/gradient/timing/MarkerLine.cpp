@@ -74,6 +74,7 @@ private:
 /// Once more without the markers that lie further off than the others.
 void refit(const std::vector<IndexedMarker>& members, MarkerLine& line) {
   std::vector<double> distances;
+  distances.reserve(members.size());
   const auto distanceOf = [&](const IndexedMarker& m) {
     return std::fabs(m.position - line.onset - line.interval * static_cast<double>(m.repeat));
   };

@@ -36,7 +36,7 @@ std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nr
   std::vector<std::vector<ScanSegment>> scans;
   std::vector<double> samples;
   for (int i = 0; i < asked; ++i) {
-    read(static_cast<int>((static_cast<int64_t>(2 * i + 1) * nrOfChannels) / (2 * asked)), samples);
+    read(static_cast<int>(((2 * int64_t{i} + 1) * nrOfChannels) / (2 * int64_t{asked})), samples);
     scans.push_back(detectScans(samples, samplingFrequency, given));
   }
   return voteOnScans(scans);

@@ -23,6 +23,7 @@ bool overlap(const ScanSegment& a, const ScanSegment& b) {
 template <typename Value>
 double medianOf(const std::vector<const ScanSegment*>& scans, Value valueOf) {
   std::vector<double> values;
+  values.reserve(scans.size());
   for (const ScanSegment* scan : scans) values.push_back(valueOf(*scan));
   std::sort(values.begin(), values.end());
   const size_t n = values.size();
