@@ -3,7 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh clang-tidy g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev \
-  libedf-dev libfmt-dev libmatio-dev zlib1g-dev pkg-config
+  libedf-dev libfmt-dev libssl-dev libmatio-dev zlib1g-dev pkg-config
 cmake --preset release >/dev/null
 # What only the Windows build compiles is left out.
 find dsp files artifacts converter plugin host app -name '*.cpp' \
