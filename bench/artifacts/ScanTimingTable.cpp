@@ -1,8 +1,7 @@
 // Measures how well the timing of simulated scans is found, and what the removal with the found timing
 // leaves, against the removal with the true timing. Prints one line per kind, sampling frequency and source
 // of the timing; docs/timing.md holds the table. Arguments: kinds to measure [all], --source NAME, --fs HZ,
-// --seeds N,
-// --seconds S, --each.
+// --first-seed N [1], --seeds N [5], --seconds S [60], --each.
 
 #include "app/simulation/RandomGenerator.h"
 #include "app/simulation/Simulation.h"
@@ -293,6 +292,7 @@ Outcome judge(bool isIdentifiable, const Recording& recording, const std::vector
 int main(int argc, char** argv) {
   std::vector<std::string> wanted, wantedSources;
   std::vector<double> rates;
+  int firstSeed = 1;
   int seeds = 5;
   double seconds = 60;
   bool each = false;
@@ -301,6 +301,8 @@ int main(int argc, char** argv) {
     const auto number = [&] { return i + 1 < argc ? std::atof(argv[++i]) : 0; };
     if (argument == "--fs")
       rates.push_back(number());
+    else if (argument == "--first-seed")
+      firstSeed = static_cast<int>(number());
     else if (argument == "--seeds")
       seeds = static_cast<int>(number());
     else if (argument == "--seconds")
@@ -328,7 +330,7 @@ int main(int argc, char** argv) {
         Outcome worst;
         worst.truthDb = -1000;
         worst.lossSliceWise = worst.lossVolumeWise = -1000;
-        for (int seed = 1; seed <= seeds; seed++) {
+        for (int seed = firstSeed; seed < firstSeed + seeds; seed++) {
           const Recording recording = simulate(kind, fs, static_cast<uint64_t>(seed), seconds);
           const auto start = std::chrono::steady_clock::now();
           const std::vector<ScanSegment> found = find(recording, source, static_cast<uint64_t>(seed));
