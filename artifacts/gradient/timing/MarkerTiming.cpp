@@ -1,5 +1,6 @@
 #include "artifacts/gradient/timing/MarkerTiming.h"
 
+#include "artifacts/gradient/timing/ChannelPoll.h"
 #include "artifacts/gradient/timing/ScanSearch.h"
 
 #include <algorithm>
@@ -81,6 +82,16 @@ std::vector<ScanSegment> scansFromMarkers(std::span<const double> channel, doubl
   const ScanSearch search(channel, samplingFrequency);
   if (kind == MarkerKind::Volume) return scansFromVolumes(search, markers, nrOfSlicesPerVolume);
   return scansFromSlices(search, samplingFrequency, markers, nrOfSlicesPerVolume);
+}
+
+std::vector<ScanSegment> scansFromMarkersInChannels(const ChannelReader& read, int nrOfChannels,
+                                                    double samplingFrequency, std::span<const double> markers,
+                                                    MarkerKind kind, int32_t nrOfSlicesPerVolume,
+                                                    int largestNrOfChannels) {
+  return voteOnScans(
+      scansOfChannels(read, nrOfChannels, largestNrOfChannels, [&](std::span<const double> channel) {
+        return scansFromMarkers(channel, samplingFrequency, markers, kind, nrOfSlicesPerVolume);
+      }));
 }
 
 } // namespace emeg

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "artifacts/gradient/timing/ScanDetection.h"
 #include "artifacts/gradient/timing/ScanSegment.h"
 
 #include <cstdint>
@@ -34,5 +35,12 @@ std::vector<MarkerLine> fitMarkerLines(std::span<const double> markers, double l
 std::vector<ScanSegment> scansFromMarkers(std::span<const double> channel, double samplingFrequency,
                                           std::span<const double> markers, MarkerKind kind,
                                           int32_t nrOfSlicesPerVolume = 0);
+
+/// The same from up to `largestNrOfChannels` channels, evenly spread, one at a time, which vote as in blind
+/// detection: neither a dead channel nor a spoilt one among them matters.
+std::vector<ScanSegment> scansFromMarkersInChannels(const ChannelReader& read, int nrOfChannels,
+                                                    double samplingFrequency, std::span<const double> markers,
+                                                    MarkerKind kind, int32_t nrOfSlicesPerVolume = 0,
+                                                    int largestNrOfChannels = 3);
 
 } // namespace emeg

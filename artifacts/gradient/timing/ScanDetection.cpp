@@ -1,8 +1,8 @@
 #include "artifacts/gradient/timing/ScanDetection.h"
 
+#include "artifacts/gradient/timing/ChannelPoll.h"
 #include "artifacts/gradient/timing/ScanSearch.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace emeg {
@@ -32,14 +32,10 @@ std::vector<ScanSegment> detectScans(std::span<const double> channel, double sam
 std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nrOfChannels,
                                                double samplingFrequency, const GivenTiming& given,
                                                int largestNrOfChannels) {
-  const int asked = std::max(0, std::min(nrOfChannels, largestNrOfChannels));
-  std::vector<std::vector<ScanSegment>> scans;
-  std::vector<double> samples;
-  for (int i = 0; i < asked; ++i) {
-    read(static_cast<int>(((2 * int64_t{i} + 1) * nrOfChannels) / (2 * int64_t{asked})), samples);
-    scans.push_back(detectScans(samples, samplingFrequency, given));
-  }
-  return voteOnScans(scans);
+  return voteOnScans(
+      scansOfChannels(read, nrOfChannels, largestNrOfChannels, [&](std::span<const double> channel) {
+        return detectScans(channel, samplingFrequency, given);
+      }));
 }
 
 } // namespace emeg

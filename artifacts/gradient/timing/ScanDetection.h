@@ -33,9 +33,10 @@ std::vector<ScanSegment> detectScans(std::span<const double> channel, double sam
 /// Fills the vector with a channel's samples; channels are numbered from 0.
 using ChannelReader = std::function<void(int channel, std::vector<double>& samples)>;
 
-/// The same from up to `largestNrOfChannels` channels, evenly spread, one at a time. They vote: of the scans
-/// that channels find at the same time, the one whose volumes, slices and duration most channels agree on
-/// (then: whose average volume explains more) stands, with the median of their times.
+/// The same from up to `largestNrOfChannels` channels, evenly spread, one at a time; flat ones are passed
+/// over. They vote: of the scans that channels find at the same time, the one whose volumes, slices and
+/// duration most channels agree on (then: whose average volume explains more) stands, with the median of
+/// their times.
 std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nrOfChannels,
                                                double samplingFrequency, const GivenTiming& given = {},
                                                int largestNrOfChannels = 7);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
 namespace emeg {
 namespace {
@@ -85,6 +86,25 @@ TEST(ScansFromMarkers, GatherSlicesIntoVolumes) {
     EXPECT_EQ(found[0].nrOfVolumes, scan.timing().nrOfVolumes);
     EXPECT_EQ(found[0].nrOfSlicesPerVolume, scan.timing().nrOfSlicesPerVolume);
   }
+}
+
+TEST(ScansFromMarkers, DeadAndSpoiltChannelsDoNotMatter) {
+  const SimulatedScan scan = simulateScan(Preset::Gap, 1000, 30);
+  std::vector<double> markers;
+  for (int64_t v = 0; v < scan.timing().nrOfVolumes; v++) markers.push_back(std::floor(scan.onsetOf(v)));
+  std::mt19937 random(1);
+  const auto read = [&](int channel, std::vector<double>& samples) {
+    samples = scan.recorded;
+    if (channel == 0) samples.assign(samples.size(), 0.0);
+    if (channel == 1)
+      for (double& sample : samples) sample = static_cast<double>(random() >> 8);
+  };
+  const std::vector<ScanSegment> found =
+      scansFromMarkersInChannels(read, 3, scan.fs, markers, MarkerKind::Volume);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].nrOfVolumes, scan.timing().nrOfVolumes);
+  EXPECT_EQ(found[0].nrOfSlicesPerVolume, scan.timing().nrOfSlicesPerVolume);
+  EXPECT_NEAR(found[0].firstVolumeOnset, scan.onsetOf(0), 1);
 }
 
 TEST(ScansFromMarkers, FindNothingWhereNothingRepeats) {

@@ -46,9 +46,22 @@ TEST(ScanVote, ChannelsAreReadOneByOneAndEvenlySpread) {
       [&](int channel, std::vector<double>& samples) {
         asked.push_back(channel);
         samples.assign(100, 0.0);
+        samples[50] = 1;
       },
       32, 1000, {}, 4);
   EXPECT_EQ(asked, (std::vector<int>{4, 12, 20, 28}));
+}
+
+TEST(ScanVote, FlatChannelsAreReplacedByTheNextOnes) {
+  std::vector<int> asked;
+  detectScansInChannels(
+      [&](int channel, std::vector<double>& samples) {
+        asked.push_back(channel);
+        samples.assign(100, 7.0);
+        if (channel != 4 && channel != 5) samples[50] = 8;
+      },
+      32, 1000, {}, 4);
+  EXPECT_EQ(asked, (std::vector<int>{4, 5, 6, 12, 20, 28}));
 }
 
 } // namespace
