@@ -1,0 +1,16 @@
+#pragma once
+
+#include "files/exchange/Recording.h"
+
+#include <string>
+#include <vector>
+
+namespace emeg {
+
+/// Onsets in samples, ascending, of all markers that go by this name: their description, their type or
+/// "type/description". Blanks count ("R128", "S  1", "Response/R128" as in the file); where nothing goes by
+/// exactly this name, runs of blanks count as one ("T 1" for "T  1"). Throws UnusableInput, with the names
+/// that the recording has, when no marker goes by it.
+std::vector<double> onsetsOfMarkers(const RecordingHeader& header, const std::string& name);
+
+} // namespace emeg
