@@ -1,6 +1,7 @@
 #include "app/markers/NamedMarkers.h"
 
 #include "app/correct/CorrectParameters.h"
+#include "files/exchange/TextFile.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -41,12 +42,8 @@ std::vector<double> onsetsWhere(const RecordingHeader& header, const std::string
 }
 
 std::string forMessage(const std::string& name) {
-  size_t length = std::min(name.size(), longestNameInMessage);
-  while (length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0) == 0x80) --length;
-  std::string text = name.substr(0, length);
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
-  return length < name.size() ? text + "..." : text;
+  const std::string text = onOneLine(cutUtf8(name, longestNameInMessage));
+  return text.size() < name.size() ? text + "..." : text;
 }
 
 std::string namesIn(const RecordingHeader& header) {

@@ -1,0 +1,135 @@
+#include "app/commands/SimulateOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+
+namespace emeg {
+
+namespace {
+
+/// The parser itself takes "-1" and numbers of more than 64 bits for some unsigned number.
+std::string problemWithSeed(const std::string& text) {
+  uint64_t seed = 0;
+  const char* const end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, seed);
+  return result.ec == std::errc() && result.ptr == end ? ""
+                                                       : "\"" + text + "\" is no whole number of 64 bits.";
+}
+
+std::string problemWithWeakText(const std::string& text) {
+  return weakStretchFrom(text) ? "" : "\"" + text + "\" is not START,SECONDS or START,SECONDS,FACTOR.";
+}
+
+void declareRecording(CLI::App& app, SimulateOptions& o) {
+  app.add_option("PRESET", o.preset, "gap, continuous, bcg or both")
+      ->required()
+      ->check(CLI::IsMember({"gap", "continuous", "bcg", "both"}));
+  app.add_option("OUT", o.target.path, "The recording to write: .ctc, .vhdr, .edf or .bdf")->required();
+
+  const char* const group = "Recording";
+  app.add_option("--seed", o.seed, "Seed of all random numbers [1]")->check(problemWithSeed)->group(group);
+  app.add_option("--channels", o.channels, "Number of channels, 1 to 256 [32]")->group(group);
+  app.add_option("--seconds", o.seconds, "Length [120, or what --volumes needs]")->group(group);
+  app.add_option("--fs", o.fs, "Sampling frequency in Hz [5000]")->group(group);
+  app.add_option("--eeg-uv", o.eegUv, "RMS of the 1/f background [15]")->group(group);
+  app.add_option("--alpha-uv", o.alphaUv, "Largest amplitude of the alpha rhythm [30]")->group(group);
+  app.add_option("--noise-uv", o.noiseUv, "RMS of the sensor noise [0.7]")->group(group);
+  CLI::Option* line =
+      app.add_option("--line-noise", o.lineHz, "Frequency of line noise in Hz [none]")->group(group);
+  app.add_option("--line-amplitude", o.lineUv, "Amplitude of line noise in uV [5]")
+      ->group(group)
+      ->needs(line);
+  CLI::Option* movement = app.add_option("--movement", o.movementUv,
+                                         "Bursts of head movement, 1 to 3 s of about 0.5 to 8 Hz, part of "
+                                         "the clean EEG: peak in uV in the channel that sees most [none]")
+                              ->group(group);
+  app.add_option("--movement-count", o.movementCount, "Number of such bursts, spread over the recording [5]")
+      ->group(group)
+      ->needs(movement);
+  app.add_option("--dead-channel", o.deadChannels,
+                 "Index (from 0) of a channel that is 0 throughout; may be repeated [none]")
+      ->allow_extra_args(false)
+      ->group(group);
+}
+
+void declareFiles(CLI::App& app, SimulateOptions& o) {
+  const char* const group = "Files";
+  app.add_option("--type", o.target.storage.dataType, "Samples: 1 float, 2 double, 3 16-bit integer [1]")
+      ->check(CLI::IsMember({1, 2, 3}))
+      ->group(group);
+  app.add_option("--uv-per-unit", o.target.storage.microvoltsPerUnit,
+                 "Microvolts per unit of 16-bit samples; larger values are clipped [1]")
+      ->group(group);
+  app.add_option("--organisation", o.target.storage.dataOrganisation,
+                 "1 channel after channel, 2 time point after time point [2]")
+      ->check(CLI::IsMember({1, 2}))
+      ->group(group);
+  app.add_flag("--no-ccd", o.noCcd, "Write no channel description")->group(group);
+  app.add_flag("--no-prt", o.noPrt, "Write no protocol, no markers")->group(group);
+  app.add_flag("--no-truth", o.noTruth, "Write no truth, clean or pulse file")->group(group);
+  app.add_flag("--force", o.target.overwrite, "Replace existing files")->group(group);
+}
+
+void declareArtifacts(CLI::App& app, SimulateOptions& o) {
+  app.add_option("--volumes", o.volumes, "Number of volumes [as many as fit]")->group(scanOptionGroup);
+  app.add_option("--slices", o.slices, "Slices per volume")->group(scanOptionGroup);
+  app.add_option("--slice-ms", o.sliceMs, "From one slice to the next")->group(scanOptionGroup);
+  app.add_option("--gap-ms", o.gapMs, "From the last slice's end to the next volume")->group(scanOptionGroup);
+  app.add_option("--quiet-before", o.quietBefore, "Seconds before the scan [3]")->group(scanOptionGroup);
+  app.add_option("--quiet-after", o.quietAfter, "Least seconds after the scan [5]")->group(scanOptionGroup);
+  app.add_option("--burst-ms", o.burstMs, "Gradient activity per slice [48]")->group(scanOptionGroup);
+  app.add_option("--peak-uv", o.peakUv, "Peak of a burst at gain 1 [2500]")->group(scanOptionGroup);
+  app.add_option("--first-slice", o.firstSlicePercent, "Difference of each first slice in percent [15]")
+      ->group(scanOptionGroup);
+  app.add_option("--low-pass", o.lowPassHz, "The amplifier's low-pass in Hz")->group(scanOptionGroup);
+  app.add_option("--readout", o.readoutHz, "Frequency of the readout in Hz")->group(scanOptionGroup);
+  app.add_option("--drift", o.driftPercent, "RMS of the artifact's slow change in percent")
+      ->group(scanOptionGroup);
+
+  app.add_option("--heart-rate", o.heartRate, "Beats per minute [65]")->group(heartOptionGroup);
+  app.add_option("--rmssd-ms", o.rmssdMs, "RMS of successive differences of beat intervals [30]")
+      ->group(heartOptionGroup);
+  app.add_option("--pulse-peak", o.pulsePeakUv, "Mean peak of the artifact in uV [80]")
+      ->group(heartOptionGroup);
+  app.add_option("--ectopic", o.ectopicPercent,
+                 "Percent of the beats that come early by about 30 % of the interval, followed by a "
+                 "compensatory pause; 0 to 30 [0]")
+      ->group(heartOptionGroup);
+  app.add_option("--weak", o.weak,
+                 "START,SECONDS[,FACTOR]: the artifact of beats in that stretch (seconds) is multiplied by "
+                 "the factor, 0 to 1 [none; factor 0.2]")
+      ->check(problemWithWeakText)
+      ->group(heartOptionGroup);
+}
+
+} // namespace
+
+/// "START,SECONDS" or "START,SECONDS,FACTOR".
+std::optional<WeakStretch> weakStretchFrom(const std::string& text) {
+  std::vector<double> numbers;
+  const char* at = text.data();
+  const char* const end = text.data() + text.size();
+  while (true) {
+    double number = 0;
+    const auto result = std::from_chars(at, end, number);
+    if (result.ec != std::errc()) return std::nullopt;
+    numbers.push_back(number);
+    if (result.ptr == end) break;
+    if (*result.ptr != ',') return std::nullopt;
+    at = result.ptr + 1;
+  }
+  if (numbers.size() < 2 || numbers.size() > 3) return std::nullopt;
+  WeakStretch weak;
+  weak.start = numbers[0];
+  weak.duration = numbers[1];
+  if (numbers.size() == 3) weak.factor = numbers[2];
+  return weak;
+}
+
+void declareSimulateOptions(CLI::App& app, SimulateOptions& options) {
+  declareRecording(app, options);
+  declareFiles(app, options);
+  declareArtifacts(app, options);
+}
+
+} // namespace emeg
