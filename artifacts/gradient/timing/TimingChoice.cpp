@@ -31,10 +31,12 @@ double medianOf(std::vector<double> values) {
   return *middle;
 }
 
+/// Also in being whole.
 bool isSameScan(const ScanSegment& a, const ScanSegment& b) {
   return a.nrOfVolumes == b.nrOfVolumes && a.nrOfSlicesPerVolume == b.nrOfSlicesPerVolume &&
          std::abs(a.volumeDuration - b.volumeDuration) * a.nrOfVolumes < sameDuration &&
-         std::abs(a.firstVolumeOnset - b.firstVolumeOnset) < a.sliceDuration / 2;
+         std::abs(a.firstVolumeOnset - b.firstVolumeOnset) < a.sliceDuration / 2 && !b.beginsInVolume &&
+         !b.endsInVolume;
 }
 
 /// The choice for one recording; its members are called in the order of the decision.
