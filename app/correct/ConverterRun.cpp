@@ -1,7 +1,7 @@
 #include "app/correct/ConverterRun.h"
 
 #include "app/correct/PulseFigures.h"
-#include "converter/Converter.h"
+#include "app/correct/TimedConverter.h"
 #include "converter/steps/MachineResources.h"
 
 #include <algorithm>
@@ -22,10 +22,10 @@ bool wantsFilters(const HostAnswers::Dialogue& dialogue) {
 }
 
 /// The plug-in's converter with the stages that no dialogue switches on.
-class EmegConverter : public EMEGArtifactPreprocessor {
+class EmegConverter : public TimedConverter {
 public:
   EmegConverter(const ConverterJob& job, Findings& found)
-      : EMEGArtifactPreprocessor(logPrefix, true), job_(job), found_(found) {
+      : TimedConverter(logPrefix, job.timing), job_(job), found_(found) {
     options.isEEG = true;
     options.selectChannels = false;
     options.selectTimeInterval = false;
@@ -42,7 +42,7 @@ public:
 
 private:
   bool openInput() override {
-    if (!EMEGArtifactPreprocessor::openInput()) return false;
+    if (!TimedConverter::openInput()) return false;
     values.samplingFrequency = job_.samplingFrequency;
     values.samplingInterval = 1 / job_.samplingFrequency;
     return true;
@@ -75,7 +75,7 @@ private:
     if (job_.stopWithoutSequence && sequence.sliceDuration == 0) return false;
     // Medians over many channels have more minima than one series below 35 Hz; two samples apart is the most.
     cardiac.candidatesPerSecond = buffers.bcgRate / 2;
-    if (!EMEGArtifactPreprocessor::detectHeartPulses()) return false;
+    if (!TimedConverter::detectHeartPulses()) return false;
     found_.beatsPerMinute = cardiac.period.beatsPerMinute(buffers.bcgRate);
     found_.pulseListIsFull = cardiac.pulsePositions.size() >= cardiac.pulseCapacity;
     for (const double position : cardiac.pulsePositions)
@@ -86,7 +86,7 @@ private:
   void buildPulseModel(int32_t pulseChannel) override {
     std::vector<double>& series = buffers.bcgSeries[static_cast<size_t>(pulseChannel)];
     const std::vector<double> before = series;
-    EMEGArtifactPreprocessor::buildPulseModel(pulseChannel);
+    TimedConverter::buildPulseModel(pulseChannel);
     found_.pulseFigures.push_back(
         measurePulseFigures(before, series, cardiac.pulsePositions, buffers.bcgLength));
   }
@@ -102,7 +102,7 @@ ConverterOutcome runConverter(const ConverterJob& job, const std::function<void(
   HostAnswers answers(job.dialogue, log);
   EmegConverter converter(job, outcome.found);
   outcome.finished = converter.run(2, 1, 0);
-  outcome.found.sequence = converter.sequence;
+  outcome.found.timing = converter.foundScans();
   outcome.outputPath = converter.outputPathBuffer.path();
   outcome.errors = answers.errors();
   return outcome;

@@ -20,6 +20,7 @@ struct CorrectionPlan {
   int decimationFactor = 1;
   bool hasInterval = false;
   HostAnswers::Dialogue dialogue; ///< all but the path
+  TimingRequest timing;           ///< positions from `firstTimePoint` on
   std::string suffix;             ///< of the output's name
 
   int64_t nrOfOutputTimePoints() const { return (nrOfTimePoints - 1) / decimationFactor + 1; }
