@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/ScanDescription.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "artifacts/gradient/timing/TypicalRepeat.h"
 
 #include <algorithm>
 #include <cmath>
@@ -228,8 +229,9 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   }
 
   // Behind the last volume there may be quiet.
-  const auto twoVolumes = averageRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
-                                        static_cast<int64_t>(std::ceil(2 * period)) + 1, fit.used);
+  const auto block = static_cast<int64_t>(edgeBlock * samplingFrequency);
+  const auto twoVolumes = typicalRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
+                                        static_cast<int64_t>(std::ceil(2 * period)) + 1, block, fit.used);
   KnownSlices knownSlices = known.slices;
   if (known.volumeOnset) knownSlices.onset = *known.volumeOnset - fit.line.onset;
   const SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);

@@ -13,14 +13,16 @@ namespace {
 /// as with long silent delays between volumes.
 constexpr std::array<double, 2> longestGaps = {2, 12};
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;     // of the power, by the average volume
-constexpr double worthLongerPeriod = 0.01; // of the explained power
-constexpr double goodEnough = 0.95;        // explained power of a scan beyond which no other is looked for
-constexpr double samePeriod = 0.2;         // samples
-constexpr double leastStretch = 0.3;       // seconds
-constexpr double volumeOfAlikeSlices = 2;  // seconds
-constexpr double longestSlice = 0.25;      // seconds; what repeats faster is no volume
-constexpr int mostRounds = 200;            // scans and leftovers looked at
+constexpr double leastExplained = 0.1;        // of the power, by the average volume
+constexpr double worthLongerPeriod = 0.01;    // of the explained power
+constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
+constexpr double samePeriod = 0.2;            // samples
+constexpr double leastStretch = 0.3;          // seconds
+constexpr double volumeOfAlikeSlices = 2;     // seconds
+constexpr double longestSlice = 0.25;         // seconds; what repeats faster is no volume
+constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
+constexpr double multipleTolerance = 1e-3;    // relative
+constexpr int mostRounds = 200;               // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
 SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, int64_t nrOfSamples) {
@@ -31,6 +33,12 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
     if (scan.begin >= middle) limits.end = std::min(limits.end, static_cast<int64_t>(scan.begin));
   }
   return limits;
+}
+
+/// Several volumes taken for one.
+bool isMultipleOf(const ScanSegment& scan, const ScanSegment& shorter) {
+  const double times = scan.volumeDuration / shorter.volumeDuration;
+  return times > 1.5 && std::fabs(times - std::round(times)) < multipleTolerance * times;
 }
 
 } // namespace
@@ -86,6 +94,9 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
       // A count that something tells is worth as much as a little explained power.
       const double score = scan->explainedByVolume * std::min(covered, 1.0) +
                            (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
+      if (best && best->isCountIdentifiable && isMultipleOf(*scan, *best) &&
+          score < bestScore + multiplesMustExplain)
+        continue;
       if (score > bestScore + (best ? worthLongerPeriod : 0)) {
         best = scan;
         bestScore = score;
