@@ -27,9 +27,10 @@ constexpr double quietShare = 0.02;    // of the mean power
 constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
 constexpr double farOutstanding = 6;
-constexpr double outstanding = 2;   // power of the slice that differs most, to the second
-constexpr double jumpShare = 0.72;  // of the unlike power in two slices, to be in one
-constexpr double smallestGap = 0.5; // of a slice; less is dead time in which no slice fits
+constexpr double outstanding = 2;          // power of the slice that differs most, to the second
+constexpr int32_t leastWithNeighbours = 6; // slices
+constexpr double jumpShare = 0.72;         // of the unlike power in two slices, to be in one
+constexpr double smallestGap = 0.5;        // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
 class CircularSums {
@@ -287,7 +288,9 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
     if (sums.of(t, width) > sums.of(best, width)) best = t;
   const double most = sums.of(best, width);
   double second = 0;
-  for (int64_t t = best + width; t + width <= best + volume.length(); ++t)
+  // Where slices overlap, the one that differs reaches into its neighbours.
+  const int64_t apart = slices.nrOfSlices < leastWithNeighbours ? width : 2 * width;
+  for (int64_t t = best + apart; t + apart <= best + volume.length(); ++t)
     second = std::max(second, sums.of(t % volume.length(), width));
   slices.isOnsetKnown = most > outstanding * second;
   slices.isOnsetCertain = most > farOutstanding * second;
@@ -390,8 +393,13 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   std::vector<double> flat(twoVolumes.begin(), twoVolumes.end());
   flattenSpectrum(flat, spectralFloor);
   const CircularVolume flatVolume(flat, volumeDuration, samplingFrequency);
-  double slice = known.sliceDuration > 0 ? known.sliceDuration : 0;
-  if (slice == 0 && known.nrOfSlices > 0) {
+  double slice = known.sliceDuration >= shortestSliceSamples && known.sliceDuration < 0.75 * volumeDuration
+                     ? known.sliceDuration
+                     : 0;
+  if (slice > 0) {
+    const double refined = refinedSliceDuration(flatVolume, refinedLag(flatVolume, slice));
+    if (std::fabs(refined - slice) < 1) slice = refined;
+  } else if (known.nrOfSlices > 0) {
     // What the volume shows, where it goes with the count.
     slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
     const double times = slice > 0 ? volumeDuration / known.nrOfSlices / slice : 0;
@@ -401,7 +409,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
       slice = refinedLag(flatVolume, std::round(times) * slice);
     else
       slice = volumeDuration / known.nrOfSlices;
-  } else if (slice == 0) {
+  } else {
     slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
     if (slice == 0) slice = shortestSimilarDistance(volume, leastSliceCorrelation);
     if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);

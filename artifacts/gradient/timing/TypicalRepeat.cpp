@@ -9,7 +9,10 @@ namespace emeg {
 namespace {
 
 constexpr int64_t mostForMedian = 9;
-constexpr double largestEnergy = 9; // of the median: what a block may differ from the typical one
+// What a block may differ from the typical one: the power of this many medians, or this share of its own. A
+// slow change of the artifact's size stays below.
+constexpr double largestEnergy = 9;
+constexpr double harmlessEnergy = 0.02;
 
 double medianOf(std::vector<double>& values) {
   const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
@@ -67,8 +70,12 @@ std::vector<double> typicalRepeat(std::span<const double> signal, const RepeatLi
     for (size_t t = 0; t < repeat.size(); ++t)
       energies[blockOf(t)][v] += (repeat[t] - median[t]) * (repeat[t] - median[t]);
   }
-  std::vector<double> limits;
-  for (std::vector<double> block : energies) limits.push_back(largestEnergy * medianOf(block));
+  std::vector<double> limits(nrOfBlocks, 0.0);
+  for (size_t t = 0; t < median.size(); ++t) limits[blockOf(t)] += harmlessEnergy * median[t] * median[t];
+  for (size_t block = 0; block < nrOfBlocks; ++block) {
+    std::vector<double> ofBlock = energies[block];
+    limits[block] = std::max(limits[block], largestEnergy * medianOf(ofBlock));
+  }
 
   std::vector<double> sum(repeat.size(), 0.0);
   std::vector<double> counts(nrOfBlocks, 0.0);
