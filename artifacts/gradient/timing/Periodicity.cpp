@@ -121,6 +121,40 @@ double gainOf(std::span<const double> values, const std::vector<double>& expecte
   return power > 0 ? product / power : 0;
 }
 
+std::vector<double> everyNth(const std::vector<double>& values, int64_t n) {
+  std::vector<double> result;
+  for (size_t i = 0; i < values.size(); i += static_cast<size_t>(n)) result.push_back(values[i]);
+  return result;
+}
+
+/// By how much values stand out of their neighbours, from index 2 on.
+std::vector<double> contrastsOf(const std::vector<double>& values) {
+  std::vector<double> contrast(values.size(), 0.0);
+  for (size_t k = 2; k + 1 < values.size(); ++k) {
+    const double beside = k == 2 ? values[3] : (values[k - 1] + values[k + 1]) / 2;
+    contrast[k] = values[k] - std::max(0.0, beside);
+  }
+  return contrast;
+}
+
+/// What hardly any value stands out by, from the quarter that stands out least: every larger unit makes three
+/// contrasts.
+double limitOf(const std::vector<double>& contrast) {
+  std::vector<double> distances;
+  for (size_t k = 2; k + 1 < contrast.size(); ++k) distances.push_back(std::fabs(contrast[k]));
+  if (distances.empty()) return 1;
+  return std::max(unitDeviations * 3.139 * percentile(distances, 0.25), leastUnitCorrelation);
+}
+
+/// The first index whose value stands out (about) as much as any; 1 when none does.
+int64_t outstandingIndex(const std::vector<double>& contrast, double limit) {
+  const double best = contrast.empty() ? 0 : *std::max_element(contrast.begin(), contrast.end());
+  if (best < limit) return 1;
+  for (size_t k = 2; k < contrast.size(); ++k)
+    if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);
+  return 1;
+}
+
 /// Running medians: a slow change of the artifact's size is no difference between repeats, one repeat that is
 /// larger than its neighbours is.
 std::vector<double> smoothed(const std::vector<double>& gains) {
@@ -305,20 +339,15 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
   std::vector<double> values{1}; // index k: after k repeats
   for (int64_t k = 1; static_cast<double>(k) * period < static_cast<double>(correlation.largestLag()); ++k)
     values.push_back(correlation.between(static_cast<double>(k) * period));
-  std::vector<double> contrast(values.size(), 0.0);
-  std::vector<double> distances;
-  for (size_t k = 2; k + 1 < values.size(); ++k) {
-    const double beside = k == 2 ? values[3] : (values[k - 1] + values[k + 1]) / 2;
-    contrast[k] = values[k] - std::max(0.0, beside);
-    distances.push_back(std::fabs(contrast[k]));
+  // What sampling makes of a waveform comes again after a few repeats already; a volume stands out even of
+  // these.
+  const double limit = limitOf(contrastsOf(values));
+  int64_t unit = 1;
+  for (int64_t next = 0; next != 1; unit *= next) {
+    next = outstandingIndex(contrastsOf(values), limit);
+    values = everyNth(values, next);
   }
-  if (distances.empty()) return 1;
-  const double limit = std::max(unitDeviations * 1.4826 * percentile(distances, 0.5), leastUnitCorrelation);
-  const double best = *std::max_element(contrast.begin(), contrast.end());
-  if (best < limit) return 1;
-  for (size_t k = 2; k < contrast.size(); ++k)
-    if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);
-  return 1;
+  return unit;
 }
 
 } // namespace emeg

@@ -292,17 +292,23 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
   const int64_t apart = slices.nrOfSlices < leastWithNeighbours ? width : 2 * width;
   for (int64_t t = best + apart; t + apart <= best + volume.length(); ++t)
     second = std::max(second, sums.of(t % volume.length(), width));
-  slices.isOnsetKnown = most > outstanding * second;
+  slices.isOnsetKnown = most > (slices.nrOfSlices < leastWithNeighbours ? 2 : 1) * outstanding * second;
   slices.isOnsetCertain = most > farOutstanding * second;
+
+  // Windows that begin a little earlier or later may hold the whole difference as well.
+  const int64_t n = volume.length();
+  const auto holdsAll = [&](int64_t t) { return sums.of((t + n) % n, width) > 0.98 * most; };
+  int64_t earliest = best, latest = best;
+  while (earliest > best - width && holdsAll(earliest - 1)) --earliest;
+  while (latest < best + width && holdsAll(latest + 1)) ++latest;
+  const double middle = static_cast<double>(earliest + latest) / 2;
+  slices.onsetSlack = static_cast<double>(latest - earliest) / 2;
 
   const int64_t quiet = endOfLongestQuiet(volume, average);
   const double quietEnd = slices.onset + static_cast<double>(quiet);
-  slices.onset = static_cast<double>(best);
+  slices.onset = middle;
   if (quiet > 0 && slices.isOnsetKnown) {
-    // Several windows hold the whole difference; the last of them begins with it.
-    int64_t latest = best;
-    while (latest < best + width && sums.of((latest + 1) % volume.length(), width) > 0.98 * most) ++latest;
-    const double steps = std::round((static_cast<double>(latest) - quietEnd) / slices.sliceDuration);
+    const double steps = std::round((middle - quietEnd) / slices.sliceDuration);
     slices.onset = quietEnd + steps * slices.sliceDuration;
   }
   slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
@@ -331,7 +337,7 @@ std::optional<double> onsetBehindDeadTime(const CircularVolume& volume, double s
   return std::fmod(static_cast<double>(latest) + slice + std::max(0.0, deadTime), volume.duration());
 }
 
-void findActivity(const CircularVolume& volume, SliceStructure& slices) {
+void findActivityIn(const CircularVolume& volume, SliceStructure& slices) {
   const std::vector<double> values = volume.from(slices.onset, volume.length());
   const int64_t window = volume.samples(activityOver);
   const double floor = quietShare * volume.meanPower() * static_cast<double>(window);
@@ -380,6 +386,13 @@ int32_t countOf(const CircularVolume& volume, double slice, const std::optional<
 
 } // namespace
 
+void findActivity(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
+                  SliceStructure& slices) {
+  if (!(volumeDuration >= 1) || static_cast<double>(twoVolumes.size()) < 2 * std::floor(volumeDuration))
+    return;
+  findActivityIn(CircularVolume(twoVolumes, volumeDuration, samplingFrequency), slices);
+}
+
 SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
                           const KnownSlices& given) {
   SliceStructure slices;
@@ -415,7 +428,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
     if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);
   }
   if (slice <= 0) {
-    findActivity(volume, slices);
+    findActivityIn(volume, slices);
     return slices;
   }
 
@@ -447,7 +460,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
     slices.sliceDuration = volumeDuration / slices.nrOfSlices;
     findFirstSlice(volume, slices);
   }
-  findActivity(volume, slices);
+  findActivityIn(volume, slices);
   slices.explainedBySlice = explainedByAverageSlice(volume, slices);
   return slices;
 }
