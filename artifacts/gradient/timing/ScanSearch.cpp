@@ -21,9 +21,10 @@ constexpr double leastStretch = 0.3;          // seconds
 constexpr double volumeOfAlikeSlices = 2;     // seconds
 constexpr double longestSlice = 0.25;         // seconds; what repeats faster is no volume
 constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
-constexpr double sameSlice = 0.02;            // relative
-constexpr double multipleTolerance = 1e-3;    // relative
-constexpr int mostRounds = 200;               // scans and leftovers looked at
+constexpr double halfOf = 0.5;
+constexpr double sameSlice = 0.02;         // relative
+constexpr double multipleTolerance = 1e-3; // relative
+constexpr int mostRounds = 200;            // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
 SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, int64_t nrOfSamples) {
@@ -40,6 +41,27 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
 bool isMultipleOf(const ScanSegment& scan, const ScanSegment& shorter) {
   const double times = scan.volumeDuration / shorter.volumeDuration;
   return times > 1.5 && std::fabs(times - std::round(times)) < multipleTolerance * times;
+}
+
+/// Volumes of alike slices without dead time look the same wherever they begin: a few slices may pass for
+/// one.
+bool isGapless(const ScanSegment& scan) {
+  return std::fabs(scan.volumeDuration - scan.nrOfSlicesPerVolume * scan.sliceDuration) <
+         sameSlice * scan.sliceDuration;
+}
+
+bool isCertain(const ScanSegment& scan) {
+  return scan.isCountIdentifiable && scan.nrOfVolumes > 2 && !isGapless(scan);
+}
+
+/// Whether a scan, found with a period that is tried later, is a better description than the best so far.
+bool isBetter(const ScanSegment& scan, double score, const ScanSegment& best, double bestScore) {
+  if (best.isCountIdentifiable && isMultipleOf(scan, best)) {
+    if (!isGapless(best)) return score > bestScore + multiplesMustExplain;
+    if (scan.isCountIdentifiable && 1 - scan.explainedByVolume < halfOf * (1 - best.explainedByVolume))
+      return score > bestScore;
+  }
+  return score > bestScore + worthLongerPeriod;
 }
 
 /// A volume takes at least as long as its slices, and these as long as is known.
@@ -115,14 +137,11 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
       // A count that something tells is worth as much as a little explained power.
       const double score = scan->explainedByVolume * std::min(covered, 1.0) +
                            (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
-      if (best && best->isCountIdentifiable && isMultipleOf(*scan, *best) &&
-          score < bestScore + multiplesMustExplain)
-        continue;
-      if (score > bestScore + (best ? worthLongerPeriod : 0)) {
+      if (!best || isBetter(*scan, score, *best, bestScore)) {
         best = scan;
         bestScore = score;
       }
-      if (bestScore > goodEnough && best->isCountIdentifiable && best->nrOfVolumes > 2) return best;
+      if (bestScore > goodEnough && isCertain(*best)) return best;
     }
   }
   return best;
