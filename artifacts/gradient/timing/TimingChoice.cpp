@@ -19,7 +19,8 @@ constexpr double unlikeSlices = 0.05;
 
 constexpr double nothingInCommon = 0.8;  // what is so unlike is no scan
 constexpr double clearlyLess = 0.8;      // of what the first detection leaves unexplained
-constexpr double asGood = 1.25;          // of the same
+constexpr double asGood = 1.25;          // of the same ...
+constexpr double hardlyAnything = 0.005; // ... and of the power, which the edges of a scan may make
 constexpr double sameDuration = 0.5;     // samples over the whole scan
 constexpr double repeatingSlices = 0.02; // unlike share below which slice-wise templates are not in doubt
 constexpr double clearlyMoreDb = 1;
@@ -99,7 +100,7 @@ private:
   }
 
   static bool isBetter(const TimingEvidence& other, const TimingEvidence& first) {
-    if (other.unexplained > asGood * first.unexplained) return false;
+    if (other.unexplained > asGood * first.unexplained + hardlyAnything) return false;
     return other.unexplained < clearlyLess * first.unexplained ||
            other.unlikeSlices < clearlyLess * first.unlikeSlices ||
            (first.goesOnOutside && !other.goesOnOutside);
