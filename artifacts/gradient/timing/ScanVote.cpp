@@ -47,6 +47,11 @@ bool agree(const ScanSegment& a, const ScanSegment& b) {
   return a.nrOfSlicesPerVolume == b.nrOfSlicesPerVolume && areEqual(a.volumeDuration, b.volumeDuration);
 }
 
+/// What slices make a volume is another question.
+bool agreeOnSlices(const ScanSegment& a, const ScanSegment& b) {
+  return areAtTheSameTime(a, b) && areEqual(a.sliceDuration, b.sliceDuration);
+}
+
 bool haveSameCounts(const ScanSegment& a, const ScanSegment& b) {
   return a.nrOfVolumes == b.nrOfVolumes && a.nrOfSlicesPerVolume == b.nrOfSlicesPerVolume;
 }
@@ -159,13 +164,22 @@ std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>
 
   std::vector<ScanSegment> result;
   while (true) {
+    // What one channel of many sees is no scan. Where channels agree on slices only, nothing tells the
+    // volumes.
+    const auto isFewChannels = [&](const Votes& party) {
+      return 3 * static_cast<int32_t>(party.size()) < asked;
+    };
     std::vector<Votes> parties = partiesOf(open, agree);
-    // What one channel of many sees is no scan.
-    std::erase_if(parties,
-                  [&](const Votes& party) { return 3 * static_cast<int32_t>(party.size()) < asked; });
-    if (parties.empty()) break;
+    std::erase_if(parties, isFewChannels);
+    const bool agreeOnVolumes = !parties.empty();
+    if (!agreeOnVolumes) {
+      parties = partiesOf(open, agreeOnSlices);
+      std::erase_if(parties, isFewChannels);
+      if (parties.empty()) break;
+    }
     const Votes winner = winnerOf(parties);
     result.push_back(merged(winner, asked));
+    if (!agreeOnVolumes) result.back().isCountIdentifiable = false;
     std::erase_if(open, [&](const Vote& vote) { return exclude(*winner.front().scan, *vote.scan); });
   }
   std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });

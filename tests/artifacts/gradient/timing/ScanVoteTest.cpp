@@ -100,6 +100,19 @@ TEST(ScanVote, AlikeSlicesNeedNotBeCountedAlike) {
   EXPECT_DOUBLE_EQ(elected[0].volumeDuration, 100 * elected[0].nrOfSlicesPerVolume);
 }
 
+TEST(ScanVote, WhereChannelsAgreeOnSlicesOnlyNothingTellsTheVolumes) {
+  std::vector<std::vector<ScanSegment>> scans = {
+      {scanOf(10, 20)}, {scanOf(5, 40)}, {scanOf(8, 25)}, {scanOf(4, 50)}};
+  for (auto& channel : scans) {
+    channel[0].sliceDuration = 100;
+    channel[0].volumeDuration = 100 * channel[0].nrOfSlicesPerVolume;
+  }
+  const auto elected = voteOnScans(scans);
+  ASSERT_EQ(elected.size(), 1u);
+  EXPECT_FALSE(elected[0].isCountIdentifiable);
+  EXPECT_DOUBLE_EQ(elected[0].volumeDuration, 100 * elected[0].nrOfSlicesPerVolume);
+}
+
 TEST(ScanVote, WhereEveryChannelFindsSomethingElseThereIsNoScan) {
   EXPECT_TRUE(voteOnScans({{scanOf(10, 20)}, {scanOf(10, 7)}, {scanOf(10, 31)}, {scanOf(10, 3)}}).empty());
 }
