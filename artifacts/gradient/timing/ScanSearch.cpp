@@ -1,5 +1,6 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
+#include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
@@ -13,7 +14,8 @@ namespace {
 /// as with long silent delays between volumes.
 constexpr std::array<double, 2> longestGaps = {2, 12};
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;        // of the power, by the average volume
+constexpr double leastExplained = 0.1; // of the power, by the average volume
+constexpr double leastExplainedBlindly = 0.5;
 constexpr double worthLongerPeriod = 0.01;    // of the explained power
 constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
 constexpr double samePeriod = 0.2;            // samples
@@ -128,6 +130,7 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
+  const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
     for (const double period : candidatePeriods(stretch, evened, given)) {
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
@@ -137,7 +140,7 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
       // A count that something tells is worth as much as a little explained power.
       const double score = scan->explainedByVolume * std::min(covered, 1.0) +
                            (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
-      if (!best || isBetter(*scan, score, *best, bestScore)) {
+      if ((!best || isBetter(*scan, score, *best, bestScore)) && (isTold || isOfScanner(*scan))) {
         best = scan;
         bestScore = score;
       }
@@ -145,6 +148,11 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
     }
   }
   return best;
+}
+
+bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
+  return scan.nrOfVolumes >= 2 && scan.explainedByVolume >= leastExplainedBlindly &&
+         explainedInScannerBand(sharpened_, fs_, scan) >= leastExplainedBlindly;
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.
