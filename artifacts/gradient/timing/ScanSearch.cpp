@@ -138,7 +138,7 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
       if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
       tried.push_back(period);
-      if (scan) tried.push_back(scan->volumeDuration);
+      if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       if (!holdsSlices(*scan, given, fs_)) continue;
       const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
