@@ -1,5 +1,6 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
+#include "artifacts/gradient/timing/LargerUnit.h"
 #include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
