@@ -1,6 +1,8 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
+#include "artifacts/gradient/timing/LargerUnit.h"
 #include "artifacts/gradient/timing/ScanComparison.h"
+#include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
@@ -15,7 +17,8 @@ namespace {
 constexpr std::array<double, 3> longestGaps = {12, 2, 0.3};
 constexpr size_t gapWithinVolumes = 1; // index
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;    // of the power, by the average volume
+constexpr double leastExplained = 0.1; // of the power, by the average volume
+constexpr double leastExplainedBlindly = 0.5;
 constexpr int64_t fewestRepeats = 3;      // two are alike by chance, and explain each other
 constexpr double samePeriod = 0.2;        // samples
 constexpr double leastStretch = 0.3;      // seconds
@@ -144,13 +147,19 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
+  std::vector<double> tried; // samples; slices that were gathered into volumes are volumes that were tried
+  const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
     for (const double period : candidatePeriods(stretch, evened, given)) {
+      const auto same = [&](double other) { return std::fabs(other - period) < samePeriod; };
+      if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
+      tried.push_back(period);
+      if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       if (scan->nrOfRepeats < fewestRepeats || !holdsSlices(*scan, given, fs_)) continue;
       const double score = scoreIn(stretch, *scan);
-      if (!best || isBetter(*scan, score, *best, bestScore)) {
+      if ((!best || isBetter(*scan, score, *best, bestScore)) && (isTold || isOfScanner(*scan))) {
         best = scan;
         bestScore = score;
       }
@@ -162,6 +171,11 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
 
 double ScanSearch::scoreIn(SampleRange stretch, const ScanSegment& scan) const {
   return scoreOf(scan, (scan.end - scan.begin) / static_cast<double>(stretch.length()));
+}
+
+bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
+  return scan.nrOfVolumes >= 2 && scan.explainedByVolume >= leastExplainedBlindly &&
+         explainedInScannerBand(sharpened_, fs_, scan) >= leastExplainedBlindly;
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.

@@ -47,9 +47,10 @@ bool agree(const ScanSegment& a, const ScanSegment& b) {
   return a.nrOfSlicesPerVolume == b.nrOfSlicesPerVolume && areEqual(a.volumeDuration, b.volumeDuration);
 }
 
-/// What slices make a volume is another question.
-bool agreeOnSlices(const ScanSegment& a, const ScanSegment& b) {
-  return areAtTheSameTime(a, b) && areEqual(a.sliceDuration, b.sliceDuration);
+/// The same scan, of which they differ in what slices make a volume, or what makes a slice.
+bool agreeOnADuration(const ScanSegment& a, const ScanSegment& b) {
+  return areAtTheSameTime(a, b) &&
+         (areEqual(a.sliceDuration, b.sliceDuration) || areEqual(a.volumeDuration, b.volumeDuration));
 }
 
 bool haveSameCounts(const ScanSegment& a, const ScanSegment& b) {
@@ -156,7 +157,8 @@ const Votes& winnerOf(const std::vector<Votes>& parties) {
 
 } // namespace
 
-std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels) {
+std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels,
+                                     int32_t leastAgreeing) {
   const auto asked = static_cast<int32_t>(scansOfChannels.size());
   Votes open;
   for (size_t channel = 0; channel < scansOfChannels.size(); ++channel)
@@ -164,22 +166,22 @@ std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>
 
   std::vector<ScanSegment> result;
   while (true) {
-    // What one channel of many sees is no scan. Where channels agree on slices only, nothing tells the
-    // volumes.
+    // What one channel of many sees is no scan.
     const auto isFewChannels = [&](const Votes& party) {
-      return 3 * static_cast<int32_t>(party.size()) < asked;
+      const auto members = static_cast<int32_t>(party.size());
+      return 3 * members < asked || members < leastAgreeing;
     };
     std::vector<Votes> parties = partiesOf(open, agree);
     std::erase_if(parties, isFewChannels);
-    const bool agreeOnVolumes = !parties.empty();
-    if (!agreeOnVolumes) {
-      parties = partiesOf(open, agreeOnSlices);
+    const bool isCountAgreedOn = !parties.empty();
+    if (!isCountAgreedOn) {
+      parties = partiesOf(open, agreeOnADuration);
       std::erase_if(parties, isFewChannels);
       if (parties.empty()) break;
     }
     const Votes winner = winnerOf(parties);
     result.push_back(merged(winner, asked));
-    if (!agreeOnVolumes) result.back().isCountIdentifiable = false;
+    if (!isCountAgreedOn) result.back().isCountIdentifiable = false;
     std::erase_if(open, [&](const Vote& vote) { return exclude(*winner.front().scan, *vote.scan); });
   }
   std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });

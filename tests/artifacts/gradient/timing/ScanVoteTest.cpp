@@ -114,7 +114,10 @@ TEST(ScanVote, WhereChannelsAgreeOnSlicesOnlyNothingTellsTheVolumes) {
 }
 
 TEST(ScanVote, WhereEveryChannelFindsSomethingElseThereIsNoScan) {
-  EXPECT_TRUE(voteOnScans({{scanOf(10, 20)}, {scanOf(10, 7)}, {scanOf(10, 31)}, {scanOf(10, 3)}}).empty());
+  std::vector<std::vector<ScanSegment>> scans = {
+      {scanOf(10, 20)}, {scanOf(10, 7)}, {scanOf(10, 31)}, {scanOf(10, 3)}};
+  for (size_t i = 0; i < scans.size(); i++) scans[i][0].volumeDuration += 100 * static_cast<double>(i);
+  EXPECT_TRUE(voteOnScans(scans).empty());
 }
 
 TEST(ScanVote, WhatOneOfManyChannelsSeesIsNoScan) {

@@ -1,4 +1,4 @@
-#include "artifacts/gradient/timing/VolumesOfSlices.h"
+#include "artifacts/gradient/timing/SlicesInARow.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,10 +13,8 @@ constexpr double leastReach = 1;     // samples
 constexpr double fewestOthers = 6;   // lags that tell how much they differ by chance
 constexpr double leastCombScore = 6; // standard errors; hundreds of combs are tried
 constexpr int mostLevels = 4;
-
-double reachOf(double slice) {
-  return std::max(leastReach, sliceReach * slice);
-}
+constexpr double largestLoss = 0.01; // of correlation ...
+constexpr double mostTimesLoss = 3;  // ... and that of the next slice
 
 /// By how much values stand out of their neighbours; the first two and the last do not count.
 std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
@@ -47,14 +45,37 @@ double combScore(const std::vector<double>& contrasts, size_t n) {
 
 } // namespace
 
-std::vector<Period> volumesOfSlices(const Autocorrelation& correlation, double slice) {
-  const double reach = reachOf(slice);
-  std::vector<CorrelationPeak> peaks(1); // index k: after k slices
-  if (slice >= 1)
-    for (double lag = slice; lag + reach < static_cast<double>(correlation.largestLag()); lag += slice)
-      peaks.push_back(correlation.peakNear(lag, reach));
+SlicesInARow::SlicesInARow(const Autocorrelation& correlation, double slice)
+    : reach_(std::max(leastReach, sliceReach * slice)) {
+  if (!(slice > 2 * reach_)) return;
+  const auto longest = static_cast<double>(correlation.largestLag());
+  const auto most = static_cast<size_t>(2 * longest / slice);
+  for (double lag = slice; lag + reach_ < longest && peaks_.size() < most;) {
+    peaks_.push_back(correlation.peakNear(lag, reach_));
+    const auto count = static_cast<double>(peaks_.size() - 1);
+    lag = peaks_.back().lag * (count + 1) / count;
+  }
+}
 
+bool SlicesInARow::areNearlyAlike() const {
+  if (peaks_.size() < 2) return false;
+  std::vector<double> values;
+  for (size_t k = 1; k < peaks_.size(); ++k) values.push_back(peaks_[k].value);
+  const auto low = values.begin() + static_cast<int64_t>(values.size() / 10);
+  std::nth_element(values.begin(), low, values.end());
+  return 1 - *low < largestLoss + mostTimesLoss * (1 - peaks_[1].value);
+}
+
+bool SlicesInARow::make(double period) const {
+  if (peaks_.size() < 2) return false;
+  const double slice = peaks_.back().lag / static_cast<double>(peaks_.size() - 1);
+  const double count = std::round(period / slice);
+  return count > 1 && std::fabs(period - count * slice) <= reach_;
+}
+
+std::vector<Period> SlicesInARow::volumes() const {
   std::vector<Period> volumes;
+  std::vector<CorrelationPeak> peaks = peaks_;
   for (int level = 0; level < mostLevels; ++level) {
     const std::vector<double> contrasts = contrastsOf(peaks);
     size_t unit = 0;
@@ -71,11 +92,6 @@ std::vector<Period> volumesOfSlices(const Autocorrelation& correlation, double s
     peaks = teeth;
   }
   return volumes;
-}
-
-bool isMadeOfSlices(double period, double slice) {
-  const double count = std::round(period / slice);
-  return count > 1 && std::fabs(period - count * slice) <= reachOf(slice);
 }
 
 } // namespace emeg
