@@ -10,17 +10,19 @@ namespace {
 
 constexpr double sliceReach = 0.02;  // of a slice: dead time at a volume's end
 constexpr double leastReach = 1;     // samples
+constexpr double fewestTeeth = 3;    // one or two that are highest say nothing
 constexpr double fewestOthers = 6;   // lags that tell how much they differ by chance
 constexpr double leastCombScore = 6; // standard errors; hundreds of combs are tried
 constexpr int mostLevels = 4;
 constexpr double largestLoss = 0.01; // of correlation ...
 constexpr double mostTimesLoss = 3;  // ... and that of the next slice
 
-/// By how much values stand out of their neighbours; the first two and the last do not count.
+/// By how much values stand out of both their neighbours (a spike or a movement that leaves the overlap is a
+/// step); the first two and the last do not count.
 std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
   std::vector<double> contrasts;
   for (size_t k = 2; k + 1 < peaks.size(); ++k)
-    contrasts.push_back(peaks[k].value - (peaks[k - 1].value + peaks[k + 1].value) / 2);
+    contrasts.push_back(std::max(0.0, peaks[k].value - std::max(peaks[k - 1].value, peaks[k + 1].value)));
   return contrasts;
 }
 
@@ -35,7 +37,7 @@ double combScore(const std::vector<double>& contrasts, size_t n) {
     group.sum += contrasts[i];
     group.squares += contrasts[i] * contrasts[i];
   }
-  if (teeth.count < 1 || others.count < fewestOthers) return 0;
+  if (teeth.count < fewestTeeth || others.count < fewestOthers) return 0;
   const double difference = teeth.sum / teeth.count - others.sum / others.count;
   const double within = teeth.squares - teeth.sum * teeth.sum / teeth.count + others.squares -
                         others.sum * others.sum / others.count;

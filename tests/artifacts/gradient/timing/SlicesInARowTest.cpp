@@ -49,6 +49,16 @@ TEST(SlicesInARow, AreNoneWhereAGapBreaksThem) {
   EXPECT_FALSE(SlicesInARow(correlationOf(scan), 70).areNearlyAlike());
 }
 
+TEST(SlicesInARow, ASpikeMakesNoVolume) {
+  // It is in the overlap up to some lag, and nothing is as alike as without it.
+  const SyntheticSlices scan{0, 1.8, 15, 0.0900, 20, 0, 10e-6, 5};
+  std::vector<double> recording = syntheticRecording(fs, 27, {scan});
+  for (size_t i = 12000; i < 12040; i++) recording[i] += i % 2 == 0 ? 600 : -600;
+  const SlicesInARow slices(Autocorrelation(recording, 18000), 90);
+  EXPECT_TRUE(slices.areNearlyAlike());
+  EXPECT_TRUE(slices.volumes().empty());
+}
+
 TEST(SlicesInARow, OfNothingAreNone) {
   const std::vector<double> nothing(1000, 0.0);
   for (const double slice : {0.0, 1.0, 20.0, 1e9, std::nan("")}) {
