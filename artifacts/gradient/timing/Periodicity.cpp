@@ -30,6 +30,7 @@ constexpr double sameContrast = 0.8;
 constexpr double partReach = 0.45;   // of the part, on either side
 constexpr double besideAPeak = 0.01; // seconds
 constexpr double leastContrast = 0.002;
+constexpr int mostSlicesTried = 3;
 
 double percentile(std::vector<double> values, double share) {
   const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
@@ -77,6 +78,29 @@ void addEqualParts(const Autocorrelation& correlation, const Period& whole, doub
   }
 }
 
+/// So many slices are a volume where they stand out of fewer and more, not where they happen to be most
+/// alike, or where the samples hit them at the same phase. Slices are the shortest stretches of which the
+/// likeliest period is one or several, and of which more are about as alike.
+void settleSlices(const Autocorrelation& correlation, const std::vector<CorrelationPeak>& peaks,
+                  double samplingFrequency, std::vector<Period>& periods) {
+  const Period likeliest = periods.front();
+  int tried = 0;
+  for (const CorrelationPeak& peak : peaks) {
+    if (peak.lag > likeliest.samples || peak.lag >= shortestPart * samplingFrequency) return;
+    if (peak.value < likeliest.similarity - largestPartLoss || isTone(peak.lag, samplingFrequency)) continue;
+    if (++tried > mostSlicesTried) return;
+    const SlicesInARow slices(correlation, peak.lag);
+    if (!slices.areNearlyAlike() || !(peak.lag == likeliest.samples || slices.make(likeliest.samples)))
+      continue;
+    const std::optional<Period> volume = slices.volume();
+    std::erase_if(periods, [&](const Period& period) {
+      return period.samples == likeliest.samples || slices.make(period.samples);
+    });
+    periods.insert(periods.begin(), volume ? *volume : Period{peak.lag, peak.value});
+    return;
+  }
+}
+
 } // namespace
 
 std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
@@ -118,17 +142,7 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
   for (const Period& period : periods) addEqualParts(correlation, period, samplingFrequency, parts);
   periods.insert(periods.end(), parts.begin(), parts.end());
 
-  // So many slices are a volume where they stand out of fewer and more, not where they happen to be most
-  // alike.
-  const double slice = periods.empty() ? 0 : periods.front().samples;
-  if (slice == 0 || slice >= shortestPart * samplingFrequency) return periods;
-  const SlicesInARow slices(correlation, slice);
-  if (!slices.areNearlyAlike()) return periods;
-  const std::vector<Period> volumes = slices.volumes();
-  std::erase_if(periods, [&](const Period& period) {
-    return slices.make(period.samples) || (period.samples == slice && !volumes.empty());
-  });
-  periods.insert(periods.begin(), volumes.begin(), volumes.end());
+  if (!periods.empty()) settleSlices(correlation, peaks, samplingFrequency, periods);
   return periods;
 }
 

@@ -27,18 +27,24 @@ std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
 }
 
 /// Student's t of every n-th value (from index n on; the first given is that of index 2) against the others.
+/// Where most teeth are lower than their mean, one of them is not the comb's.
 double combScore(const std::vector<double>& contrasts, size_t n) {
   struct {
     double count = 0, sum = 0, squares = 0;
   } teeth, others;
+  std::vector<double> heights;
   for (size_t i = 0; i < contrasts.size(); ++i) {
-    auto& group = (i + 2) % n == 0 ? teeth : others;
+    const bool isTooth = (i + 2) % n == 0;
+    if (isTooth) heights.push_back(contrasts[i]);
+    auto& group = isTooth ? teeth : others;
     group.count += 1;
     group.sum += contrasts[i];
     group.squares += contrasts[i] * contrasts[i];
   }
   if (teeth.count < fewestTeeth || others.count < fewestOthers) return 0;
-  const double difference = teeth.sum / teeth.count - others.sum / others.count;
+  const auto middle = heights.begin() + static_cast<int64_t>(heights.size() / 2);
+  std::nth_element(heights.begin(), middle, heights.end());
+  const double difference = std::min(teeth.sum / teeth.count, *middle) - others.sum / others.count;
   const double within = teeth.squares - teeth.sum * teeth.sum / teeth.count + others.squares -
                         others.sum * others.sum / others.count;
   const double variance = within / (teeth.count + others.count - 2);
@@ -75,8 +81,8 @@ bool SlicesInARow::make(double period) const {
   return count > 1 && std::fabs(period - count * slice) <= reach_;
 }
 
-std::vector<Period> SlicesInARow::volumes() const {
-  std::vector<Period> volumes;
+std::optional<Period> SlicesInARow::volume() const {
+  std::optional<Period> volume;
   std::vector<CorrelationPeak> peaks = peaks_;
   for (int level = 0; level < mostLevels; ++level) {
     const std::vector<double> contrasts = contrastsOf(peaks);
@@ -88,12 +94,12 @@ std::vector<Period> SlicesInARow::volumes() const {
         unit = n;
       }
     if (unit == 0) break;
-    volumes.push_back({peaks[unit].lag, peaks[unit].value});
+    volume = Period{peaks[unit].lag, peaks[unit].value};
     std::vector<CorrelationPeak> teeth;
     for (size_t k = 0; k < peaks.size(); k += unit) teeth.push_back(peaks[k]);
     peaks = teeth;
   }
-  return volumes;
+  return volume;
 }
 
 } // namespace emeg

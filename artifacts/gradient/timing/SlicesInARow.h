@@ -3,6 +3,7 @@
 #include "artifacts/gradient/timing/Autocorrelation.h"
 #include "artifacts/gradient/timing/Periodicity.h"
 
+#include <optional>
 #include <vector>
 
 namespace emeg {
@@ -19,10 +20,10 @@ public:
   /// Whether a period is two or more slices, as any number of them would be if they were alike.
   bool make(double period) const;
 
-  /// Larger units that the signal repeats: pairs of slices, volumes; in ascending order. Slices that are
-  /// nearly alike leave a volume little to stand out by at one lag; but at all of its multiples it stands out
-  /// of the slices around them. None where all slices are alike.
-  std::vector<Period> volumes() const;
+  /// The largest unit that the signal repeats: a volume, if not a pair of slices, say. Slices that are nearly
+  /// alike leave it little to stand out by at one lag; but at all of its multiples it stands out of the
+  /// slices around them. Nothing where all slices are alike.
+  std::optional<Period> volume() const;
 
 private:
   double reach_;

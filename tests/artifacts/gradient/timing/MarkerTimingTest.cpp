@@ -115,7 +115,7 @@ TEST(ScansFromMarkers, OnsetsOfSlicesAreThoseOfTheirMarkers) {
   // Without any quiet, with dead time, with volumes that last nearly two slices longer than their slices.
   for (const Preset preset : {Preset::Fill, Preset::Equidistant, Preset::ManySlices}) {
     SCOPED_TRACE(nameOf(preset));
-    const SimulatedScan scan = simulateScan(preset, 2000, 30);
+    const SimulatedScan scan = simulateScan(preset, 2000, 22);
     std::vector<double> markers;
     for (int64_t v = 0; v < scan.timing().nrOfVolumes; v++)
       for (int s = 0; s < scan.timing().nrOfSlicesPerVolume; s++)

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace emeg {
@@ -20,16 +21,16 @@ TEST(SlicesInARow, MakeTheVolumeAtWhoseMultiplesTheyStandOut) {
   const SyntheticSlices scan{0, 1.8, 25, 0.0900, 20, 0.02, 10e-6, 1};
   const SlicesInARow slices(correlationOf(scan), 90);
   ASSERT_TRUE(slices.areNearlyAlike());
-  const std::vector<Period> volumes = slices.volumes();
-  ASSERT_EQ(volumes.size(), 1u);
-  EXPECT_NEAR(volumes[0].samples, 1800, 0.05);
+  const std::optional<Period> volume = slices.volume();
+  ASSERT_TRUE(volume);
+  EXPECT_NEAR(volume->samples, 1800, 0.05);
 }
 
 TEST(SlicesInARow, MakeNoVolumeWhereAllAreAlike) {
   const SyntheticSlices scan{0, 1.8, 25, 0.0900, 20, 0, 10e-6, 2};
   const SlicesInARow slices(correlationOf(scan), 90);
   ASSERT_TRUE(slices.areNearlyAlike());
-  EXPECT_TRUE(slices.volumes().empty());
+  EXPECT_FALSE(slices.volume());
 }
 
 TEST(SlicesInARow, MayBeALittleLongerOrShorterThanTheFirstLagSays) {
@@ -40,8 +41,8 @@ TEST(SlicesInARow, MayBeALittleLongerOrShorterThanTheFirstLagSays) {
   EXPECT_TRUE(slices.make(9000));
   EXPECT_FALSE(slices.make(9045));
   EXPECT_FALSE(slices.make(90));
-  ASSERT_EQ(slices.volumes().size(), 1u);
-  EXPECT_NEAR(slices.volumes()[0].samples, 1800, 0.05);
+  ASSERT_TRUE(slices.volume());
+  EXPECT_NEAR(slices.volume()->samples, 1800, 0.05);
 }
 
 TEST(SlicesInARow, AreNoneWhereAGapBreaksThem) {
@@ -56,14 +57,14 @@ TEST(SlicesInARow, ASpikeMakesNoVolume) {
   for (size_t i = 12000; i < 12040; i++) recording[i] += i % 2 == 0 ? 600 : -600;
   const SlicesInARow slices(Autocorrelation(recording, 18000), 90);
   EXPECT_TRUE(slices.areNearlyAlike());
-  EXPECT_TRUE(slices.volumes().empty());
+  EXPECT_FALSE(slices.volume());
 }
 
 TEST(SlicesInARow, OfNothingAreNone) {
   const std::vector<double> nothing(1000, 0.0);
   for (const double slice : {0.0, 1.0, 20.0, 1e9, std::nan("")}) {
     const SlicesInARow slices(Autocorrelation(nothing, 500), slice);
-    EXPECT_TRUE(slices.volumes().empty());
+    EXPECT_FALSE(slices.volume());
     EXPECT_FALSE(slices.make(100));
   }
 }
