@@ -92,7 +92,9 @@ void settleSlices(const Autocorrelation& correlation, const std::vector<Correlat
     const SlicesInARow slices(correlation, peak.lag);
     if (!slices.areNearlyAlike() || !(peak.lag == likeliest.samples || slices.make(likeliest.samples)))
       continue;
+    const bool isSlice = peak.lag == likeliest.samples;
     const std::optional<Period> volume = slices.volume();
+    if (!volume && !isSlice && !slices.wouldShow(likeliest.samples)) return;
     std::erase_if(periods, [&](const Period& period) {
       return period.samples == likeliest.samples || slices.make(period.samples);
     });

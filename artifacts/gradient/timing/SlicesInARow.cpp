@@ -81,6 +81,10 @@ bool SlicesInARow::make(double period) const {
   return count > 1 && std::fabs(period - count * slice) <= reach_;
 }
 
+bool SlicesInARow::wouldShow(double period) const {
+  return peaks_.size() > 2 && (fewestTeeth + 1) * period < peaks_.back().lag;
+}
+
 std::optional<Period> SlicesInARow::volume() const {
   std::optional<Period> volume;
   std::vector<CorrelationPeak> peaks = peaks_;

@@ -20,6 +20,9 @@ public:
   /// Whether a period is two or more slices, as any number of them would be if they were alike.
   bool make(double period) const;
 
+  /// Whether volumes of this period would stand out, if they were volumes: the lags hold enough of them.
+  bool wouldShow(double period) const;
+
   /// The largest unit that the signal repeats: a volume, if not a pair of slices, say. Slices that are nearly
   /// alike leave it little to stand out by at one lag; but at all of its multiples it stands out of the
   /// slices around them. Nothing where all slices are alike.
