@@ -379,7 +379,10 @@ int32_t countOf(const CircularVolume& volume, double slice, const std::optional<
   double count = std::round(volume.duration() / slice);
   // Every slice but the last resembles the next; the quiet at its end is not seen.
   const double rest = volume.duration() - static_cast<double>(stretch ? stretch->length : volume.length());
-  if (rest > 1.3 * slice) count = std::ceil(static_cast<double>(stretch->length) / slice - 0.15) + 1;
+  if (rest > 1.3 * slice) {
+    const auto resembling = static_cast<double>(stretch->length - volume.samples(comparedOver));
+    count = std::ceil(resembling / slice - 0.1) + 1;
+  }
   const double largest = std::floor(volume.duration() / slice + 0.1);
   return static_cast<int32_t>(std::clamp(count, 1.0, std::max(1.0, largest)));
 }
