@@ -8,13 +8,13 @@
 
 namespace emeg {
 
-/// The channel description of a simulated recording: electrode names, every channel good, and the names
+/// The channel description of a simulated recording: channel names, every channel good, and the names
 /// (without folder) of the recording and of its protocol, the latter empty when there is none.
 ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
                                     const std::string& prtFileName);
 
-/// What a file of another format says of a simulated recording: electrode names, and the blocks of the
-/// protocol as markers.
+/// What a file of another format says of a simulated recording: channel names, and the blocks of the protocol
+/// as markers; with an electrocardiogram markers "R" at its R peaks, too.
 RecordingHeader describeRecording(const SimulationParameters& parameters);
 
 /// The text of a protocol file for a simulated recording: a block design with the conditions "Rest" and
