@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/correct/HostAnswers.h"
+#include "app/correct/KnownBeats.h"
 #include "artifacts/gradient/SequenceDetection.h"
 #include "converter/ChannelRole.h"
 
@@ -17,6 +18,7 @@ struct ConverterJob {
   double samplingFrequency = 0;   ///< Hz, exact: the CTC file's is rounded
   double seconds = 0;
   std::vector<double> lineFrequencies; ///< Hz, sinusoids to remove
+  BeatRequest beats;
   bool removeGradient = true;
   bool stopWithoutSequence = true; ///< do not look for heart beats when no scanner sequence was found
 };
@@ -34,7 +36,10 @@ struct PulseChannelFigures {
 struct Findings {
   MRSequence sequence; ///< its sliceDuration is 0 when none was found
   double beatsPerMinute = 0;
-  std::vector<double> pulseTimes; ///< seconds from the first sample
+  std::vector<double> pulseTimes;  ///< seconds from the first sample
+  std::vector<double> pulseDelays; ///< of known beats: seconds to the artifact, per channel as pulseFigures
+  KnownPulses knownPulses;         ///< how known beats were made usable; their positions are pulseTimes
+  double pulseSampleRate = 0;      ///< Hz, of the positions in knownPulses
   std::vector<PulseChannelFigures>
       pulseFigures; ///< per channel that takes part in pulses, in the converter's order
   bool pulseListIsFull = false;

@@ -28,6 +28,9 @@ struct CorrectParameters {
   bool volumeWise = true;
   int window = 150; ///< half-length of the averaging window, slices
 
+  std::string pulseMarkers; ///< name of the markers that are heart beats; empty: none
+  std::string ecg;          ///< channel whose R peaks are the heart beats; empty: none
+
   std::vector<std::string> channels;   ///< names; empty: all
   std::vector<std::string> treatAsEeg; ///< names of channels of any kind that are corrected like EEG
   std::optional<Seconds> interval;

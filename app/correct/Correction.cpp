@@ -137,6 +137,7 @@ private:
     job.samplingFrequency = result_.header.samplingFrequency;
     job.seconds = static_cast<double>(plan.nrOfTimePoints) / job.samplingFrequency;
     job.lineFrequencies = parameters_.lineNoise;
+    job.beats = plan.beats;
     job.removeGradient = removeGradient;
     job.stopWithoutSequence = removeGradient && !parameters_.allowUncorrected;
 

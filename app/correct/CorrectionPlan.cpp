@@ -112,6 +112,7 @@ CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParame
   plan.decimationFactor = decimationOf(header, parameters);
   checkFilters(header, parameters);
   checkSize(header, parameters, plan);
+  plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
 
   HostAnswers::Dialogue& dialogue = plan.dialogue;
   dialogue.correctBcg = parameters.bcg;

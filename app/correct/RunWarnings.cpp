@@ -17,7 +17,9 @@ constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr size_t fewPulses = 20;            // for three components of their shape
-constexpr double shortStretch = 3; // seconds without pulse model at the ends that every recording has
+constexpr double shortStretch = 3;  // seconds without pulse model at the ends that every recording has
+constexpr double manyFilled = 0.1;  // of the beats
+constexpr double manyRefused = 0.1; // of the beats
 constexpr size_t mostNames = 8;
 
 /// "Fp1, Fp2, F3 and 5 more".
@@ -94,6 +96,35 @@ void addResidualWarnings(const CorrectionResult& result, Warnings& warnings) {
                     listOf(stayed)));
 }
 
+/// What the beats of markers or an electrocardiogram lacked.
+void addKnownBeatWarnings(const CorrectionResult& result, Warnings& warnings) {
+  const BeatRequest& request = result.plan.beats;
+  if (request.source == BeatSource::Blind) return;
+  const std::string origin = request.source == BeatSource::Ecg
+                                 ? fmt::format("channel {}", request.name)
+                                 : fmt::format("the markers \"{}\"", request.name);
+  const KnownPulses& pulses = result.found.knownPulses;
+  int64_t nrOfFilled = 0;
+  for (const FilledGap& gap : pulses.gaps) nrOfFilled += gap.nrOfBeats;
+  const auto nrOfBeats = static_cast<double>(pulses.positions.size());
+  if (static_cast<double>(nrOfFilled) > manyFilled * nrOfBeats)
+    warnings.push_back(
+        fmt::format("{} of the {} heart beats are guesses in gaps of {}: much of the artifact may be left. "
+                    "Look at it, or leave the option out to have the beats found in the EEG.",
+                    nrOfFilled, pulses.positions.size(), origin));
+  for (const Stretch& stretch : guessedStretches(result.found))
+    warnings.push_back(
+        fmt::format("{} has no heart beats from {:.1f} to {:.1f} s: their places were guessed, and the "
+                    "stretch is annotated \"{}\".",
+                    origin, stretch.start, stretch.end, guessedMarkerName));
+  const int64_t nrOfRefused = pulses.nrOfDoubled + pulses.nrOfStray;
+  if (static_cast<double>(nrOfRefused) > manyRefused * nrOfBeats)
+    warnings.push_back(
+        fmt::format("{} of {} come closer than heart beats do, or between them, and were left out. Are they "
+                    "heart beats?",
+                    nrOfRefused, origin));
+}
+
 void addPulseWarnings(const CorrectionResult& result, Warnings& warnings) {
   const std::vector<double>& pulses = result.found.pulseTimes;
   if (pulses.size() < fewPulses) {
@@ -104,10 +135,11 @@ void addPulseWarnings(const CorrectionResult& result, Warnings& warnings) {
                     "Leave out --bcg if not; --channels NAME,... with those that show it best may help.",
                     pulses.size(), secondsOf(result), effect));
   }
+  addKnownBeatWarnings(result, warnings);
   if (result.found.pulseListIsFull)
     warnings.push_back(
         "there are more heart beats than a heart can make: the detection followed something else.");
-  for (const Stretch& stretch : unmodelledStretches(pulses, secondsOf(result))) {
+  for (const Stretch& stretch : unmodelledStretches(result.found, secondsOf(result))) {
     if (stretch.seconds() <= shortStretch) continue;
     warnings.push_back(
         fmt::format("the chain of heart beats does not cover {:.1f} to {:.1f} s: everything below 35 Hz "
