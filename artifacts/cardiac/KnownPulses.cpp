@@ -7,8 +7,8 @@ namespace emeg {
 
 namespace {
 
-constexpr size_t neighbourhood = 8;       // intervals on either side that tell the rhythm
-constexpr double regularSpread = 0.25;    // interquartile range of a regular rhythm, of its median interval
+constexpr size_t neighbourhood = 12;      // intervals on either side that tell the rhythm
+constexpr double regularChange = 0.12;    // from one interval to the next, the median, of the median interval
 constexpr double strayTolerance = 0.3;    // of the interval that a stray beat splits in two
 constexpr double regularGap = 1.5;        // of the median interval: beats are missing
 constexpr double irregularGap = 2.2;      // the same where the rhythm is irregular
@@ -22,8 +22,11 @@ struct Rhythm {
   bool isRegular = false;
 };
 
-double quantile(std::vector<double>& sorted, double part) {
-  return sorted[static_cast<size_t>(part * static_cast<double>(sorted.size() - 1) + 0.5)];
+/// `values` is not empty.
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
 }
 
 /// Of the intervals before and behind interval `index`, which runs from beat `index` to the next.
@@ -34,10 +37,11 @@ Rhythm rhythmAround(const std::vector<double>& beats, size_t index) {
   std::vector<double> intervals;
   for (size_t i = from; i < to; ++i)
     if (i != index || nrOfIntervals == 1) intervals.push_back(beats[i + 1] - beats[i]);
-  std::sort(intervals.begin(), intervals.end());
+  std::vector<double> changes;
+  for (size_t i = 1; i < intervals.size(); ++i) changes.push_back(std::abs(intervals[i] - intervals[i - 1]));
   Rhythm rhythm;
-  rhythm.interval = quantile(intervals, 0.5);
-  rhythm.isRegular = quantile(intervals, 0.75) - quantile(intervals, 0.25) < regularSpread * rhythm.interval;
+  rhythm.interval = median(intervals);
+  rhythm.isRegular = changes.empty() || median(changes) < regularChange * rhythm.interval;
   return rhythm;
 }
 
@@ -45,9 +49,7 @@ double medianInterval(const std::vector<double>& beats, double shortest) {
   std::vector<double> intervals;
   for (size_t i = 1; i < beats.size(); ++i)
     if (beats[i] - beats[i - 1] >= shortest) intervals.push_back(beats[i] - beats[i - 1]);
-  if (intervals.empty()) return shortest;
-  std::sort(intervals.begin(), intervals.end());
-  return quantile(intervals, 0.5);
+  return intervals.empty() ? shortest : median(intervals);
 }
 
 /// Of beats that are closer than any heart's, the one stays that lies closer to one interval behind the beat

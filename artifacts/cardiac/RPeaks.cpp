@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace emeg {
 
@@ -35,6 +36,7 @@ constexpr double otherShape = 0.5;         // of the usual energy's root
 constexpr double otherShapeLikeness = 0.6; // of the median likeness
 constexpr double smallestDistance = 0.3;   // seconds between beats of different shape
 constexpr int nrOfRefinements = 3;
+constexpr double rounding = 1e-9; // what filters leave of a constant, and more
 
 double medianOf(std::vector<double> values) {
   if (values.empty()) return 0;
@@ -71,6 +73,9 @@ public:
   }
 
   std::vector<double> run() {
+    const auto bySize = [](double a, double b) { return std::abs(a) < std::abs(b); };
+    const double largest = std::abs(*std::max_element(ecg_.begin(), ecg_.end(), bySize));
+    if (!(*std::max_element(energy_.begin(), energy_.end()) > rounding * largest)) return {};
     const UsualHeight usualEnergy(energy_, samplesIn(pieceSeconds));
     const std::vector<Peak> energetic = peaksOf(energy_, usualEnergy);
     std::vector<size_t> places = largestExtrema(energetic);
@@ -96,6 +101,9 @@ private:
     const UsualHeight usual(sizes, samplesIn(pieceSeconds));
     const size_t reach = samplesIn(spikeSeconds);
     std::vector<double> values(ecg_.begin(), ecg_.end());
+    const double level =
+        std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+    for (double& value : values) value -= level;
     size_t blankFrom = 0;
     for (size_t i = 0; i < values.size(); ++i) {
       if (sizes[i] <= artefact * usual.at(i)) continue;
