@@ -32,9 +32,9 @@ constexpr double artefact = 4;             // of the usual height: no beat is so
 constexpr double doubtful = 0.65;          // the same: beats that come too early must be higher
 constexpr double tooEarly = 0.65;          // of the median interval
 constexpr double missing = 1.6;            // the same: look for a beat of another shape
-constexpr double otherShape = 0.5;         // of the usual energy's root
+constexpr double otherShape = 0.35;        // of the usual energy's root
 constexpr double otherShapeLikeness = 0.6; // of the median likeness
-constexpr double smallestDistance = 0.3;   // seconds between beats of different shape
+constexpr double smallestDistance = 0.4;   // of the median interval, between beats of different shape
 constexpr int nrOfRefinements = 3;
 constexpr double rounding = 1e-9; // what filters leave of a constant, and more
 
@@ -198,7 +198,7 @@ private:
   /// In long intervals the highest peak of the energy, if it is one: Pan and Tompkins' search back.
   void addBeatsOfOtherShapes(const UsualHeight& usualEnergy) {
     const double interval = medianInterval(matched_);
-    const size_t distance = samplesIn(smallestDistance);
+    const auto distance = static_cast<size_t>(smallestDistance * interval);
     const double offset = offsetFromEnergy();
     for (size_t i = 1; i < matched_.size(); ++i) {
       const size_t from = matched_[i - 1].at + distance;
