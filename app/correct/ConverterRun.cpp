@@ -78,6 +78,9 @@ private:
     cardiac.candidatesPerSecond = buffers.bcgRate / 2;
     const bool isBlind = job_.beats.source == BeatSource::Blind;
     if (!(isBlind ? EMEGArtifactPreprocessor::detectHeartPulses() : useKnownBeats())) return false;
+    found_.pulseSampleRate = static_cast<double>(buffers.bcgRate);
+    found_.plausibility = measurePlausibility({buffers.bcgSeries, buffers.bcgLength, buffers.bcgRate},
+                                              pulsesInEeg(), cardiac.period.period);
     found_.beatsPerMinute = cardiac.period.beatsPerMinute(buffers.bcgRate);
     found_.pulseListIsFull = cardiac.pulsePositions.size() >= cardiac.pulseCapacity;
     for (const double position : cardiac.pulsePositions)
@@ -97,8 +100,15 @@ private:
     for (const int32_t delay : delays_)
       found_.pulseDelays.push_back(delay * static_cast<double>(buffers.bcgInterval));
     found_.knownPulses = std::move(known.pulses);
-    found_.pulseSampleRate = static_cast<double>(buffers.bcgRate);
     return checkPulseModelIsPossible();
+  }
+
+  /// Where the artifact is in most channels.
+  std::vector<double> pulsesInEeg() const {
+    if (delays_.empty()) return cardiac.pulsePositions;
+    std::vector<int32_t> delays = delays_;
+    std::sort(delays.begin(), delays.end());
+    return delayedPulses(cardiac.pulsePositions, delays[delays.size() / 2], buffers.bcgLength);
   }
 
   void buildPulseModel(int32_t pulseChannel) override {

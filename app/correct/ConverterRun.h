@@ -2,10 +2,12 @@
 
 #include "app/correct/HostAnswers.h"
 #include "app/correct/KnownBeats.h"
+#include "artifacts/cardiac/PulsePlausibility.h"
 #include "artifacts/gradient/SequenceDetection.h"
 #include "converter/ChannelRole.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,7 +41,8 @@ struct Findings {
   std::vector<double> pulseTimes;  ///< seconds from the first sample
   std::vector<double> pulseDelays; ///< of known beats: seconds to the artifact, per channel as pulseFigures
   KnownPulses knownPulses;         ///< how known beats were made usable; their positions are pulseTimes
-  double pulseSampleRate = 0;      ///< Hz, of the positions in knownPulses
+  std::optional<PulsePlausibility> plausibility; ///< of the pulses
+  double pulseSampleRate = 0; ///< Hz, of what is told in samples of knownPulses and plausibility
   std::vector<PulseChannelFigures>
       pulseFigures; ///< per channel that takes part in pulses, in the converter's order
   bool pulseListIsFull = false;

@@ -1,6 +1,6 @@
 #include "app/correct/RunWarnings.h"
 
-#include "app/correct/MarkerTransfer.h"
+#include "app/correct/BeatWarnings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +16,6 @@ using Warnings = std::vector<std::string>;
 constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
-constexpr size_t fewPulses = 20;            // for three components of their shape
-constexpr double shortStretch = 3;  // seconds without pulse model at the ends that every recording has
-constexpr double manyFilled = 0.1;  // of the beats
-constexpr double manyRefused = 0.1; // of the beats
 constexpr size_t mostNames = 8;
 
 /// "Fp1, Fp2, F3 and 5 more".
@@ -96,59 +92,6 @@ void addResidualWarnings(const CorrectionResult& result, Warnings& warnings) {
                     listOf(stayed)));
 }
 
-/// What the beats of markers or an electrocardiogram lacked.
-void addKnownBeatWarnings(const CorrectionResult& result, Warnings& warnings) {
-  const BeatRequest& request = result.plan.beats;
-  if (request.source == BeatSource::Blind) return;
-  const std::string origin = request.source == BeatSource::Ecg
-                                 ? fmt::format("channel {}", request.name)
-                                 : fmt::format("the markers \"{}\"", request.name);
-  const KnownPulses& pulses = result.found.knownPulses;
-  int64_t nrOfFilled = 0;
-  for (const FilledGap& gap : pulses.gaps) nrOfFilled += gap.nrOfBeats;
-  const auto nrOfBeats = static_cast<double>(pulses.positions.size());
-  if (static_cast<double>(nrOfFilled) > manyFilled * nrOfBeats)
-    warnings.push_back(
-        fmt::format("{} of the {} heart beats are guesses in gaps of {}: much of the artifact may be left. "
-                    "Look at it, or leave the option out to have the beats found in the EEG.",
-                    nrOfFilled, pulses.positions.size(), origin));
-  for (const Stretch& stretch : guessedStretches(result.found))
-    warnings.push_back(
-        fmt::format("{} has no heart beats from {:.1f} to {:.1f} s: their places were guessed, and the "
-                    "stretch is annotated \"{}\".",
-                    origin, stretch.start, stretch.end, guessedMarkerName));
-  const int64_t nrOfRefused = pulses.nrOfDoubled + pulses.nrOfStray;
-  if (static_cast<double>(nrOfRefused) > manyRefused * nrOfBeats)
-    warnings.push_back(
-        fmt::format("{} of {} come closer than heart beats do, or between them, and were left out. Are they "
-                    "heart beats?",
-                    nrOfRefused, origin));
-}
-
-void addPulseWarnings(const CorrectionResult& result, Warnings& warnings) {
-  const std::vector<double>& pulses = result.found.pulseTimes;
-  if (pulses.size() < fewPulses) {
-    const char* const effect = pulses.size() < 3 ? "the heart beat artifact was not removed"
-                                                 : "the model of the heart beat artifact is poor";
-    warnings.push_back(
-        fmt::format("only {} heart beats were found in {:.0f} s: {}. Is there a heart beat artifact? "
-                    "Leave out --bcg if not; --channels NAME,... with those that show it best may help.",
-                    pulses.size(), secondsOf(result), effect));
-  }
-  addKnownBeatWarnings(result, warnings);
-  if (result.found.pulseListIsFull)
-    warnings.push_back(
-        "there are more heart beats than a heart can make: the detection followed something else.");
-  for (const Stretch& stretch : unmodelledStretches(result.found, secondsOf(result))) {
-    if (stretch.seconds() <= shortStretch) continue;
-    warnings.push_back(
-        fmt::format("the chain of heart beats does not cover {:.1f} to {:.1f} s: everything below 35 Hz "
-                    "was removed there. The stretch is annotated \"{}\": leave it out of the analysis, "
-                    "or correct the rest with --interval START:END.",
-                    stretch.start, stretch.end, unmodelledMarkerName));
-  }
-}
-
 } // namespace
 
 bool looksLikeScan(const CorrectionResult& result) {
@@ -176,7 +119,8 @@ Warnings warningsOf(const CorrectionResult& result, const CorrectParameters& par
     addSequenceWarnings(result, warnings);
     if (result.quality) addResidualWarnings(result, warnings);
   }
-  if (parameters.bcg) addPulseWarnings(result, warnings);
+  if (parameters.bcg)
+    for (std::string& warning : beatWarningsOf(result)) warnings.push_back(std::move(warning));
   return warnings;
 }
 

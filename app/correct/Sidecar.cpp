@@ -74,6 +74,13 @@ Json heartBeatsOf(const CorrectionResult& result) {
                 {"NumberOfBeats", found.pulseTimes.size()},
                 {"BeatsPerMinute", found.beatsPerMinute},
                 {"StretchesWithoutModel", stretchesOf(unmodelledStretches(found, seconds))}};
+  if (const auto& pulses = found.plausibility)
+    beats["Plausibility"] = {
+        {"CommonBeatsPerMinute",
+         pulses->commonPeriod > 0 ? Json(60 * found.pulseSampleRate / pulses->commonPeriod) : Json()},
+        {"IntervalsOffByAThird", pulses->offIntervals},
+        {"CommonShareOfEnergy", pulses->commonShare},
+        {"UnlikeBeats", pulses->unlikePulses}};
   if (request.source == BeatSource::Blind) return beats;
   int64_t nrOfGuessed = 0;
   for (const FilledGap& gap : found.knownPulses.gaps) nrOfGuessed += gap.nrOfBeats;

@@ -150,7 +150,7 @@ TEST_F(KnownBeatsRun, ALongGapIsFilledAnnotatedAndWarnedOf) {
   saveWithout("gap.vhdr", [](double seconds) { return seconds > 20 && seconds < 29; });
   const ProgramRun run = correct("gap.vhdr", {"--pulse-markers", "R"});
   EXPECT_EQ(run.status, 3);
-  EXPECT_THAT(run.err, HasSubstr("the markers \"R\" has no heart beats from 1"));
+  EXPECT_THAT(run.err, HasSubstr("no heart beats in the markers \"R\" from "));
   EXPECT_THAT(run.err, HasSubstr("BAD_guessed_pulses"));
   const json stretch = sidecar()["Detected"]["HeartBeats"]["StretchesWithGuessedBeats"][0];
   EXPECT_NEAR(stretch[0].get<double>(), 20, 1.5);
