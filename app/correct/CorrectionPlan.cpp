@@ -146,6 +146,7 @@ CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParame
   checkFilters(header, parameters);
   checkSize(header, parameters, plan);
   plan.timing = timingOf(header, parameters, plan);
+  plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
 
   HostAnswers::Dialogue& dialogue = plan.dialogue;
   dialogue.correctBcg = parameters.bcg;

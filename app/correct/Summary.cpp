@@ -73,14 +73,26 @@ void printScans(std::ostream& out, const CorrectionResult& result) {
              timing.longest().isCountIdentifiable ? "" : "; slices are all alike, counts are a choice");
 }
 
+std::string originOfBeats(const BeatRequest& request) {
+  switch (request.source) {
+  case BeatSource::Markers:
+    return fmt::format(", from the markers {}", request.name);
+  case BeatSource::Ecg:
+    return fmt::format(", R peaks of {}", request.name);
+  case BeatSource::Blind:
+    break;
+  }
+  return "";
+}
+
 } // namespace
 
 void printSummary(std::ostream& out, const CorrectionResult& result, const CorrectParameters& parameters) {
   printScans(out, result);
   if (looksLikeScan(result)) printResidual(out, result);
   if (parameters.bcg)
-    fmt::print(out, "Heart:     {} beats, {:.0f} per minute\n", result.found.pulseTimes.size(),
-               result.found.beatsPerMinute);
+    fmt::print(out, "Heart:     {} beats, {:.0f} per minute{}\n", result.found.pulseTimes.size(),
+               result.found.beatsPerMinute, originOfBeats(result.plan.beats));
   fmt::print(out, "Corrected: {}\n", result.files.back());
 }
 

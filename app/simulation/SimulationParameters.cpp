@@ -1,6 +1,7 @@
 #include "app/simulation/SimulationParameters.h"
 
 #include "app/simulation/BurstWaveform.h"
+#include "app/simulation/Electrodes.h"
 #include "app/simulation/GradientArtifact.h"
 #include "app/simulation/MovementBursts.h"
 
@@ -77,6 +78,13 @@ std::string problemWithHeart(const HeartParameters& heart, double seconds) {
                       rangeProblem("The share of ectopic beats", heart.ectopicShare * 100, 0,
                                    largestEctopicShare * 100, " %"),
                       heart.weak ? problemWithWeakStretch(*heart.weak, seconds) : std::string());
+}
+
+std::string problemWithEcg(const SimulationParameters& parameters) {
+  if (!parameters.heart) return "An electrocardiogram needs a heart: use preset bcg or both.";
+  if (parameters.nrOfChannels < 2) return "An electrocardiogram needs at least one channel of EEG beside it.";
+  return firstProblem(rangeProblem("The R peaks' height", parameters.ecg->rPeakUv, -100000, 100000, " uV"),
+                      rangeProblem("The T wave's height", parameters.ecg->tWave, 0, 10, " of R's"));
 }
 
 std::string problemWithMovement(const MovementParameters& movement, double seconds) {
@@ -193,6 +201,10 @@ std::string nameOf(Preset preset) {
   return presetNames[static_cast<size_t>(preset)].second;
 }
 
+std::string SimulationParameters::channelName(int channel) const {
+  return isEcg(channel) ? "ECG" : electrodeName(channel);
+}
+
 bool SimulationParameters::isDead(int channel) const {
   return std::find(deadChannels.begin(), deadChannels.end(), channel) != deadChannels.end();
 }
@@ -276,6 +288,7 @@ std::string problemWith(const SimulationParameters& parameters) {
       problemWithLineNoise(parameters), problemWithDeadChannels(parameters),
       parameters.movement ? problemWithMovement(*parameters.movement, parameters.seconds) : std::string(),
       parameters.heart ? problemWithHeart(*parameters.heart, parameters.seconds) : std::string(),
+      parameters.ecg ? problemWithEcg(parameters) : std::string(),
       parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string(),
       problemWithTriggers(parameters.triggers),
       problemWithDisturbances(parameters.disturbances, parameters.seconds));
