@@ -47,6 +47,7 @@ std::vector<Group> groupsOf(const RecordingHeader& header) {
     descriptions[marker.type].insert(marker.description);
   }
   std::vector<Group> groups;
+  groups.reserve(byName.size() + byType.size());
   for (auto& [name, onsets] : byName) groups.push_back({name.first, name.second, false, std::move(onsets)});
   for (auto& [type, onsets] : byType)
     if (!type.empty() && descriptions[type].size() > 1) groups.push_back({type, "", true, std::move(onsets)});
