@@ -128,6 +128,15 @@ TEST(ScanTiming, VolumeMarkersAreFollowed) {
   EXPECT_LT(file.leftDb(5, 40), -25);
 }
 
+TEST(ScanTiming, MarkersThatComeInPairsStandForOneVolume) {
+  ScannedFile file(Preset::Fill);
+  file.addVolumeMarkers("R128");
+  for (int64_t v = 0; v < file.timings[0].nrOfVolumes; ++v)
+    file.recording.addMarker("Response", "R128", std::floor(file.timings[0].volumeOnset(v) * fs) + 5);
+  ASSERT_EQ(file.correct({"--volume-markers", "R128"}), 0) << file.run.err;
+  expectCounts(file.sidecar["Detected"]["Scans"][0], file.timings[0]);
+}
+
 TEST(ScanTiming, MarkersCountFromTheIntervalThatIsCorrected) {
   ScannedFile file(Preset::Fill);
   file.addVolumeMarkers("R128");
