@@ -1,5 +1,6 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
+#include "artifacts/gradient/timing/LargerUnit.h"
 #include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
@@ -130,10 +131,15 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
+  std::vector<double> tried; // samples; slices that were gathered into volumes are volumes that were tried
   const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
     for (const double period : candidatePeriods(stretch, evened, given)) {
+      const auto same = [&](double other) { return std::fabs(other - period) < samePeriod; };
+      if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
+      tried.push_back(period);
+      if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       if (!holdsSlices(*scan, given, fs_)) continue;
       const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
