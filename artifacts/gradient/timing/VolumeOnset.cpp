@@ -9,9 +9,9 @@ namespace emeg {
 
 namespace {
 
-constexpr double sameSlice = 0.75; // of a slice: an onset that close is that of the same slice
-constexpr double fade = 1.0 / 3;   // of a slice
-constexpr double earliest = -0.1;  // of a slice; activity of the first slice must not come before the cut
+constexpr double sameSlice = 1.5; // slices; a volume that seems to begin that much earlier or later does not
+constexpr double fade = 1.0 / 3;  // of a slice
+constexpr double earliest = -0.1; // of a slice; activity of the first slice must not come before the cut
 constexpr double latest = 0.2;
 constexpr double worthMoving = 0.002; // of a slice's power
 

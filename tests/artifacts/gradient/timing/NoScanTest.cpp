@@ -22,7 +22,7 @@ void expectNoScan(const std::function<double(double, std::mt19937_64&)>& added) 
     SCOPED_TRACE(fs);
     AxesScan nobody;
     nobody.fs = fs;
-    nobody.seconds = 20;
+    nobody.seconds = 12;
     nobody.peakUv = 0;
     nobody.nrOfVolumes = 0;
     std::vector<std::vector<double>> channels = nobody.channels(3);
