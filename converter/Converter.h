@@ -104,6 +104,13 @@ public:
   /// The role of an output channel.
   ChannelRole roleOf(int32_t outputChannel) const;
   bool processChannels();
+  /// Finds the scanner's timing in a channel, adds its markers and asks for the window. True also when nothing
+  /// was found (the sequence's sliceDuration stays 0); false when the user cancelled.
+  virtual bool detectSequence(const SplinedSignal& channel);
+  void addGradientTriggers();
+  bool askWindow();
+  /// Adds the channel's gradient artifact to artifactEstimate.
+  virtual void estimateGradient(const SplinedSignal& channel);
   /// Finds the heart pulses of the recording in bcgSeries and adds their markers. Finding none is no failure.
   virtual bool detectHeartPulses();
   bool estimateHeartPeriod();

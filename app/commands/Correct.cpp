@@ -26,6 +26,9 @@ constexpr int largestWindow = 1000;
 constexpr int largestDecimation = 1000;
 constexpr int largestScale = 10;
 constexpr double defaultNotchWidth = 4; // Hz
+constexpr double shortestTr = 0.05;     // seconds
+constexpr double longestTr = 60;        // seconds
+constexpr int largestSlices = 10000;
 
 const char* const description = "Remove MR gradient and heart beat artifacts from an EEG recording";
 
@@ -49,6 +52,8 @@ Examples:
   emeg correct run1.vhdr --bcg --ecg ECG
       heart beats from the ECG channel: for recordings with movements, or an irregular heart
   emeg correct run2.vhdr --bcg --interval 12:312 --channels Fp1,Fp2,Cz,ECG
+  emeg correct run3.vhdr --volume-markers R128 --slices 36
+  emeg correct run3.edf --tr 2 --slices 36
 )";
 
 /// The whole text as a number.
@@ -136,6 +141,36 @@ void declareCorrection(CLI::App& app, CorrectOptions& o) {
       ->group(group);
   app.add_flag("--repair-saturation", p.repairSaturation,
                "Replace samples at the limits of the file's integers by a spline through the others")
+      ->group(group);
+}
+
+void declareTiming(CLI::App& app, CorrectOptions& o) {
+  const char* const group = "Timing of the scan (found in the EEG if nothing is given)";
+  CorrectParameters& p = o.parameters;
+  CLI::Option* volumes =
+      app.add_option("--volume-markers", p.volumeMarkers,
+                     "Name of the recording's markers at the onsets of volumes, such as R128")
+          ->type_name("NAME")
+          ->group(group);
+  CLI::Option* slices =
+      app.add_option("--slice-markers", p.sliceMarkers, "The same for those at the onsets of slices")
+          ->type_name("NAME")
+          ->excludes(volumes)
+          ->group(group);
+  CLI::Option* tr = app.add_option("--tr", p.tr, "Time from one volume to the next in seconds (the TR)")
+                        ->type_name("SECONDS")
+                        ->check(CLI::Range(shortestTr, longestTr))
+                        ->excludes(volumes)
+                        ->excludes(slices)
+                        ->group(group);
+  app.add_option("--slices", p.slices,
+                 "Slices per volume; excitations, where several slices are excited at once")
+      ->type_name("N")
+      ->check(CLI::Range(1, largestSlices))
+      ->group(group);
+  app.add_option("--first", p.first, "Onset of the first volume in seconds from the recording's first sample")
+      ->type_name("SECONDS")
+      ->needs(tr)
       ->group(group);
 }
 
@@ -273,6 +308,7 @@ Command addCorrectCommand(CLI::App& program) {
   app->footer(footer);
   app->add_option("IN", options->parameters.input, "The recording")->required();
   declareCorrection(*app, *options);
+  declareTiming(*app, *options);
   declareSelection(*app, *options);
   declareProcessing(*app, *options);
   declareFiles(*app, *options);

@@ -19,8 +19,8 @@ const char* const footer =
     R"(The truth is what `emeg simulate` wrote beside the recording; its clean (and pulse) file and the
 recording itself are looked up beside it.
 
-Gradient artifact (presets gap, continuous, both): RMS over the scan; "outside" is what changed more
-than one volume before and behind the scan. Clean means without gradient artifact: the heart beat
+Gradient artifact (all presets but bcg): RMS over the scan, or over all scans of the recording and, as
+a range, over each; "outside" is what changed more than one volume away from every scan. Clean means without gradient artifact: the heart beat
 artifact counts as clean where no heart pulses are marked, and as residual where they are.
 
 Heart beat artifact (presets bcg, both): the heart pulses are the recording's "HeartPulseTriggers" (of
@@ -80,7 +80,7 @@ Evaluation measure(const EvaluateOptions& options) {
   evaluation.hasTranscript = !options.transcript.empty();
   if (evaluation.hasTranscript) evaluation.foundSequence = readDetectedSequence(options.transcript);
   if (evaluation.truth.hasHeart()) judgeHeart(options, evaluation);
-  if (evaluation.truth.hasScan)
+  if (evaluation.truth.hasScan())
     evaluation.residuals =
         measureResiduals(options.corrected, evaluation.truth, evaluation.heartPulses.has_value());
   return evaluation;

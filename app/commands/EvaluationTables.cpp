@@ -37,7 +37,7 @@ std::string numberOrDash(int width, int decimals, double value) {
 void printSequence(std::ostream& out, const Evaluation& evaluation) {
   const SimulatedTruth& truth = evaluation.truth;
   const auto& found = evaluation.foundSequence;
-  if (!truth.hasScan) {
+  if (!truth.hasScan()) {
     out << "Scan: none.";
     if (evaluation.hasTranscript) out << (found ? " One was found all the same." : " None was found.");
     out << "\n\n";
@@ -57,11 +57,14 @@ void printSequence(std::ostream& out, const Evaluation& evaluation) {
     out << "\n";
   };
   const DetectedSequence s = found.value_or(DetectedSequence());
-  count("volumes", truth.nrOfVolumes, s.nrOfVolumes);
+  count("volumes", truth.scans.front().nrOfVolumes, s.nrOfVolumes);
   count("slices per volume", truth.nrOfSlicesPerVolume, s.nrOfSlicesPerVolume);
   seconds("volume duration", truth.volumeDuration, s.volumeDuration);
   seconds("slice duration", truth.sliceDuration, s.sliceDuration);
-  seconds("first volume", truth.firstVolumeOnset, s.firstTriggerTime);
+  seconds("first volume", truth.scans.front().firstVolumeOnset, s.firstTriggerTime);
+  for (size_t i = 1; i < truth.scans.size(); ++i)
+    out << formatText("  scan %-17d%16d volumes from %.7f s\n", static_cast<int>(i + 1),
+                      truth.scans[i].nrOfVolumes, truth.scans[i].firstVolumeOnset);
   if (evaluation.hasTranscript && !found) out << "  No sequence was found.\n";
   out << "\n";
 }
@@ -74,6 +77,16 @@ void printResiduals(std::ostream& out, const Evaluation& evaluation) {
     range.add(channel.decibels());
     out << formatText("%-12s%16.1f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
         << numberOrDash(16, 1, channel.decibels()) << formatText("%16.2f\n", channel.outsideUv);
+  }
+  const size_t nrOfScans = evaluation.truth.scans.size();
+  if (nrOfScans > 1) out << "\n";
+  for (size_t i = 0; nrOfScans > 1 && i < nrOfScans; ++i) {
+    Range ofScan;
+    for (const ChannelResidual& channel : evaluation.residuals) ofScan.add(channel.scans[i].decibels());
+    if (!ofScan.isEmpty)
+      out << formatText("In scan %d the residual lies %.1f to %.1f dB below the gradient artifact.",
+                        static_cast<int>(i + 1), ofScan.least, ofScan.most)
+          << "\n";
   }
   if (range.isEmpty)
     out << "\nNo channel has a gradient artifact.\n";
@@ -139,22 +152,28 @@ void printHeart(std::ostream& out, const Evaluation& evaluation) {
 
 void printEvaluation(std::ostream& out, const Evaluation& evaluation) {
   printSequence(out, evaluation);
-  if (evaluation.truth.hasScan) printResiduals(out, evaluation);
-  if (evaluation.truth.hasScan && evaluation.truth.hasHeart()) out << "\n";
+  if (evaluation.truth.hasScan()) printResiduals(out, evaluation);
+  if (evaluation.truth.hasScan() && evaluation.truth.hasHeart()) out << "\n";
   if (evaluation.truth.hasHeart()) printHeart(out, evaluation);
 }
 
 std::string evaluationJson(const Evaluation& evaluation) {
   using Json = nlohmann::ordered_json;
   Json json = Json::object();
-  if (evaluation.truth.hasScan) {
+  if (evaluation.truth.hasScan()) {
     Json& channels = json["gradient"]["channels"] = Json::array();
-    for (const ChannelResidual& channel : evaluation.residuals)
+    for (const ChannelResidual& channel : evaluation.residuals) {
       channels.push_back({{"name", channel.name},
                           {"artifactUv", channel.artifactUv},
                           {"residualUv", channel.residualUv},
                           {"decibels", channel.decibels()},
                           {"outsideUv", channel.outsideUv}});
+      Json& scans = channels.back()["scans"] = Json::array();
+      for (const ScanResidual& scan : channel.scans)
+        scans.push_back({{"artifactUv", scan.artifactUv},
+                         {"residualUv", scan.residualUv},
+                         {"decibels", scan.decibels()}});
+    }
   }
   if (evaluation.truth.hasHeart()) {
     Json& heart = json["heart"];

@@ -16,7 +16,9 @@ constexpr int wrongUsage = 2;
 const char* const description = "Show what a recording holds: format, length, channels, markers";
 
 const char* const footer = R"(Recordings: .ctc, .vhdr (BrainVision), .edf, .bdf, .set (EEGLAB).
-A channel's kind is guessed from its type, name and unit; the rule is shown.
+A channel's kind is guessed from its type, name and unit; the rule is shown. So are markers that
+probably mark the scanner's volumes or slices: those at equal intervals, known names (R128, "T  1",
+Scanner, Volume, TR) first.
 
 Exit status: 0 done, 2 wrong arguments or an unreadable recording.
 

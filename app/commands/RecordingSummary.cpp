@@ -1,6 +1,9 @@
 #include "app/commands/RecordingSummary.h"
 
+#include "app/markers/ScannerMarkers.h"
+
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <fmt/format.h>
 #include <map>
@@ -81,6 +84,34 @@ void addMarkers(Table& table, const std::vector<MarkerGroup>& groups) {
                fmt::format("{:.4f}", group.first), fmt::format("{:.4f}", group.last)});
 }
 
+const char* optionFor(const ScannerMarkers& markers) {
+  return markers.kind == MarkerKind::Volume ? "--volume-markers" : "--slice-markers";
+}
+
+/// As a shell takes it.
+std::string asArgument(const std::string& text) {
+  const bool isPlain = std::all_of(text.begin(), text.end(), [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '/' || c == '_';
+  });
+  if (isPlain) return text;
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+/// Which markers are likely the scanner's, and how to say so.
+std::string guessText(const ScannerMarkers& markers) {
+  std::string text = fmt::format("  Probably the scanner's, one per {} (by {}): {} x {} every {:.4f} s",
+                                 markers.kind == MarkerKind::Volume ? "volume" : "slice",
+                                 markers.hasKnownName ? "name and interval" : "their interval",
+                                 markers.nrOfMarkers, printable(markers.name), markers.interval);
+  if (markers.nrOfStretches > 1) text += fmt::format(" in {} stretches", markers.nrOfStretches);
+  text += fmt::format(", {} missing", markers.nrOfMissing);
+  if (markers.nrOfStray > 0) text += fmt::format(", {} out of step", markers.nrOfStray);
+  return fmt::format("{}\n    emeg correct FILE {} {}\n", text, optionFor(markers),
+                     printable(asArgument(markers.name)));
+}
+
 } // namespace
 
 std::vector<MarkerGroup> groupMarkers(const RecordingHeader& header) {
@@ -123,6 +154,9 @@ std::string summaryText(const RecordingHeader& header) {
     Table markers;
     addMarkers(markers, groups);
     text += fmt::format("\n{}", markers.text());
+    const std::vector<ScannerMarkers> guesses = guessScannerMarkers(header);
+    if (!guesses.empty()) text += "\n";
+    for (const ScannerMarkers& guess : guesses) text += guessText(guess);
   }
   return text;
 }
@@ -150,6 +184,17 @@ std::string summaryJson(const RecordingHeader& header) {
                                {"count", group.count},
                                {"firstSeconds", group.first},
                                {"lastSeconds", group.last}});
+  json["scannerMarkers"] = Json::array();
+  for (const ScannerMarkers& guess : guessScannerMarkers(header))
+    json["scannerMarkers"].push_back({{"name", guess.name},
+                                      {"per", guess.kind == MarkerKind::Volume ? "volume" : "slice"},
+                                      {"hasKnownName", guess.hasKnownName},
+                                      {"count", guess.nrOfMarkers},
+                                      {"intervalSeconds", guess.interval},
+                                      {"missing", guess.nrOfMissing},
+                                      {"outOfStep", guess.nrOfStray},
+                                      {"stretches", guess.nrOfStretches},
+                                      {"option", optionFor(guess)}});
   json["texts"] = Json::array();
   for (const RecordingText& text : header.texts)
     json["texts"].push_back({{"name", text.name}, {"text", text.text}});

@@ -26,9 +26,16 @@ const char* const footer = R"(Presets:
   continuous  25 slices of 72.0227 ms per volume and 4.3 ms of dead time, no pause
   bcg         heart beats in the magnet, no scanning
   both        the scan of gap, and heart beats
+Scans whose timing is hard to see:
+  fill         25 slices of 72.0227 ms that their readout fills: no quiet but 4.3 ms per volume
+  twobursts    20 slices of 75.0142 ms with two bursts each, a pause after each volume
+  equidistant  25 slices of 72.0227 ms without dead time; the first one differs by 10 %
+  multiband    12 excitations of 62.5113 ms with 6.5 ms of quiet between them, no dead time
+  manyslices   120 slices of 25.0061 ms per volume and 50.2 ms of dead time
 
-Below 4000 Hz the amplifier passes 560 Hz, the readout lies at 500 Hz and the artifact drifts by
-1 % RMS; from 4000 Hz on it passes 250 Hz, the readout lies at 220 Hz and nothing drifts.
+Below 4000 Hz the amplifier passes 560 Hz, the readout lies at 500 Hz (300 Hz with twobursts and
+manyslices) and the artifact drifts by 1 % RMS; from 4000 Hz on it passes 250 Hz, the readout lies
+at 220 Hz and nothing drifts.
 
 The extension of OUT chooses the format: .ctc, .vhdr (BrainVision, with .eeg and .vmrk), .edf
 (EDF+, simulated twice: the first time to find the range) or .bdf (BDF+, steps of 1/32 uV).
@@ -36,7 +43,8 @@ The extension of OUT chooses the format: .ctc, .vhdr (BrainVision, with .eeg and
 Written beside OUT (all voltages in microvolts, all times in seconds from the first sample):
   OUT.ccd         channel names (.ctc only)
   OUT.prt         a protocol with the conditions Rest and Task (.ctc only; else they are markers)
-  OUT_truth.json  every parameter, the exact times of scan and heart, RMS of the parts
+                  and the scanner's own markers (--markers), which lie on samples
+  OUT_truth.json  every parameter, the exact times of scans and heart, RMS of the parts
   OUT_clean.ctc   the same without artifacts (EEG, sensor noise, line noise, movements)
   OUT_pulse.ctc   the heart beat artifact alone (presets bcg and both)
 
@@ -52,6 +60,14 @@ Examples:
       some beats come early, 20 s of small artifacts from 60 s on, five movements of the head
   emeg simulate both demo.vhdr
       a BrainVision recording
+  emeg simulate equidistant run6.vhdr --first-slice 0 --markers volume
+      slices that are all alike: where a volume begins only the markers tell
+  emeg simulate gap run7.edf --scans 3 --pause 6 --volumes 20
+      three scans of 20 volumes, six seconds apart
+  emeg simulate continuous run8.vhdr --cut-start 0.9 --ends-in-scan --jitter-us 10 --spikes 2
+      begins and ends within the scan; volumes come 10 us early or late; two spikes
+  emeg simulate fill run9.bdf --dropouts 1 --clip-uv 2000
+      the recording is 0 for 0.3 s somewhere, and the amplifier too small for the artifact
   emeg simulate gap run4.ctc --volumes 40 --slices 32 --slice-ms 60.1 --burst-ms 38 --gap-ms 80
 )";
 
@@ -78,7 +94,9 @@ std::string summaryOf(const SimulationParameters& p, const std::string& path) {
        << " s at " << p.samplingFrequency << " Hz";
   if (p.gradient) {
     const int64_t volumes = p.gradient->nrOfVolumes.value_or(nrOfVolumesThatFit(*p.gradient, p.seconds));
-    text << ", " << volumes << " volumes of " << p.gradient->nrOfSlicesPerVolume << " slices";
+    text << ", ";
+    if (p.gradient->nrOfScans > 1) text << p.gradient->nrOfScans << " scans of ";
+    text << volumes << " volumes of " << p.gradient->nrOfSlicesPerVolume << " slices";
   }
   if (p.heart) text << ", heart at " << p.heart->beatsPerMinute << " beats per minute";
   return text.str();

@@ -21,9 +21,10 @@ std::string problemWithWeakText(const std::string& text) {
 }
 
 void declareRecording(CLI::App& app, SimulateOptions& o) {
-  app.add_option("PRESET", o.preset, "gap, continuous, bcg or both")
+  app.add_option("PRESET", o.preset, "What is recorded: see below")
       ->required()
-      ->check(CLI::IsMember({"gap", "continuous", "bcg", "both"}));
+      ->check(CLI::IsMember({"gap", "continuous", "bcg", "both", "fill", "twobursts", "equidistant",
+                             "multiband", "manyslices"}));
   app.add_option("OUT", o.target.path, "The recording to write: .ctc, .vhdr, .edf or .bdf")->required();
 
   const char* const group = "Recording";
@@ -70,8 +71,23 @@ void declareFiles(CLI::App& app, SimulateOptions& o) {
   app.add_flag("--force", o.target.overwrite, "Replace existing files")->group(group);
 }
 
-void declareArtifacts(CLI::App& app, SimulateOptions& o) {
-  app.add_option("--volumes", o.volumes, "Number of volumes [as many as fit]")->group(scanOptionGroup);
+void declareDisturbances(CLI::App& app, SimulateOptions& o) {
+  const char* const group = "Disturbances, in all channels at once";
+  CLI::Option* spikes =
+      app.add_option("--spikes", o.spikes, "Number of spikes of a few milliseconds [0]")->group(group);
+  app.add_option("--spike-uv", o.spikeUv, "Peak of a spike [20000]")->group(group)->needs(spikes);
+  CLI::Option* dropouts =
+      app.add_option("--dropouts", o.dropouts, "Number of stretches in which the recording is 0 [0]")
+          ->group(group);
+  app.add_option("--dropout-ms", o.dropoutMs, "Length of such a stretch [300]")
+      ->group(group)
+      ->needs(dropouts);
+  app.add_option("--clip-uv", o.clipUv, "Largest absolute value that is recorded [any]")->group(group);
+}
+
+void declareScan(CLI::App& app, SimulateOptions& o) {
+  app.add_option("--volumes", o.volumes, "Number of volumes of every scan [as many as fit]")
+      ->group(scanOptionGroup);
   app.add_option("--slices", o.slices, "Slices per volume")->group(scanOptionGroup);
   app.add_option("--slice-ms", o.sliceMs, "From one slice to the next")->group(scanOptionGroup);
   app.add_option("--gap-ms", o.gapMs, "From the last slice's end to the next volume")->group(scanOptionGroup);
@@ -85,7 +101,39 @@ void declareArtifacts(CLI::App& app, SimulateOptions& o) {
   app.add_option("--readout", o.readoutHz, "Frequency of the readout in Hz")->group(scanOptionGroup);
   app.add_option("--drift", o.driftPercent, "RMS of the artifact's slow change in percent")
       ->group(scanOptionGroup);
+}
 
+void declareHardKinds(CLI::App& app, SimulateOptions& o) {
+  app.add_option("--second-burst-ms", o.secondBurstMs,
+                 "From a slice's onset to its second burst; 0: only one [0; twobursts 38.1]")
+      ->group(scanOptionGroup);
+  app.add_option("--second-burst-factor", o.secondBurstFactor, "Second burst relative to the first [-0.8]")
+      ->group(scanOptionGroup);
+  app.add_option("--least-quiet-ms", o.leastQuietMs,
+                 "Quiet that bursts must leave in a slice; negative: they may overlap [20; less with the "
+                 "presets that have less]")
+      ->group(scanOptionGroup);
+  app.add_option("--jitter-us", o.jitterUs, "RMS by which volumes come early or late, in microseconds [0]")
+      ->group(scanOptionGroup);
+  app.add_option("--scans", o.scans, "Scans one after the other, all alike [1]")->group(scanOptionGroup);
+  app.add_option("--pause", o.pauseSeconds, "Seconds from the end of a scan to the next one [8]")
+      ->group(scanOptionGroup);
+  app.add_option(
+         "--cut-start", o.cutStart,
+         "Seconds of the scan that are over when the recording begins, in place of --quiet-before [0]")
+      ->group(scanOptionGroup);
+  app.add_flag("--ends-in-scan", o.endsInScan,
+               "The recording ends before the scan does, in place of --quiet-after")
+      ->group(scanOptionGroup);
+  app.add_option("--markers", o.markers,
+                 "The scanner's own markers, at the first sample at or behind every onset: volume, slice or "
+                 "none [none]")
+      ->check(CLI::IsMember({"volume", "slice", "none"}))
+      ->group(scanOptionGroup);
+  app.add_option("--marker-name", o.markerName, "Their name [R128]")->group(scanOptionGroup);
+}
+
+void declareHeart(CLI::App& app, SimulateOptions& o) {
   app.add_option("--heart-rate", o.heartRate, "Beats per minute [65]")->group(heartOptionGroup);
   app.add_option("--rmssd-ms", o.rmssdMs, "RMS of successive differences of beat intervals [30]")
       ->group(heartOptionGroup);
@@ -132,7 +180,10 @@ std::optional<WeakStretch> weakStretchFrom(const std::string& text) {
 void declareSimulateOptions(CLI::App& app, SimulateOptions& options) {
   declareRecording(app, options);
   declareFiles(app, options);
-  declareArtifacts(app, options);
+  declareDisturbances(app, options);
+  declareScan(app, options);
+  declareHardKinds(app, options);
+  declareHeart(app, options);
 }
 
 } // namespace emeg

@@ -32,6 +32,12 @@ struct SimulateOptions {
   std::optional<int> slices;
   std::optional<double> sliceMs, gapMs, quietBefore, quietAfter, burstMs, peakUv, firstSlicePercent;
   std::optional<double> lowPassHz, readoutHz, driftPercent;
+  std::optional<double> secondBurstMs, secondBurstFactor, leastQuietMs, jitterUs;
+  std::optional<int> scans;
+  std::optional<double> pauseSeconds, cutStart;
+  bool endsInScan = false;
+  std::string markers = "none"; ///< what a marker of the scanner stands for: "volume", "slice"
+  std::optional<std::string> markerName;
 
   std::optional<double> heartRate, rmssdMs, pulsePeakUv, ectopicPercent;
   std::optional<std::string> weak;
@@ -40,13 +46,16 @@ struct SimulateOptions {
   std::optional<double> movementUv;
   std::optional<int64_t> movementCount;
   std::vector<int> deadChannels;
+
+  std::optional<int> spikes, dropouts;
+  std::optional<double> spikeUv, dropoutMs, clipUv;
 };
 
 /// Declares the preset, the name of the recording and all options; `options` must outlive the parser.
 void declareSimulateOptions(CLI::App& app, SimulateOptions& options);
 
 /// Groups of the options that have a meaning with some presets only.
-inline constexpr const char* scanOptionGroup = "Scan (presets gap, continuous, both)";
+inline constexpr const char* scanOptionGroup = "Scan (all presets but bcg)";
 inline constexpr const char* heartOptionGroup = "Heart (presets bcg, both)";
 
 /// "START,SECONDS" or "START,SECONDS,FACTOR"; nothing for another text.

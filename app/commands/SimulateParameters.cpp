@@ -12,6 +12,8 @@ namespace emeg {
 namespace {
 
 constexpr double defaultSamplingFrequency = 5000;
+constexpr double shareBehindEnd =
+    0.4; // of a volume, at least, that a recording which ends within a scan lacks
 
 /// Options of a group that the preset has no use for, as a sentence; empty when there are none.
 std::string pointlessOption(const CLI::App& app, const char* group, const std::string& preset) {
@@ -30,12 +32,71 @@ void replaceScaled(const std::optional<double>& given, double divisor, double& v
   if (given) value = *given / divisor;
 }
 
-/// The shortest whole number of seconds that holds a scan.
+/// The shortest whole number of seconds that holds all scans, or the longest one that ends within the last.
 double secondsFor(const GradientParameters& gradient, int64_t volumes) {
-  double seconds = std::ceil(gradient.quietBefore + gradient.quietAfter +
-                             static_cast<double>(volumes) * gradient.volumeDuration());
+  const double end = leastEndOfScans(gradient, volumes);
+  if (gradient.endsInScan) return std::floor(end - shareBehindEnd * gradient.volumeDuration());
+  double seconds = std::ceil(end + gradient.quietAfter);
   if (std::isfinite(seconds) && nrOfVolumesThatFit(gradient, seconds) < volumes) seconds++;
   return seconds;
+}
+
+void changeTiming(const SimulateOptions& o, GradientParameters& gradient) {
+  replace(o.volumes, gradient.nrOfVolumes);
+  replace(o.slices, gradient.nrOfSlicesPerVolume);
+  replaceScaled(o.sliceMs, 1000, gradient.sliceDuration);
+  replaceScaled(o.gapMs, 1000, gradient.gapDuration);
+  replace(o.quietBefore, gradient.quietBefore);
+  replace(o.quietAfter, gradient.quietAfter);
+  replaceScaled(o.jitterUs, 1e6, gradient.onsetJitterRms);
+  replace(o.scans, gradient.nrOfScans);
+  replace(o.pauseSeconds, gradient.pauseDuration);
+  replace(o.cutStart, gradient.cutBefore);
+  gradient.endsInScan = o.endsInScan;
+}
+
+void changeBursts(const SimulateOptions& o, GradientParameters& gradient) {
+  replaceScaled(o.burstMs, 1000, gradient.burstDuration);
+  replace(o.peakUv, gradient.peakUv);
+  replaceScaled(o.firstSlicePercent, 100, gradient.firstSliceDifference);
+  replace(o.lowPassHz, gradient.lowPassHz);
+  replaceScaled(o.driftPercent, 100, gradient.driftRms);
+  replaceScaled(o.secondBurstMs, 1000, gradient.secondBurstDelay);
+  replace(o.secondBurstFactor, gradient.secondBurstFactor);
+  replaceScaled(o.leastQuietMs, 1000, gradient.leastQuiet);
+}
+
+void changeDisturbances(const SimulateOptions& o, DisturbanceParameters& disturbances) {
+  replace(o.spikes, disturbances.nrOfSpikes);
+  replace(o.spikeUv, disturbances.spikeUv);
+  replace(o.dropouts, disturbances.nrOfDropouts);
+  replaceScaled(o.dropoutMs, 1000, disturbances.dropoutDuration);
+  replace(o.clipUv, disturbances.clipUv);
+}
+
+ScannerTriggerParameters triggersOf(const SimulateOptions& o) {
+  using Per = ScannerTriggerParameters::Per;
+  ScannerTriggerParameters triggers;
+  if (o.markers == "volume") triggers.per = Per::Volume;
+  if (o.markers == "slice") triggers.per = Per::Slice;
+  replace(o.markerName, triggers.name);
+  return triggers;
+}
+
+/// A sentence about two options that contradict each other; empty when none do.
+std::string contradiction(const CLI::App& app, const SimulateOptions& o) {
+  const auto isGiven = [&](const char* name) { return app.get_option(name)->count() > 0; };
+  if (isGiven("--cut-start") && isGiven("--quiet-before"))
+    return "--quiet-before has no meaning with --cut-start: the recording begins within the scan.";
+  if (o.endsInScan && isGiven("--quiet-after"))
+    return "--quiet-after has no meaning with --ends-in-scan: the recording ends within the scan.";
+  if (isGiven("--pause") && o.scans.value_or(1) < 2)
+    return "--pause has a meaning with several --scans only.";
+  if (o.markers == "none" && isGiven("--marker-name"))
+    return "--marker-name has a meaning with --markers volume or slice only.";
+  if (o.markers != "none" && o.noPrt)
+    return "--markers has no meaning with --no-prt, which writes no markers.";
+  return "";
 }
 
 } // namespace
@@ -51,18 +112,11 @@ SimulationParameters parametersOf(const SimulateOptions& o) {
   replace(o.lineUv, p.lineNoise.amplitudeUv);
   if (p.gradient) {
     GradientParameters& gradient = *p.gradient;
-    replace(o.volumes, gradient.nrOfVolumes);
-    replace(o.slices, gradient.nrOfSlicesPerVolume);
-    replaceScaled(o.sliceMs, 1000, gradient.sliceDuration);
-    replaceScaled(o.gapMs, 1000, gradient.gapDuration);
-    replace(o.quietBefore, gradient.quietBefore);
-    replace(o.quietAfter, gradient.quietAfter);
-    replaceScaled(o.burstMs, 1000, gradient.burstDuration);
-    replace(o.peakUv, gradient.peakUv);
-    replaceScaled(o.firstSlicePercent, 100, gradient.firstSliceDifference);
-    replace(o.lowPassHz, gradient.lowPassHz);
+    changeTiming(o, gradient);
     replace(o.readoutHz, gradient.readoutHz);
-    replaceScaled(o.driftPercent, 100, gradient.driftRms);
+    fitBurstsToSlices(p);
+    changeBursts(o, gradient);
+    p.triggers = triggersOf(o);
     if (gradient.nrOfVolumes) p.seconds = secondsFor(gradient, *gradient.nrOfVolumes);
   }
   if (p.heart) {
@@ -82,6 +136,7 @@ SimulationParameters parametersOf(const SimulateOptions& o) {
     replace(o.movementCount, p.movement->nrOfBursts);
   }
   p.deadChannels = o.deadChannels;
+  changeDisturbances(o, p.disturbances);
   replace(o.seconds, p.seconds);
   return p;
 }
@@ -101,6 +156,7 @@ std::string problemWithOptions(const CLI::App& app, const SimulateOptions& o, co
     return "--uv-per-unit has a meaning with --type 3 only.";
   if (const double unit = o.target.storage.microvoltsPerUnit; !(unit >= 1e-6 && unit <= 1e6))
     return "--uv-per-unit must lie between 0.000001 and 1000000.";
+  if (std::string text = contradiction(app, o); !text.empty()) return text;
   return problemWith(p);
 }
 

@@ -1,8 +1,8 @@
 #include "app/correct/ConverterRun.h"
 
 #include "app/correct/PulseFigures.h"
+#include "app/correct/TimedConverter.h"
 #include "artifacts/cardiac/PulseDelay.h"
-#include "converter/Converter.h"
 #include "converter/steps/MachineResources.h"
 
 #include <algorithm>
@@ -23,10 +23,10 @@ bool wantsFilters(const HostAnswers::Dialogue& dialogue) {
 }
 
 /// The plug-in's converter with the stages that no dialogue switches on.
-class EmegConverter : public EMEGArtifactPreprocessor {
+class EmegConverter : public TimedConverter {
 public:
   EmegConverter(const ConverterJob& job, Findings& found)
-      : EMEGArtifactPreprocessor(logPrefix, true), job_(job), found_(found) {
+      : TimedConverter(logPrefix, job.timing), job_(job), found_(found) {
     options.isEEG = true;
     options.selectChannels = false;
     options.selectTimeInterval = false;
@@ -43,7 +43,7 @@ public:
 
 private:
   bool openInput() override {
-    if (!EMEGArtifactPreprocessor::openInput()) return false;
+    if (!TimedConverter::openInput()) return false;
     values.samplingFrequency = job_.samplingFrequency;
     values.samplingInterval = 1 / job_.samplingFrequency;
     return true;
@@ -77,7 +77,7 @@ private:
     // Medians over many channels have more minima than one series below 35 Hz; two samples apart is the most.
     cardiac.candidatesPerSecond = buffers.bcgRate / 2;
     const bool isBlind = job_.beats.source == BeatSource::Blind;
-    if (!(isBlind ? EMEGArtifactPreprocessor::detectHeartPulses() : useKnownBeats())) return false;
+    if (!(isBlind ? TimedConverter::detectHeartPulses() : useKnownBeats())) return false;
     found_.pulseSampleRate = static_cast<double>(buffers.bcgRate);
     found_.plausibility = measurePlausibility({buffers.bcgSeries, buffers.bcgLength, buffers.bcgRate},
                                               pulsesInEeg(), cardiac.period.period);
@@ -116,7 +116,7 @@ private:
     const std::vector<double> before = series;
     std::vector<double> pulses = cardiac.pulsePositions;
     if (delays_.empty()) {
-      EMEGArtifactPreprocessor::buildPulseModel(pulseChannel);
+      TimedConverter::buildPulseModel(pulseChannel);
     } else {
       pulses = delayedPulses(pulses, delays_[static_cast<size_t>(pulseChannel)], buffers.bcgLength);
       PulseModel(pulses, cardiac.period.period).replaceByEstimate(series, buffers.bcgLength);
@@ -136,7 +136,7 @@ ConverterOutcome runConverter(const ConverterJob& job, const std::function<void(
   HostAnswers answers(job.dialogue, log);
   EmegConverter converter(job, outcome.found);
   outcome.finished = converter.run(2, 1, 0);
-  outcome.found.sequence = converter.sequence;
+  outcome.found.timing = converter.foundScans();
   outcome.outputPath = converter.outputPathBuffer.path();
   outcome.errors = answers.errors();
   return outcome;

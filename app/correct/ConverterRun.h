@@ -1,9 +1,9 @@
 #pragma once
 
+#include "app/correct/FoundScan.h"
 #include "app/correct/HostAnswers.h"
 #include "app/correct/KnownBeats.h"
 #include "artifacts/cardiac/PulsePlausibility.h"
-#include "artifacts/gradient/SequenceDetection.h"
 #include "converter/ChannelRole.h"
 
 #include <functional>
@@ -20,6 +20,7 @@ struct ConverterJob {
   double samplingFrequency = 0;   ///< Hz, exact: the CTC file's is rounded
   double seconds = 0;
   std::vector<double> lineFrequencies; ///< Hz, sinusoids to remove
+  TimingRequest timing;
   BeatRequest beats;
   bool removeGradient = true;
   bool stopWithoutSequence = true; ///< do not look for heart beats when no scanner sequence was found
@@ -36,7 +37,7 @@ struct PulseChannelFigures {
 
 /// What was found in a recording.
 struct Findings {
-  MRSequence sequence; ///< its sliceDuration is 0 when none was found
+  FoundScans timing;
   double beatsPerMinute = 0;
   std::vector<double> pulseTimes;  ///< seconds from the first sample
   std::vector<double> pulseDelays; ///< of known beats: seconds to the artifact, per channel as pulseFigures
@@ -47,7 +48,7 @@ struct Findings {
       pulseFigures; ///< per channel that takes part in pulses, in the converter's order
   bool pulseListIsFull = false;
 
-  bool hasSequence() const { return sequence.sliceDuration > 0; }
+  bool hasSequence() const { return !timing.scans.empty(); }
 };
 
 struct ConverterOutcome {

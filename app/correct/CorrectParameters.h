@@ -28,6 +28,12 @@ struct CorrectParameters {
   bool volumeWise = true;
   int window = 150; ///< half-length of the averaging window, slices
 
+  std::string volumeMarkers;   ///< name of the recording's markers at volume onsets; empty: not known
+  std::string sliceMarkers;    ///< the same at slice onsets
+  double tr = 0;               ///< seconds from volume to volume; 0: not known
+  int slices = 0;              ///< per volume; 0: not known
+  std::optional<double> first; ///< onset of the first volume, seconds from the recording's first sample
+
   std::string pulseMarkers; ///< name of the markers that are heart beats; empty: none
   std::string ecg;          ///< channel whose R peaks are the heart beats; empty: none
 

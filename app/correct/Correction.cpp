@@ -7,6 +7,7 @@
 #include "app/correct/Interrupt.h"
 #include "app/correct/MarkerTransfer.h"
 #include "app/correct/RunWarnings.h"
+#include "app/correct/ScanWarnings.h"
 #include "app/correct/ScratchFolder.h"
 #include "app/correct/ScratchInput.h"
 #include "app/correct/Sidecar.h"
@@ -137,6 +138,7 @@ private:
     job.samplingFrequency = result_.header.samplingFrequency;
     job.seconds = static_cast<double>(plan.nrOfTimePoints) / job.samplingFrequency;
     job.lineFrequencies = parameters_.lineNoise;
+    job.timing = plan.timing;
     job.beats = plan.beats;
     job.removeGradient = removeGradient;
     job.stopWithoutSequence = removeGradient && !parameters_.allowUncorrected;
@@ -157,21 +159,31 @@ private:
 
   void requireSequence() const {
     if (parameters_.allowUncorrected) return;
-    throw FailedRun(
-        fmt::format("no scanner sequence was found in \"{}\", so nothing was written. Is it a recording "
-                    "with the scanner running, for 25 s at least? --interval START:END chooses the part "
-                    "with the scan, --channels NAME,... channels that show it; --allow-uncorrected writes "
-                    "the output all the same.",
-                    parameters_.input));
+    if (!result_.plan.timing.isBlind())
+      throw FailedRun(fmt::format(
+          "nothing in \"{}\" repeats with the timing that was given, so nothing was written. Are they "
+          "the scanner's markers, is the TR in seconds? Without these options the timing is looked "
+          "for in the EEG; --allow-uncorrected writes the output all the same.",
+          parameters_.input));
+    throw FailedRun(fmt::format(
+        "no scanner sequence was found in \"{}\", so nothing was written. Is it a recording "
+        "with the scanner running, for three volumes at least? --interval START:END chooses the part "
+        "with the scan, --channels NAME,... channels that show it; --volume-markers NAME or --tr "
+        "SECONDS --slices N tell its timing; --allow-uncorrected writes the output all the same.",
+        parameters_.input));
   }
 
   void measure() {
     report_.step("Measuring what is left");
-    if (result_.found.hasSequence()) {
-      const auto before = openRecording(inputPath());
-      const auto after = openRecording(convertedPath_);
-      result_.quality = measureQuality(*before, *after, result_.plan, result_.found.sequence,
-                                       partOfRun(convertingEnds, measuringEnds));
+    const std::vector<FoundScan>& scans = result_.found.timing.scans;
+    if (scans.empty()) return;
+    const auto before = openRecording(inputPath());
+    const auto after = openRecording(convertedPath_);
+    const double part = (measuringEnds - convertingEnds) / static_cast<double>(scans.size());
+    for (size_t i = 0; i < scans.size(); ++i) {
+      const double begin = convertingEnds + part * static_cast<double>(i);
+      result_.quality.push_back(
+          measureQuality(*before, *after, result_.plan, scans, i, partOfRun(begin, begin + part)));
     }
   }
 
@@ -180,10 +192,11 @@ private:
     requireSequence();
     if (!result_.found.hasSequence()) return;
     convert(false);
-    result_.quality.reset();
+    result_.quality.clear();
   }
 
   void judge() {
+    for (const std::string& note : notesOnTiming(result_.found.timing)) report_.note(note);
     for (const std::string& warning : warningsOf(result_, parameters_)) report_.warning(warning);
   }
 

@@ -29,8 +29,17 @@ struct CorrectionResult {
   std::vector<InputFile> inputFiles;
   Findings found;
   std::vector<RepairedChannel> repaired;
-  std::optional<QualityFigures> quality; ///< nothing when the scan is too short to tell
-  std::string sidecar;                   ///< text of the file beside the output
+  std::vector<std::optional<QualityFigures>> quality; ///< per scan; nothing where it is too short to tell
+  std::string sidecar;                                ///< text of the file beside the output
+
+  /// Null when there is none.
+  const QualityFigures* qualityOfLongest() const {
+    if (quality.empty() || found.timing.scans.empty()) return nullptr;
+    const auto& figures = quality[found.timing.indexOfLongest()];
+    return figures ? &*figures : nullptr;
+  }
+  /// How templates were averaged, whatever was asked for.
+  bool volumeWise() const { return plan.dialogue.volumeWise || found.timing.slicesDoNotRepeat; }
 };
 
 /// One run from a recording to the corrected recording: copy into a scratch folder, converter, warnings,

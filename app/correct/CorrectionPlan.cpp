@@ -1,5 +1,7 @@
 #include "app/correct/CorrectionPlan.h"
 
+#include "app/markers/NamedMarkers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -103,6 +105,37 @@ void checkSize(const RecordingHeader& header, const CorrectParameters& parameter
                     parameters.input, plan.channels.corrected.size()));
 }
 
+TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& parameters,
+                       const CorrectionPlan& plan) {
+  const auto first = static_cast<double>(plan.firstTimePoint);
+  TimingRequest timing;
+  timing.volumeWise = parameters.volumeWise;
+  timing.windowSlices = parameters.window;
+  timing.given.volumeDuration = parameters.tr;
+  timing.given.nrOfSlicesPerVolume = parameters.slices;
+  if (parameters.first) timing.given.firstOnset = *parameters.first - first / header.samplingFrequency;
+  const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
+  if (parameters.tr > seconds / 2)
+    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and two volumes "
+                                    "are needed at least; the TR is given in seconds.",
+                                    parameters.tr, parameters.input, seconds));
+
+  const bool areVolumes = !parameters.volumeMarkers.empty();
+  if (!areVolumes && parameters.sliceMarkers.empty()) return timing;
+  timing.markerKind = areVolumes ? MarkerKind::Volume : MarkerKind::Slice;
+  const std::string& name = areVolumes ? parameters.volumeMarkers : parameters.sliceMarkers;
+  for (const double onset : onsetsOfMarkers(header, name))
+    if (onset >= first && onset < static_cast<double>(plan.endTimePoint()))
+      timing.markers.push_back(onset - first);
+  constexpr size_t fewestMarkers = 3;
+  if (timing.markers.size() < fewestMarkers)
+    throw UnusableInput(fmt::format(
+        "{} markers \"{}\" lie in the corrected part of \"{}\", {} are needed to tell when volumes "
+        "begin; leave the option out to find them in the EEG itself.",
+        timing.markers.size(), name, parameters.input, fewestMarkers));
+  return timing;
+}
+
 } // namespace
 
 CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParameters& parameters) {
@@ -112,6 +145,7 @@ CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParame
   plan.decimationFactor = decimationOf(header, parameters);
   checkFilters(header, parameters);
   checkSize(header, parameters, plan);
+  plan.timing = timingOf(header, parameters, plan);
   plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
 
   HostAnswers::Dialogue& dialogue = plan.dialogue;

@@ -21,6 +21,7 @@ struct CorrectionPlan {
   int decimationFactor = 1;
   bool hasInterval = false;
   HostAnswers::Dialogue dialogue; ///< all but the path
+  TimingRequest timing;           ///< positions from `firstTimePoint` on
   BeatRequest beats;
   std::string suffix; ///< of the output's name
 

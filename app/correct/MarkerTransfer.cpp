@@ -21,14 +21,19 @@ RecordingMarker markerAt(const char* type, const char* name, double seconds, dou
   return marker;
 }
 
-void addGradientMarkers(const Findings& found, double rate, double nrOfTimePoints,
+/// One per slice where there are pauses between volumes, else one per volume; also those of volumes that the
+/// scan's beginning or end cuts.
+void addGradientMarkers(const FoundScan& scan, double rate, double nrOfTimePoints,
                         std::vector<RecordingMarker>& markers) {
-  const MRSequence& sequence = found.sequence;
+  const MRSequence& sequence = scan.sequence;
   const int32_t perVolume = sequence.hasVolumeGaps ? sequence.nrOfSlicesPerVolume : 1;
-  for (int32_t volume = 0; volume < sequence.nrOfVolumes; ++volume) {
+  const double slack = sequence.sliceDuration / 2;
+  for (int32_t volume = -scan.partsBefore; volume < sequence.nrOfVolumes + scan.partsBehind; ++volume) {
+    const bool isWhole = volume >= 0 && volume < sequence.nrOfVolumes;
     for (int32_t slice = 0; slice < perVolume; ++slice) {
-      RecordingMarker marker =
-          markerAt(foundType, gradientMarkerName, sequence.onsetOf(volume, slice, 1), rate);
+      const double onset = sequence.onsetOf(volume, slice, 1);
+      if (!isWhole && (onset < scan.begin - slack || onset > scan.end - slack)) continue;
+      RecordingMarker marker = markerAt(foundType, gradientMarkerName, onset, rate);
       if (marker.onset >= 0 && marker.onset < nrOfTimePoints) markers.push_back(std::move(marker));
     }
   }
@@ -99,7 +104,7 @@ std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, cons
   const double rate = header.samplingFrequency / plan.decimationFactor;
   const auto length = static_cast<double>(plan.nrOfOutputTimePoints());
   const size_t nrOfCarried = markers.size();
-  if (found.hasSequence()) addGradientMarkers(found, rate, length, markers);
+  for (const FoundScan& scan : found.timing.scans) addGradientMarkers(scan, rate, length, markers);
   for (const double time : found.pulseTimes)
     markers.push_back(markerAt(foundType, pulseMarkerName, time, rate));
   const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;

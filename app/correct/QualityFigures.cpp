@@ -13,10 +13,16 @@ constexpr double highestComparedHz = 100;
 constexpr double usablePartOfRate = 0.4;
 constexpr double visibleRatio = 3; // of power at lines to power beside them
 
-VolumeAverage averageOf(RecordingReader& recording, double samplingFrequency, const MRSequence& sequence,
-                        double factor, const std::function<void(double)>& progress) {
+VolumeAverage averageOf(RecordingReader& recording, double samplingFrequency,
+                        const std::vector<FoundScan>& scans, size_t scan, double factor,
+                        const std::function<void(double)>& progress) {
   const RecordingHeader& header = recording.header();
-  VolumeAverage average(sequence, samplingFrequency, header.nrOfChannels());
+  VolumeAverage average(scans[scan].sequence, samplingFrequency, header.nrOfChannels());
+  for (size_t i = 0; i < scans.size(); ++i) {
+    const bool isAnother = i != scan;
+    if (isAnother || scans[i].partsBefore + scans[i].partsBehind > 0)
+      average.addCorrectedStretch(scans[i].begin, scans[i].end);
+  }
   const int64_t blockLength = convenientBlockLength(header.nrOfChannels());
   std::vector<double> values;
   for (int64_t done = 0; done < header.nrOfTimePoints;) {
@@ -54,14 +60,15 @@ bool ChannelQuality::isVisible() const {
 }
 
 std::optional<QualityFigures> measureQuality(RecordingReader& before, RecordingReader& after,
-                                             const CorrectionPlan& plan, const MRSequence& sequence,
-                                             const std::function<void(double)>& progress) {
+                                             const CorrectionPlan& plan, const std::vector<FoundScan>& scans,
+                                             size_t scan, const std::function<void(double)>& progress) {
+  const MRSequence& sequence = scans[scan].sequence;
   const double rate = before.header().samplingFrequency;
   const double rateAfter = rate / plan.decimationFactor;
   const double unscale = 1 / powerOfTen(plan.dialogue.scalingOrder);
-  const VolumeAverage averageBefore = averageOf(before, rate, sequence, 1, quarter(progress, 0));
+  const VolumeAverage averageBefore = averageOf(before, rate, scans, scan, 1, quarter(progress, 0));
   if (!averageBefore.isMeasurable()) return std::nullopt;
-  const VolumeAverage averageAfter = averageOf(after, rateAfter, sequence, unscale, quarter(progress, 1));
+  const VolumeAverage averageAfter = averageOf(after, rateAfter, scans, scan, unscale, quarter(progress, 1));
 
   QualityFigures figures;
   FrequencyRange& range = figures.range;

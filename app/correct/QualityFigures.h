@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectionPlan.h"
+#include "app/correct/FoundScan.h"
 #include "app/correct/SpectralFigures.h"
 #include "app/correct/VolumeLocked.h"
 
@@ -33,13 +34,13 @@ struct QualityFigures {
   FrequencyRange range;
   std::vector<ChannelQuality> channels;
   double drift = 0;                  ///< seconds, of the channel in which the sequence was found
-  double artifactSecondsOutside = 0; ///< seconds of artifact outside the counted volumes, in that channel
+  double artifactSecondsOutside = 0; ///< seconds of artifact outside all scans, in that channel
 };
 
-/// Compares the recording with its corrected version; both hold the corrected channels alone. Scaling is
-/// taken back. Nothing where the scan is too short to tell (fewer than four volumes).
+/// Compares one scan of the recording with its corrected version; both recordings hold the corrected channels
+/// alone. Scaling is taken back. Nothing where the scan is too short to tell (fewer than four volumes).
 std::optional<QualityFigures> measureQuality(RecordingReader& before, RecordingReader& after,
-                                             const CorrectionPlan& plan, const MRSequence& sequence,
-                                             const std::function<void(double)>& progress);
+                                             const CorrectionPlan& plan, const std::vector<FoundScan>& scans,
+                                             size_t scan, const std::function<void(double)>& progress);
 
 } // namespace emeg

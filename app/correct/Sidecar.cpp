@@ -1,7 +1,7 @@
 #include "app/correct/Sidecar.h"
 
 #include "app/correct/MarkerTransfer.h"
-#include "app/correct/RunWarnings.h"
+#include "app/correct/ScanWarnings.h"
 #include "files/exchange/PendingFiles.h"
 #include "files/formats/BinaryFile.h"
 
@@ -45,6 +45,11 @@ Json parametersOf(const CorrectionResult& result, const CorrectParameters& param
           {"EcgChannel", parameters.ecg.empty() ? Json() : Json(parameters.ecg)},
           {"Averaging", parameters.volumeWise ? "volume-wise" : "slice-wise"},
           {"WindowHalfLengthSlices", parameters.window},
+          {"VolumeMarkers", parameters.volumeMarkers},
+          {"SliceMarkers", parameters.sliceMarkers},
+          {"TR", parameters.tr > 0 ? Json(parameters.tr) : Json()},
+          {"Slices", parameters.slices > 0 ? Json(parameters.slices) : Json()},
+          {"First", parameters.first ? Json(*parameters.first) : Json()},
           {"Channels", parameters.channels},
           {"TreatAsEEG", parameters.treatAsEeg},
           {"IntervalStart", static_cast<double>(plan.firstTimePoint) / fs},
@@ -91,17 +96,42 @@ Json heartBeatsOf(const CorrectionResult& result) {
   return beats;
 }
 
+Json scanOf(const FoundScan& scan) {
+  const MRSequence& sequence = scan.sequence;
+  return {{"NumberOfVolumes", sequence.nrOfVolumes},
+          {"SlicesPerVolume", sequence.nrOfSlicesPerVolume},
+          {"CountsIdentifiable", scan.isCountIdentifiable},
+          {"VolumeDuration", sequence.volumeDuration},
+          {"SliceDuration", sequence.sliceDuration},
+          {"FirstVolumeOnset", sequence.firstTriggerTime},
+          {"Begin", scan.begin},
+          {"End", scan.end},
+          {"BeginsWithinVolume", scan.partsBefore > 0},
+          {"EndsWithinVolume", scan.partsBehind > 0},
+          {"PausesBetweenVolumes", sequence.hasVolumeGaps},
+          {"WindowHalfLengthSeconds", sequence.windowHalfLength},
+          {"ChannelsAgreeing", scan.nrOfChannelsAgreeing},
+          {"ChannelsAsked", scan.nrOfChannelsAsked}};
+}
+
+Json timingOf(const CorrectionResult& result) {
+  const FoundScans& timing = result.found.timing;
+  return {{"Source", nameOf(timing.source)},
+          {"DoubtAboutQuietBetweenSlices", timing.doubt.empty() ? Json() : Json(timing.doubt)},
+          {"UnexplainedShare", timing.evidence.unexplained},
+          {"UnlikeVolumes", timing.evidence.unlikeVolumes},
+          {"UnlikeSlices", timing.evidence.unlikeSlices},
+          {"Averaging", result.volumeWise() ? "volume-wise" : "slice-wise"}};
+}
+
 Json detectedOf(const CorrectionResult& result, const CorrectParameters& parameters) {
   Json detected;
-  const MRSequence& sequence = result.found.sequence;
-  detected["Sequence"] = looksLikeScan(result) ? Json{{"NumberOfVolumes", sequence.nrOfVolumes},
-                                                      {"SlicesPerVolume", sequence.nrOfSlicesPerVolume},
-                                                      {"VolumeDuration", sequence.volumeDuration},
-                                                      {"SliceDuration", sequence.sliceDuration},
-                                                      {"FirstVolumeOnset", sequence.firstTriggerTime},
-                                                      {"PausesBetweenVolumes", sequence.hasVolumeGaps},
-                                                      {"WindowHalfLengthSeconds", sequence.windowHalfLength}}
-                                               : Json();
+  detected["Scans"] = Json::array();
+  detected["Timing"] = Json();
+  if (looksLikeScan(result)) {
+    for (const FoundScan& scan : result.found.timing.scans) detected["Scans"].push_back(scanOf(scan));
+    detected["Timing"] = timingOf(result);
+  }
   detected["HeartBeats"] = parameters.bcg ? heartBeatsOf(result) : Json();
   return detected;
 }
@@ -129,6 +159,7 @@ Json bandsOf(const ChannelQuality& channel) {
 }
 
 Json channelsOf(const CorrectionResult& result) {
+  const QualityFigures* const figures = result.qualityOfLongest();
   Json channels = Json::array();
   size_t pulseChannel = 0;
   for (size_t c = 0; c < result.header.channels.size(); ++c) {
@@ -138,8 +169,8 @@ Json channelsOf(const CorrectionResult& result) {
                   {"Kind", nameOf(channel.kind)},
                   {"KindRule", channel.kindRule},
                   {"Treatment", treatmentOf(planned)}};
-    if (!planned.passesUntouched && result.quality) {
-      const ChannelQuality& quality = result.quality->channels[static_cast<size_t>(planned.converterChannel)];
+    if (!planned.passesUntouched && figures != nullptr) {
+      const ChannelQuality& quality = figures->channels[static_cast<size_t>(planned.converterChannel)];
       entry["Before"] = lineFiguresOf(quality.before, quality.peaksBefore);
       entry["After"] = lineFiguresOf(quality.after, quality.peaksAfter);
       entry["RemainingArtifact"] = quality.remaining();
@@ -149,11 +180,11 @@ Json channelsOf(const CorrectionResult& result) {
     }
     const bool hasPulses = !planned.passesUntouched && planned.role.takesPartInPulses;
     if (hasPulses && pulseChannel < result.found.pulseFigures.size()) {
-      const PulseChannelFigures& figures = result.found.pulseFigures[pulseChannel];
-      entry["HeartBeatArtifact"] = {{"RmsBelow35HzBefore", figures.rmsBefore},
-                                    {"RmsBelow35HzAfter", figures.rmsAfter},
-                                    {"BeatAverageRmsBefore", figures.beatRmsBefore},
-                                    {"BeatAverageRmsAfter", figures.beatRmsAfter}};
+      const PulseChannelFigures& pulses = result.found.pulseFigures[pulseChannel];
+      entry["HeartBeatArtifact"] = {{"RmsBelow35HzBefore", pulses.rmsBefore},
+                                    {"RmsBelow35HzAfter", pulses.rmsAfter},
+                                    {"BeatAverageRmsBefore", pulses.beatRmsBefore},
+                                    {"BeatAverageRmsAfter", pulses.beatRmsAfter}};
       if (pulseChannel < result.found.pulseDelays.size())
         entry["HeartBeatArtifact"]["Delay"] = result.found.pulseDelays[pulseChannel];
       ++pulseChannel;
@@ -180,11 +211,12 @@ std::string sidecarText(const CorrectionResult& result, const CorrectParameters&
   sidecar["Detected"] = detectedOf(result, parameters);
   sidecar["Warnings"] = report.warnings();
   sidecar["Notes"] = report.notes();
-  if (result.quality) {
-    sidecar["Quality"] = {{"LowestFrequency", result.quality->range.lowest},
-                          {"HighestFrequency", result.quality->range.highest},
-                          {"Drift", result.quality->drift},
-                          {"ArtifactSecondsOutsideScan", result.quality->artifactSecondsOutside},
+  if (const QualityFigures* const figures = result.qualityOfLongest()) {
+    sidecar["Quality"] = {{"Scan", result.found.timing.indexOfLongest()},
+                          {"LowestFrequency", figures->range.lowest},
+                          {"HighestFrequency", figures->range.highest},
+                          {"Drift", figures->drift},
+                          {"ArtifactSecondsOutsideScans", figures->artifactSecondsOutside},
                           {"Units",
                            "microvolts RMS; MedianImagingArtifact microvolts peak to peak; BandPowers "
                            "microvolts squared; times in seconds from the first sample"},

@@ -1,6 +1,6 @@
 #include "app/correct/Summary.h"
 
-#include "app/correct/RunWarnings.h"
+#include "app/correct/ScanWarnings.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -17,11 +17,13 @@ struct Residual {
 
 /// The median and the worst of the EEG channels by what is left of the artifact.
 void printResidual(std::ostream& out, const CorrectionResult& result) {
+  const QualityFigures* const figures = result.qualityOfLongest();
+  if (figures == nullptr) return;
   std::vector<Residual> residuals;
-  for (size_t k = 0; k < result.quality->channels.size(); ++k) {
+  for (size_t k = 0; k < figures->channels.size(); ++k) {
     const auto channel = static_cast<size_t>(result.plan.channels.corrected[k]);
     if (!result.plan.channels.channels[channel].role.showsSequence) continue;
-    const ChannelQuality& quality = result.quality->channels[k];
+    const ChannelQuality& quality = figures->channels[k];
     residuals.push_back(
         {result.header.channels[channel].name, quality.artifactBefore(), quality.artifactAfter()});
   }
@@ -47,18 +49,32 @@ std::string originOfBeats(const BeatRequest& request) {
   return "";
 }
 
+void printScans(std::ostream& out, const CorrectionResult& result) {
+  const FoundScans& timing = result.found.timing;
+  if (!looksLikeScan(result)) {
+    fmt::print(out, "Scan:      none found\n");
+    return;
+  }
+  for (size_t i = 0; i < timing.scans.size(); ++i) {
+    const FoundScan& scan = timing.scans[i];
+    const std::string label = timing.scans.size() > 1 ? fmt::format("Scan {}:", i + 1) : "Scan:";
+    fmt::print(out, "{:<10} {} volumes of {} slices, {:.6f} s each, from {:.3f} s on{}\n", label,
+               scan.sequence.nrOfVolumes, scan.sequence.nrOfSlicesPerVolume, scan.sequence.volumeDuration,
+               scan.sequence.firstTriggerTime,
+               scan.partsBefore + scan.partsBehind > 0 ? ", and parts of volumes at its ends" : "");
+  }
+  const FoundScan& longest = timing.longest();
+  fmt::print(out, "Timing:    from {}",
+             timing.source == TimingSource::GivenTiming ? "the given TR" : "the " + nameOf(timing.source));
+  if (!longest.isCountIdentifiable) fmt::print(out, "; slices alike, counts are a choice");
+  fmt::print(out, "\n");
+}
+
 } // namespace
 
 void printSummary(std::ostream& out, const CorrectionResult& result, const CorrectParameters& parameters) {
-  const MRSequence& sequence = result.found.sequence;
-  if (looksLikeScan(result)) {
-    fmt::print(out, "Scan:      {} volumes of {} slices, {:.6f} s each, from {:.3f} s on\n",
-               sequence.nrOfVolumes, sequence.nrOfSlicesPerVolume, sequence.volumeDuration,
-               sequence.firstTriggerTime);
-  } else {
-    fmt::print(out, "Scan:      none found\n");
-  }
-  if (result.quality && looksLikeScan(result)) printResidual(out, result);
+  printScans(out, result);
+  if (looksLikeScan(result)) printResidual(out, result);
   if (parameters.bcg)
     fmt::print(out, "Heart:     {} beats, {:.0f} per minute{}\n", result.found.pulseTimes.size(),
                result.found.beatsPerMinute, originOfBeats(result.plan.beats));

@@ -99,11 +99,22 @@ void VolumeAverage::endVolume() {
   const double whole = wholeVolume * sequence_.volumeDuration * samplingFrequency_;
   if (static_cast<double>(samplesInVolume_) >= whole) {
     const bool isCounted = currentVolume_ >= 0 && currentVolume_ < sequence_.nrOfVolumes;
-    for (Channel& channel : channels_)
-      (isCounted ? channel.peakToPeaks : channel.outside)
-          .push_back(static_cast<float>(channel.highest - channel.lowest));
+    const bool isOutside = !isCounted && !isCorrected(currentVolume_);
+    for (Channel& channel : channels_) {
+      const auto peakToPeak = static_cast<float>(channel.highest - channel.lowest);
+      if (isCounted) channel.peakToPeaks.push_back(peakToPeak);
+      if (isOutside) channel.outside.push_back(peakToPeak);
+    }
   }
   samplesInVolume_ = 0;
+}
+
+/// What overlaps with a corrected stretch shows its artifact.
+bool VolumeAverage::isCorrected(int64_t volume) const {
+  const double begin = sequence_.onsetOf(volume, 0, 1);
+  const double end = begin + sequence_.volumeDuration;
+  return std::any_of(correctedStretches_.begin(), correctedStretches_.end(),
+                     [&](const auto& stretch) { return stretch.first < end && stretch.second > begin; });
 }
 
 void VolumeAverage::add(int64_t count, std::span<const double> values) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace emeg {
@@ -40,6 +41,9 @@ class VolumeAverage {
 public:
   VolumeAverage(const MRSequence& sequence, double samplingFrequency, int nrOfChannels);
 
+  /// A stretch (seconds) that is corrected but not counted: another scan, or part of a volume.
+  void addCorrectedStretch(double begin, double end) { correctedStretches_.emplace_back(begin, end); }
+
   /// The next time points, channel after channel.
   void add(int64_t count, std::span<const double> values);
 
@@ -51,7 +55,8 @@ public:
   /// Bauer, Fischmeister: FACET, a flexible artifact correction and evaluation toolbox for concurrently
   /// recorded EEG/fMRI data, BMC Neuroscience 14 (2013)). Microvolts.
   double medianImagingArtifact(int channel) const;
-  /// Seconds outside the counted volumes, in whole volumes, with more than half of that.
+  /// Seconds outside the counted volumes and corrected stretches, in whole volumes, with more than half of
+  /// that.
   double artifactSecondsOutside(int channel) const;
 
   /// Seconds by which the volumes come later (or earlier) in the second or last third of the scan than in the
@@ -70,6 +75,7 @@ private:
   int64_t volumeAt(int64_t position) const;
   void addStretch(int64_t first, int64_t end, int64_t count, std::span<const double> values);
   void endVolume();
+  bool isCorrected(int64_t volume) const;
   std::vector<double> averageOf(const Channel& channel) const;
 
   MRSequence sequence_;
@@ -79,6 +85,7 @@ private:
   std::vector<int64_t> counts_, partCounts_;
   std::array<double, nrOfParts> partOffsets_{}; ///< sum of the samples' places within their phases
   std::array<int64_t, nrOfParts> partLengths_{};
+  std::vector<std::pair<double, double>> correctedStretches_;
   std::vector<Channel> channels_;
   std::vector<size_t> bins_, partBins_; ///< of the stretch that is being added
   int64_t position_ = 0;

@@ -13,17 +13,75 @@ namespace {
 
 constexpr int64_t blockLength = 65536; // time points
 
+/// Time points of a scan within the recording, and of the volume's length on both sides of it.
+struct ScanSpan {
+  int64_t begin = 0, end = 0;
+  int64_t nearBegin = 0, nearEnd = 0;
+  int64_t count() const { return end - begin; }
+};
+
+std::vector<ScanSpan> spansOf(const SimulatedTruth& truth, double fs, int64_t n) {
+  const auto timePoint = [&](double seconds) {
+    return static_cast<int64_t>(std::clamp(std::ceil(seconds * fs), 0.0, static_cast<double>(n)));
+  };
+  std::vector<ScanSpan> spans;
+  for (const SimulatedScan& scan : truth.scans) {
+    spans.push_back({timePoint(scan.firstVolumeOnset), timePoint(scan.endOfScan),
+                     timePoint(scan.firstVolumeOnset - truth.volumeDuration),
+                     timePoint(scan.endOfScan + truth.volumeDuration)});
+  }
+  return spans;
+}
+
+/// Index of the scan that each time point of a block lies in, or one of these.
+constexpr int nearScan = -1;
+constexpr int outside = -2;
+
+void placeTimePoints(const std::vector<ScanSpan>& spans, int64_t first, std::vector<int>& places) {
+  const auto count = static_cast<int64_t>(places.size());
+  const auto mark = [&](int64_t begin, int64_t end, int place) {
+    for (int64_t t = std::max<int64_t>(begin - first, 0); t < std::min(end - first, count); ++t)
+      places[static_cast<size_t>(t)] = place;
+  };
+  std::fill(places.begin(), places.end(), outside);
+  for (const ScanSpan& span : spans) mark(span.nearBegin, span.nearEnd, nearScan);
+  for (size_t i = 0; i < spans.size(); ++i) mark(spans[i].begin, spans[i].end, static_cast<int>(i));
+}
+
+struct Squares {
+  double artifact = 0, residual = 0;
+};
+
 struct Sums {
-  double artifact = 0, residual = 0, outside = 0;
+  std::vector<Squares> scans;
+  double outside = 0;
 };
 
 double rootMean(double sum, int64_t count) {
   return count > 0 ? std::sqrt(sum / static_cast<double>(count)) : 0;
 }
 
+ChannelResidual residualOf(const Sums& sums, const std::vector<ScanSpan>& spans, int64_t outsideCount) {
+  ChannelResidual residual;
+  Squares all;
+  int64_t count = 0;
+  for (size_t i = 0; i < spans.size(); ++i) {
+    const Squares& squares = sums.scans[i];
+    residual.scans.push_back(
+        {rootMean(squares.artifact, spans[i].count()), rootMean(squares.residual, spans[i].count())});
+    all.artifact += squares.artifact;
+    all.residual += squares.residual;
+    count += spans[i].count();
+  }
+  residual.artifactUv = rootMean(all.artifact, count);
+  residual.residualUv = rootMean(all.residual, count);
+  residual.outsideUv = rootMean(sums.outside, outsideCount);
+  return residual;
+}
+
 } // namespace
 
-double ChannelResidual::decibels() const {
+double ScanResidual::decibels() const {
   if (!(artifactUv > 0)) return std::numeric_limits<double>::quiet_NaN();
   return 20 * std::log10(artifactUv / residualUv);
 }
@@ -42,13 +100,12 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
   const int64_t n = recorded.nrOfTimePoints();
   const int64_t channels = recorded.nrOfChannels();
   const double fs = recorded.samplingFrequency();
-  const auto scanBegin = static_cast<int64_t>(std::ceil(truth.firstVolumeOnset * fs));
-  const auto scanEnd = std::min(static_cast<int64_t>(std::ceil(truth.endOfScan * fs)), n);
-  const auto margin = static_cast<int64_t>(std::ceil(truth.volumeDuration * fs));
+  const std::vector<ScanSpan> spans = spansOf(truth, fs, n);
   const double correctedUnit = corrected.microvoltsPerUnit(truth.microvoltsPerUnit);
   const double recordedUnit = recorded.microvoltsPerUnit(truth.microvoltsPerUnit);
 
-  std::vector<Sums> sums(static_cast<size_t>(channels));
+  std::vector<Sums> sums(static_cast<size_t>(channels), {std::vector<Squares>(spans.size()), 0});
+  std::vector<int> places;
   std::vector<float> correctedBlock, recordedBlock, cleanBlock, pulseBlock;
   int64_t outsideCount = 0;
   for (int64_t first = 0; first < n; first += blockLength) {
@@ -57,6 +114,9 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
     recorded.read(first, count, recordedBlock);
     cleanFile.read(first, count, cleanBlock);
     if (pulse) pulse->read(first, count, pulseBlock);
+    places.resize(static_cast<size_t>(count));
+    placeTimePoints(spans, first, places);
+    outsideCount += std::count(places.begin(), places.end(), outside);
     for (int64_t c = 0; c < channels; ++c) {
       Sums& sum = sums[static_cast<size_t>(c)];
       for (int64_t t = 0; t < count; ++t) {
@@ -66,13 +126,13 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
         const double clean = static_cast<double>(cleanBlock[index]);
         const double withHeart = clean + (pulse ? static_cast<double>(pulseBlock[index]) : 0.0);
         const double target = heartRemoved ? clean : withHeart;
-        const int64_t sample = first + t;
-        if (sample >= scanBegin && sample < scanEnd) {
-          sum.artifact += (before - withHeart) * (before - withHeart);
-          sum.residual += (after - target) * (after - target);
-        } else if (sample < scanBegin - margin || sample >= scanEnd + margin) {
+        const int place = places[static_cast<size_t>(t)];
+        if (place >= 0) {
+          Squares& squares = sum.scans[static_cast<size_t>(place)];
+          squares.artifact += (before - withHeart) * (before - withHeart);
+          squares.residual += (after - target) * (after - target);
+        } else if (place == outside) {
           sum.outside += (after - before) * (after - before);
-          outsideCount += c == 0 ? 1 : 0;
         }
       }
     }
@@ -80,11 +140,8 @@ std::vector<ChannelResidual> measureResiduals(const std::string& correctedPath, 
 
   std::vector<ChannelResidual> residuals;
   for (size_t c = 0; c < sums.size(); ++c) {
-    ChannelResidual residual;
+    ChannelResidual residual = residualOf(sums[c], spans, outsideCount);
     residual.name = c < truth.channelNames.size() ? truth.channelNames[c] : std::to_string(c);
-    residual.artifactUv = rootMean(sums[c].artifact, scanEnd - scanBegin);
-    residual.residualUv = rootMean(sums[c].residual, scanEnd - scanBegin);
-    residual.outsideUv = rootMean(sums[c].outside, outsideCount);
     residuals.push_back(residual);
   }
   return residuals;

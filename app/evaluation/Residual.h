@@ -8,14 +8,19 @@
 
 namespace emeg {
 
-/// What a correction left of a known artifact, per channel, in microvolts RMS.
-struct ChannelResidual {
-  std::string name;
-  double artifactUv = 0; ///< the gradient artifact, over the scan
-  double residualUv = 0; ///< corrected minus clean, over the scan
-  double outsideUv = 0;  ///< corrected minus recorded, more than one volume outside the scan
-  /// How far the residual lies below the artifact; not a number for a channel without any.
+/// What a correction left of a known artifact, in microvolts RMS.
+struct ScanResidual {
+  double artifactUv = 0; ///< the gradient artifact
+  double residualUv = 0; ///< corrected minus clean
+  /// How far the residual lies below the artifact; not a number where there is none.
   double decibels() const;
+};
+
+/// The same for a channel, over all scans and over each of them.
+struct ChannelResidual : ScanResidual {
+  std::string name;
+  double outsideUv = 0; ///< corrected minus recorded, more than one volume away from every scan
+  std::vector<ScanResidual> scans;
 };
 
 /// Compares a corrected recording with the truth, which must have a scan. Clean means without gradient

@@ -8,6 +8,21 @@
 
 namespace emeg {
 
+namespace {
+
+/// Truth files of older versions know one scan only, and no list.
+std::vector<SimulatedScan> scansIn(const nlohmann::json& gradient) {
+  const auto scanIn = [](const nlohmann::json& json) {
+    return SimulatedScan{json.at("nrOfVolumes"), json.at("firstVolumeOnset"), json.at("endOfScan")};
+  };
+  if (!gradient.contains("scans")) return {scanIn(gradient)};
+  std::vector<SimulatedScan> scans;
+  for (const nlohmann::json& json : gradient.at("scans")) scans.push_back(scanIn(json));
+  return scans;
+}
+
+} // namespace
+
 SimulatedTruth readSimulatedTruth(const std::string& path) {
   std::ifstream stream(path);
   if (!stream) throw UnreadableFile("cannot open " + path);
@@ -26,13 +41,10 @@ SimulatedTruth readSimulatedTruth(const std::string& path) {
     truth.seconds = json.at("seconds");
     if (json.contains("gradient")) {
       const nlohmann::json& gradient = json.at("gradient");
-      truth.hasScan = true;
-      truth.nrOfVolumes = gradient.at("nrOfVolumes");
       truth.nrOfSlicesPerVolume = gradient.at("nrOfSlicesPerVolume");
       truth.volumeDuration = gradient.at("volumeDuration");
       truth.sliceDuration = gradient.at("sliceDuration");
-      truth.firstVolumeOnset = gradient.at("firstVolumeOnset");
-      truth.endOfScan = gradient.at("endOfScan");
+      truth.scans = scansIn(gradient);
     }
     if (truth.hasHeart()) truth.beatTimes = json.at("heart").at("allBeatTimes").get<std::vector<double>>();
   } catch (const nlohmann::json::exception& error) {

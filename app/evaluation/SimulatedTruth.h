@@ -6,7 +6,14 @@
 
 namespace emeg {
 
-/// What the truth file of a simulated recording says about its scan and its heart, and where the other files
+/// One scan. The recording may begin behind its start and end before its end.
+struct SimulatedScan {
+  int nrOfVolumes = 0;
+  double firstVolumeOnset = 0; ///< seconds
+  double endOfScan = 0;
+};
+
+/// What the truth file of a simulated recording says about its scans and its heart, and where the other files
 /// are.
 struct SimulatedTruth {
   std::string recordingPath;
@@ -16,13 +23,11 @@ struct SimulatedTruth {
   std::vector<std::string> channelNames;
   double seconds = 0; ///< length of the recording
 
-  bool hasScan = false; ///< without one, what follows up to the scan's end is 0
-  int nrOfVolumes = 0;
+  std::vector<SimulatedScan> scans; ///< one after the other; empty: then the next three are 0
   int nrOfSlicesPerVolume = 0;
   double volumeDuration = 0; ///< seconds, as all times here
   double sliceDuration = 0;
-  double firstVolumeOnset = 0;
-  double endOfScan = 0;
+  bool hasScan() const { return !scans.empty(); }
 
   /// Times of all beats, in ascending order; empty without a heart. Also those just before the recording's
   /// start and behind its end, whose artifacts may touch it.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace emeg {
 
@@ -27,8 +28,9 @@ Disturbances::Disturbances(const SimulationParameters& parameters)
 }
 
 bool Disturbances::isDroppedOut(double time) const {
-  return std::any_of(dropoutTimes_.begin(), dropoutTimes_.end(),
-                     [&](double start) { return time >= start && time < start + dropoutDuration_; });
+  // All last equally long: the latest one that has begun ends last.
+  const auto next = std::upper_bound(dropoutTimes_.begin(), dropoutTimes_.end(), time);
+  return next != dropoutTimes_.begin() && time < *std::prev(next) + dropoutDuration_;
 }
 
 void Disturbances::addSpikes(int64_t first, std::span<double> samples) const {

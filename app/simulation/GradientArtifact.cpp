@@ -40,14 +40,17 @@ std::vector<ScanTiming> timingsOf(const SimulationParameters& parameters) {
   return timings;
 }
 
-/// How late every volume of every scan comes, scan after scan.
-std::vector<double> delaysOf(const SimulationParameters& parameters, const std::vector<ScanTiming>& timings) {
-  std::vector<double> delays;
+/// How late every volume of every scan comes.
+std::vector<std::vector<double>> delaysOf(const SimulationParameters& parameters,
+                                          const std::vector<ScanTiming>& timings) {
+  std::vector<std::vector<double>> delays;
   if (parameters.gradient->onsetJitterRms == 0) return delays;
   RandomGenerator random(parameters.seed, Purpose::VolumeJitter);
-  for (const ScanTiming& timing : timings)
+  for (const ScanTiming& timing : timings) {
+    std::vector<double>& ofScan = delays.emplace_back();
     for (int64_t v = 0; v < timing.nrOfVolumes; v++)
-      delays.push_back(parameters.gradient->onsetJitterRms * random.normal());
+      ofScan.push_back(parameters.gradient->onsetJitterRms * random.normal());
+  }
   return delays;
 }
 
@@ -62,6 +65,12 @@ int64_t nrOfVolumesThatFit(const GradientParameters& gradient, double seconds) {
   if (gradient.endsInScan) count += 2;
   if (!(count >= 1)) return 0; // also when a parameter is not a number
   return static_cast<int64_t>(std::min(count, largestCount));
+}
+
+double leastEndOfScans(const GradientParameters& gradient, int64_t nrOfVolumes) {
+  return firstOnset(gradient) +
+         gradient.nrOfScans * static_cast<double>(nrOfVolumes) * gradient.volumeDuration() +
+         (gradient.nrOfScans - 1) * gradient.pauseDuration;
 }
 
 GradientArtifact::GradientArtifact(const SimulationParameters& parameters)
@@ -80,18 +89,23 @@ GradientArtifact::GradientArtifact(const SimulationParameters& parameters)
   }
 }
 
+double GradientArtifact::delayOf(size_t scan, int64_t volume) const {
+  return delays_.empty() ? 0 : delays_[scan][static_cast<size_t>(volume)];
+}
+
+double GradientArtifact::volumeOnset(size_t scan, int64_t volume) const {
+  return timings_[scan].volumeOnset(volume) + delayOf(scan, volume);
+}
+
 double GradientArtifact::value(double time) const {
   double sum = 0;
-  int64_t volumesBefore = 0;
-  for (const ScanTiming& timing : timings_) {
-    sum += valueInScan(timing, volumesBefore, time);
-    volumesBefore += timing.nrOfVolumes;
-  }
+  for (size_t scan = 0; scan < timings_.size(); scan++) sum += valueInScan(scan, time);
   return sum == 0 ? 0 : sum * drift_.factor(time);
 }
 
 /// A volume that comes early or late, or a burst that is longer than its slice, reaches into its neighbours.
-double GradientArtifact::valueInScan(const ScanTiming& timing, int64_t volumesBefore, double time) const {
+double GradientArtifact::valueInScan(size_t scan, double time) const {
+  const ScanTiming& timing = timings_[scan];
   const double volumesSince = (time - timing.firstVolumeOnset) / timing.volumeDuration;
   if (volumesSince < -1 || volumesSince > static_cast<double>(timing.nrOfVolumes + 1)) return 0;
   const auto volume = static_cast<int64_t>(std::floor(volumesSince));
@@ -99,7 +113,7 @@ double GradientArtifact::valueInScan(const ScanTiming& timing, int64_t volumesBe
   double sum = 0;
   for (int64_t v = std::max<int64_t>(volume - 1, 0); v <= std::min(volume + reach, timing.nrOfVolumes - 1);
        v++) {
-    const double delay = delays_.empty() ? 0 : delays_[static_cast<size_t>(volumesBefore + v)];
+    const double delay = delayOf(scan, v);
     const double inVolume = time - timing.volumeOnset(v) - delay;
     const auto slice = std::min(static_cast<int64_t>(std::floor(inVolume / timing.sliceDuration)),
                                 static_cast<int64_t>(timing.nrOfSlicesPerVolume - 1));

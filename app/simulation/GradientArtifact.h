@@ -20,6 +20,8 @@ public:
   /// Of the first scan.
   const ScanTiming& timing() const { return timings_.front(); }
   const std::vector<ScanTiming>& timings() const { return timings_; }
+  /// When a volume really begins, in seconds: its jitter included.
+  double volumeOnset(size_t scan, int64_t volume) const;
   double gain(int channel) const { return gains_[static_cast<size_t>(channel)]; }
   const std::vector<double>& gains() const { return gains_; }
   double driftFactor(double time) const { return drift_.factor(time); }
@@ -28,10 +30,12 @@ public:
   double value(double time) const;
 
 private:
-  double valueInScan(const ScanTiming& timing, int64_t volumesBefore, double time) const;
+  double delayOf(size_t scan, int64_t volume) const;
+  double valueInScan(size_t scan, double time) const;
 
   std::vector<ScanTiming> timings_;
-  std::vector<double> delays_; ///< seconds by which volumes come late, scan after scan; empty: none does
+  /// Seconds by which the volumes of every scan come late; empty: none does.
+  std::vector<std::vector<double>> delays_;
   BurstWaveform waveform_;
   double secondBurstDelay_;
   double secondBurstFactor_;
@@ -43,5 +47,8 @@ private:
 /// Volumes of every scan that a recording of this length has room for between its quiet stretches; 0 when
 /// none fits. Where the recording ends within the scan, enough of them to reach its end.
 int64_t nrOfVolumesThatFit(const GradientParameters& gradient, double seconds);
+
+/// Seconds after which the last of all scans is over at the earliest, when each has this many volumes.
+double leastEndOfScans(const GradientParameters& gradient, int64_t nrOfVolumes);
 
 } // namespace emeg

@@ -66,7 +66,8 @@ ChannelDescription describeChannels(const SimulationParameters& parameters, cons
   return description;
 }
 
-RecordingHeader describeRecording(const SimulationParameters& parameters) {
+RecordingHeader describeRecording(const SimulationParameters& parameters,
+                                  const std::vector<int64_t>& triggers) {
   RecordingHeader header;
   header.samplingFrequency = parameters.samplingFrequency;
   header.nrOfTimePoints = parameters.nrOfTimePoints();
@@ -87,13 +88,26 @@ RecordingHeader describeRecording(const SimulationParameters& parameters) {
       header.markers.push_back(marker);
     }
   }
+  for (const int64_t timePoint : triggers) {
+    RecordingMarker marker;
+    marker.description = parameters.triggers.name;
+    marker.onset = static_cast<double>(timePoint);
+    header.markers.push_back(marker);
+  }
   std::stable_sort(header.markers.begin(), header.markers.end(),
                    [](const RecordingMarker& a, const RecordingMarker& b) { return a.onset < b.onset; });
   return header;
 }
 
-std::string blockDesignProtocol(const SimulationParameters& parameters, const std::string& ctcFileName) {
-  const Protocol protocol = blockDesign(parameters);
+std::string protocolText(const SimulationParameters& parameters, const std::vector<int64_t>& triggers,
+                         const std::string& ctcFileName) {
+  Protocol protocol = blockDesign(parameters);
+  const double usPerSample = microsecondsPerSecond / parameters.samplingFrequency;
+  if (!triggers.empty())
+    protocol.findOrAddCondition(parameters.triggers.name, static_cast<int64_t>(triggers.size()), 64, 64, 255);
+  for (const int64_t timePoint : triggers)
+    protocol.addInterval(static_cast<double>(timePoint) * usPerSample,
+                         static_cast<double>(timePoint + 1) * usPerSample);
 
   std::vector<std::string> labels;
   labels.reserve(protocol.conditions.size());

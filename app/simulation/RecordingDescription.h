@@ -4,7 +4,9 @@
 #include "files/exchange/Recording.h"
 #include "files/formats/CcdFile.h"
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace emeg {
 
@@ -13,12 +15,15 @@ namespace emeg {
 ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
                                     const std::string& prtFileName);
 
-/// What a file of another format says of a simulated recording: channel names, and the blocks of the protocol
-/// as markers; with an electrocardiogram markers "R" at its R peaks, too.
-RecordingHeader describeRecording(const SimulationParameters& parameters);
+/// What a file of another format says of a simulated recording: channel names, and as markers the blocks of
+/// the protocol and the scanner's triggers (time points), with an electrocardiogram "R" at its R peaks.
+RecordingHeader describeRecording(const SimulationParameters& parameters,
+                                  const std::vector<int64_t>& triggers);
 
 /// The text of a protocol file for a simulated recording: a block design with the conditions "Rest" and
-/// "Task" that take turns every ten seconds (at least three blocks of each fit into short recordings).
-std::string blockDesignProtocol(const SimulationParameters& parameters, const std::string& ctcFileName);
+/// "Task" that take turns every ten seconds (at least three blocks of each fit into short recordings), and
+/// the scanner's triggers (time points), one sample long.
+std::string protocolText(const SimulationParameters& parameters, const std::vector<int64_t>& triggers,
+                         const std::string& ctcFileName);
 
 } // namespace emeg

@@ -2,6 +2,7 @@
 
 #include "app/simulation/CtcRecording.h"
 #include "app/simulation/RecordingDescription.h"
+#include "app/simulation/ScannerTriggers.h"
 #include "app/simulation/Simulation.h"
 #include "files/exchange/FileExtension.h"
 #include "files/exchange/RecordingWriter.h"
@@ -78,7 +79,10 @@ class Recording {
 public:
   Recording(const SimulationParameters& parameters, const RecordingTarget& target)
       : simulation_(parameters), sizes_(simulation_), storage_(target.storage),
-        paths_(pathsOf(parameters, target)), overwrite_(target.overwrite), withMarkers_(target.withPrt) {}
+        paths_(pathsOf(parameters, target)), overwrite_(target.overwrite), withMarkers_(target.withPrt) {
+    if (simulation_.gradient() != nullptr && withMarkers_)
+      triggers_ = scannerTriggers(parameters, *simulation_.gradient());
+  }
 
   std::string create() {
     CtcHeader header;
@@ -126,11 +130,11 @@ public:
       if (!ccd_.create(paths_.ccd) || !ccd_.write(bytes.data(), bytes.size())) return failure(paths_.ccd);
     }
     if (!paths_.prt.empty()) {
-      const std::string text = blockDesignProtocol(parameters, names.ctc);
+      const std::string text = protocolText(parameters, triggers_, names.ctc);
       if (!prt_.create(paths_.prt) || !prt_.write(text.data(), text.size())) return failure(paths_.prt);
     }
     if (!paths_.truth.empty()) {
-      const std::string text = truthText(simulation_, sizes_, names, storage_);
+      const std::string text = truthText(simulation_, sizes_, names, storage_, triggers_.size());
       if (!truth_.create(paths_.truth) || !truth_.write(text.data(), text.size()))
         return failure(paths_.truth);
     }
@@ -168,7 +172,7 @@ public:
 private:
   /// A file of another format than CTC.
   std::string createExchanged() {
-    RecordingHeader header = describeRecording(simulation_.parameters());
+    RecordingHeader header = describeRecording(simulation_.parameters(), triggers_);
     if (!withMarkers_) header.markers.clear();
     WriteOptions options;
     options.overwrite = overwrite_;
@@ -204,6 +208,7 @@ private:
   RecordingPaths paths_;
   bool overwrite_;
   bool withMarkers_;
+  std::vector<int64_t> triggers_;
   CtcRecording recorded_, clean_, pulse_;
   std::unique_ptr<RecordingWriter> exchanged_; ///< instead of recorded_ for another format
   OutputFile ccd_, prt_, truth_;

@@ -116,10 +116,12 @@ std::string problemWithDisturbances(const DisturbanceParameters& disturbances, d
 
 std::string problemWithBurst(const GradientParameters& gradient, double samplingFrequency) {
   std::ostringstream text;
-  if (gradient.secondBurstDelay + gradient.burstDuration > gradient.sliceDuration - gradient.leastQuiet)
-    text << "A burst of " << gradient.burstDuration * 1000 << " ms leaves less than "
-         << gradient.leastQuiet * 1000 << " ms of quiet in a slice of " << gradient.sliceDuration * 1000
-         << " ms.";
+  const double end = gradient.secondBurstDelay + gradient.burstDuration;
+  if (end > gradient.sliceDuration - gradient.leastQuiet)
+    text << (gradient.secondBurstDelay > 0 ? "A second burst that ends after " : "A burst of ") << end * 1000
+         << " ms leaves less than " << gradient.leastQuiet * 1000 << " ms of quiet in a slice of "
+         << gradient.sliceDuration * 1000
+         << " ms; make bursts shorter, or give the least quiet (negative: bursts may overlap).";
   else if (BurstWaveform::plateauDuration(gradient, samplingFrequency) < gradient.burstDuration / 4)
     text << "A burst of " << gradient.burstDuration * 1000 << " ms with a readout at " << gradient.readoutHz
          << " Hz cannot be sampled at " << samplingFrequency
@@ -136,20 +138,27 @@ std::string problemWithVolumes(const GradientParameters& gradient, double second
     text << "The number of volumes is " << wanted << "; it must be at least 1.";
   else if (fitting < std::max<int64_t>(1, wanted))
     text << "A recording of " << seconds << " s has room for " << fitting << " volumes of "
-         << gradient.volumeDuration() << " s between its quiet stretches of " << gradient.quietBefore
-         << " and " << gradient.quietAfter << " s; make it longer or ask for fewer volumes.";
+         << gradient.volumeDuration() << " s" << (gradient.nrOfScans > 1 ? " in each of its scans" : "")
+         << " between its quiet stretches of " << gradient.quietBefore << " and " << gradient.quietAfter
+         << " s; make it longer or ask for fewer volumes.";
+  else if (const double duration = static_cast<double>(wanted) * gradient.volumeDuration();
+           gradient.cutBefore >= duration)
+    text << "A scan of " << duration << " s is over when the recording begins, " << gradient.cutBefore
+         << " s after it; begin earlier or ask for more volumes.";
+  else if (gradient.endsInScan && leastEndOfScans(gradient, wanted) <= seconds)
+    text << "The recording of " << seconds << " s goes on longer than the scan, which ends after "
+         << leastEndOfScans(gradient, wanted) << " s; make it shorter or ask for more volumes.";
   return text.str();
 }
 
-/// Neighbouring windows of Fill add up to one everywhere; short slices overlap where the sampling frequency
-/// asks for long edges.
-void makeBurstsOverlap(Preset preset, GradientParameters& gradient, double samplingFrequency) {
-  const double edges = gradient.burstDuration - BurstWaveform::plateauDuration(gradient, samplingFrequency);
-  if (preset == Preset::Fill) gradient.burstDuration = gradient.sliceDuration + edges;
-  if (preset == Preset::TwoBursts) gradient.burstDuration = std::max(gradient.burstDuration, edges + 0.009);
-  if (preset == Preset::ManySlices) gradient.burstDuration = std::max(0.021, edges + 0.008);
-  if (preset == Preset::Fill || preset == Preset::TwoBursts || preset == Preset::ManySlices)
-    gradient.leastQuiet = -gradient.sliceDuration;
+std::string problemWithTriggers(const ScannerTriggerParameters& triggers) {
+  constexpr size_t longestName = 100; // bytes
+  const bool isPrintable = std::none_of(triggers.name.begin(), triggers.name.end(), [](char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+  });
+  if (triggers.name.empty() || triggers.name.size() > longestName || !isPrintable)
+    return "The name of the scanner's markers must be 1 to 100 characters without line breaks.";
+  return "";
 }
 
 std::string problemWithGradient(const GradientParameters& gradient, const SimulationParameters& parameters) {
@@ -166,6 +175,8 @@ std::string problemWithGradient(const GradientParameters& gradient, const Simula
       rangeProblem("The readout's frequency", gradient.readoutHz, 10, highestSamplingFrequency, " Hz"),
       rangeProblem("The drift", gradient.driftRms * 100, 0, 50, " %"),
       rangeProblem("The delay of the second burst", gradient.secondBurstDelay * 1000, 0, 10000, " ms"),
+      rangeProblem("The second burst relative to the first", gradient.secondBurstFactor, -10, 10, ""),
+      rangeProblem("The least quiet in a slice", gradient.leastQuiet * 1000, -10000, 10000, " ms"),
       rangeProblem("The jitter of the volumes", gradient.onsetJitterRms * 1000, 0, 5, " ms"),
       rangeProblem("The number of scans", gradient.nrOfScans, 1, 100, ""),
       rangeProblem("The pause between scans", gradient.pauseDuration, 0.05, 3600, " s"),
@@ -235,11 +246,29 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
       if (preset == Preset::TwoBursts || preset == Preset::ManySlices)
         gradient.readoutHz = std::min(300.0, 0.15 * samplingFrequency);
     }
-    makeBurstsOverlap(preset, gradient, parameters.samplingFrequency);
     parameters.gradient = gradient;
+    fitBurstsToSlices(parameters);
   }
   if (preset == Preset::Bcg || preset == Preset::Both) parameters.heart = HeartParameters();
   return parameters;
+}
+
+/// Neighbouring windows of Fill add up to one everywhere; short slices overlap where the sampling frequency
+/// asks for long edges.
+void fitBurstsToSlices(SimulationParameters& parameters) {
+  if (!parameters.gradient) return;
+  GradientParameters& gradient = *parameters.gradient;
+  const double edges =
+      gradient.burstDuration - BurstWaveform::plateauDuration(gradient, parameters.samplingFrequency);
+  if (parameters.preset == Preset::Fill)
+    gradient.burstDuration = gradient.sliceDuration + edges;
+  else if (parameters.preset == Preset::TwoBursts)
+    gradient.burstDuration = std::max(gradient.burstDuration, edges + 0.009);
+  else if (parameters.preset == Preset::ManySlices)
+    gradient.burstDuration = std::max(0.021, edges + 0.008);
+  else
+    return;
+  gradient.leastQuiet = -gradient.sliceDuration;
 }
 
 std::string problemWith(const SimulationParameters& parameters) {
@@ -258,6 +287,7 @@ std::string problemWith(const SimulationParameters& parameters) {
       parameters.heart ? problemWithHeart(*parameters.heart, parameters.seconds) : std::string(),
       parameters.ecg ? problemWithEcg(parameters) : std::string(),
       parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string(),
+      problemWithTriggers(parameters.triggers),
       problemWithDisturbances(parameters.disturbances, parameters.seconds));
 }
 

@@ -57,6 +57,13 @@ struct GradientParameters {
   double volumeDuration() const { return nrOfSlicesPerVolume * sliceDuration + gapDuration; }
 };
 
+/// What the scanner tells the amplifier, marker by marker.
+struct ScannerTriggerParameters {
+  enum class Per { None, Volume, Slice };
+  Per per = Per::None;
+  std::string name = "R128";
+};
+
 /// A stretch in which the heart beat artifact is smaller than elsewhere.
 struct WeakStretch {
   double start = 0;    ///< seconds
@@ -109,6 +116,7 @@ struct SimulationParameters {
   double samplingFrequency = 5000; ///< Hz, a value that a 32-bit float holds exactly
   EegParameters eeg;
   std::optional<GradientParameters> gradient;
+  ScannerTriggerParameters triggers; ///< none without a scan
   std::optional<HeartParameters> heart;
   std::optional<EcgParameters> ecg; ///< needs a heart
   LineNoiseParameters lineNoise;
@@ -128,6 +136,10 @@ constexpr int maxNrOfSimulatedChannels = 256;
 /// keeps its size; below, it passes 560 Hz (or what the sampling frequency allows) and the artifact drifts by
 /// 1 % RMS. `samplingFrequency` is rounded to 32-bit float, as the file's header holds it.
 SimulationParameters presetParameters(Preset preset, double samplingFrequency);
+
+/// Gives the bursts the length that the preset wants in slices, at a readout or at a sampling frequency that
+/// are not its own: presetParameters has done so for its own.
+void fitBurstsToSlices(SimulationParameters& parameters);
 
 /// A sentence that says why these parameters cannot be simulated; empty when they can.
 std::string problemWith(const SimulationParameters& parameters);

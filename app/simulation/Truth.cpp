@@ -47,6 +47,31 @@ Json lineNoiseOf(const Simulation& simulation) {
   return json;
 }
 
+/// One of the scans. Volumes without jitter begin at equal distances.
+Json scanOf(const SimulationParameters& parameters, const GradientArtifact& gradient, size_t scan) {
+  const ScanTiming& timing = gradient.timings()[scan];
+  const double activity = std::min(timing.sliceDuration, parameters.gradient->secondBurstDelay +
+                                                             parameters.gradient->burstDuration);
+  int64_t nrOfWhole = 0;
+  std::vector<double> factors, onsets;
+  bool isRegular = true;
+  for (int64_t v = 0; v < timing.nrOfVolumes; v++) {
+    factors.push_back(gradient.driftFactor(timing.volumeOnset(v)));
+    onsets.push_back(gradient.volumeOnset(scan, v));
+    isRegular = isRegular && onsets.back() == timing.volumeOnset(v);
+    const double lastSlice = onsets.back() + (timing.nrOfSlicesPerVolume - 1) * timing.sliceDuration;
+    if (onsets.back() >= 0 && lastSlice + activity <= parameters.seconds) nrOfWhole++;
+  }
+  Json json;
+  json["nrOfVolumes"] = timing.nrOfVolumes;
+  json["nrOfWholeVolumes"] = nrOfWhole; // that the recording does not cut
+  json["firstVolumeOnset"] = timing.firstVolumeOnset;
+  json["endOfScan"] = timing.end();
+  if (!isRegular) json["volumeOnsets"] = onsets;
+  json["driftFactorAtVolumes"] = factors;
+  return json;
+}
+
 Json gradientOf(const Simulation& simulation, const PartSizes& sizes) {
   const GradientParameters& parameters = *simulation.parameters().gradient;
   const GradientArtifact& gradient = *simulation.gradient();
@@ -59,11 +84,11 @@ Json gradientOf(const Simulation& simulation, const PartSizes& sizes) {
   json["gapDuration"] = parameters.gapDuration;
   json["firstVolumeOnset"] = timing.firstVolumeOnset;
   json["endOfScan"] = gradient.timings().back().end();
-  if (gradient.timings().size() > 1) {
-    std::vector<double> onsets;
-    for (const ScanTiming& scan : gradient.timings()) onsets.push_back(scan.firstVolumeOnset);
-    json["onsetsOfScans"] = onsets;
-  }
+  json["scans"] = Json::array();
+  for (size_t scan = 0; scan < gradient.timings().size(); scan++)
+    json["scans"].push_back(scanOf(simulation.parameters(), gradient, scan));
+  if (parameters.cutBefore > 0) json["cutBefore"] = parameters.cutBefore;
+  if (parameters.endsInScan) json["endsInScan"] = true;
   if (parameters.secondBurstDelay > 0) {
     json["secondBurstDelay"] = parameters.secondBurstDelay;
     json["secondBurstFactor"] = parameters.secondBurstFactor;
@@ -75,10 +100,7 @@ Json gradientOf(const Simulation& simulation, const PartSizes& sizes) {
   json["lowPassHz"] = parameters.lowPassHz;
   json["readoutHz"] = parameters.readoutHz;
   json["driftRms"] = parameters.driftRms;
-  std::vector<double> factors;
-  for (int64_t v = 0; v < timing.nrOfVolumes; v++)
-    factors.push_back(gradient.driftFactor(timing.volumeOnset(v)));
-  json["driftFactorAtVolumes"] = factors;
+  json["driftFactorAtVolumes"] = json["scans"][0]["driftFactorAtVolumes"];
   json["gains"] = gradient.gains();
   json["rmsUv"] = sizes.gradientRms();
   return json;
@@ -123,6 +145,24 @@ Json heartOf(const Simulation& simulation, const PartSizes& sizes) {
   return json;
 }
 
+const char* nameOf(ScannerTriggerParameters::Per per) {
+  return per == ScannerTriggerParameters::Per::Slice ? "slice" : "volume";
+}
+
+void addDisturbances(Json& json, const Simulation& simulation) {
+  const DisturbanceParameters& parameters = simulation.parameters().disturbances;
+  const Disturbances& disturbances = simulation.disturbances();
+  if (!disturbances.spikeTimes().empty()) {
+    json["spikeTimes"] = disturbances.spikeTimes();
+    json["spikeUv"] = parameters.spikeUv;
+  }
+  if (!disturbances.dropoutTimes().empty()) {
+    json["dropoutTimes"] = disturbances.dropoutTimes();
+    json["dropoutDuration"] = parameters.dropoutDuration;
+  }
+  if (parameters.clipUv > 0) json["clipUv"] = parameters.clipUv;
+}
+
 Json movementOf(const Simulation& simulation) {
   const MovementBursts& movement = *simulation.movement();
   Json json;
@@ -141,11 +181,12 @@ PartSizes::PartSizes(const Simulation& simulation)
       pulseSquares_(static_cast<size_t>(simulation.parameters().nrOfChannels)) {
   if (simulation.gradient() == nullptr) return;
   const double fs = simulation.parameters().samplingFrequency;
-  const ScanTiming& timing = simulation.gradient()->timing();
-  const double end = simulation.gradient()->timings().back().end();
-  firstScanTimePoint_ = std::max<int64_t>(static_cast<int64_t>(std::ceil(timing.firstVolumeOnset * fs)), 0);
-  endOfScanTimePoints_ =
-      std::min(static_cast<int64_t>(std::ceil(end * fs)), simulation.parameters().nrOfTimePoints());
+  const auto inRecording = [&](double time) {
+    return std::clamp<int64_t>(static_cast<int64_t>(std::ceil(time * fs)), 0,
+                               simulation.parameters().nrOfTimePoints());
+  };
+  for (const ScanTiming& timing : simulation.gradient()->timings())
+    nrOfScanTimePoints_ += inRecording(timing.end()) - inRecording(timing.firstVolumeOnset);
   gains_ = simulation.gradient()->gains();
 }
 
@@ -169,10 +210,10 @@ std::vector<double> PartSizes::cleanRms() const {
 }
 
 std::vector<double> PartSizes::gradientRms() const {
-  // Bursts lie inside the scan only: their squares over the whole recording are those over the scan.
+  // Bursts lie inside the scans only: their squares over the whole recording are those over the scans.
   std::vector<double> squares;
   for (const double gain : gains_) squares.push_back(gain * gain * burstSquares_);
-  return rootMeans(squares, endOfScanTimePoints_ - firstScanTimePoint_);
+  return rootMeans(squares, nrOfScanTimePoints_);
 }
 
 std::vector<double> PartSizes::pulseRms() const {
@@ -180,7 +221,7 @@ std::vector<double> PartSizes::pulseRms() const {
 }
 
 std::string truthText(const Simulation& simulation, const PartSizes& sizes, const RecordingFileNames& names,
-                      const SampleStorage& storage) {
+                      const SampleStorage& storage, size_t nrOfTriggers) {
   const SimulationParameters& parameters = simulation.parameters();
   std::vector<std::string> channelNames;
   channelNames.reserve(static_cast<size_t>(parameters.nrOfChannels));
@@ -201,11 +242,13 @@ std::string truthText(const Simulation& simulation, const PartSizes& sizes, cons
   json["eeg"] = eegOf(simulation, sizes);
   json["lineNoise"] = lineNoiseOf(simulation);
   if (simulation.movement() != nullptr) json["movement"] = movementOf(simulation);
-  const Disturbances& disturbances = simulation.disturbances();
-  if (!disturbances.spikeTimes().empty()) json["spikeTimes"] = disturbances.spikeTimes();
-  if (!disturbances.dropoutTimes().empty()) json["dropoutTimes"] = disturbances.dropoutTimes();
+  addDisturbances(json, simulation);
   if (!parameters.deadChannels.empty()) json["deadChannels"] = parameters.deadChannels;
   if (simulation.gradient() != nullptr) json["gradient"] = gradientOf(simulation, sizes);
+  if (nrOfTriggers > 0)
+    json["scannerMarkers"] = {{"name", parameters.triggers.name},
+                              {"per", nameOf(parameters.triggers.per)},
+                              {"nrOfMarkers", nrOfTriggers}};
   if (simulation.pulse() != nullptr) json["heart"] = heartOf(simulation, sizes);
   return json.dump(2) + "\n";
 }

@@ -32,15 +32,14 @@ public:
 
   void add(const SimulatedBlock& block);
 
-  /// RMS in microvolts per channel; the gradient artifact's from the scan's start to its end, the others'
+  /// RMS in microvolts per channel; the gradient artifact's from each scan's start to its end, the others'
   /// over the whole recording.
   std::vector<double> cleanRms() const;
   std::vector<double> gradientRms() const;
   std::vector<double> pulseRms() const;
 
 private:
-  int64_t firstScanTimePoint_ = 0;
-  int64_t endOfScanTimePoints_ = 0;
+  int64_t nrOfScanTimePoints_ = 0;
   int64_t nrOfTimePoints_ = 0;
   double burstSquares_ = 0;
   std::vector<double> gains_;
@@ -49,8 +48,9 @@ private:
 };
 
 /// The truth about a recording as JSON text: every parameter, the exact times of scan and heart, the sizes of
-/// the parts. Times in seconds from the first sample, voltages in microvolts.
+/// the parts, how many triggers of the scanner are among the markers. Times in seconds from the first sample,
+/// voltages in microvolts.
 std::string truthText(const Simulation& simulation, const PartSizes& sizes, const RecordingFileNames& names,
-                      const SampleStorage& storage);
+                      const SampleStorage& storage, size_t nrOfTriggers);
 
 } // namespace emeg

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace emeg {
@@ -86,6 +87,12 @@ bool isUsableDuration(double seconds) {
 }
 
 } // namespace
+
+int32_t windowHalfLengthOf(const MRSequence& sequence, int32_t slices) {
+  const double slicesPerSecond = sequence.nrOfSlicesPerVolume / sequence.volumeDuration;
+  return static_cast<int32_t>(std::min(std::ceil(slices / slicesPerSecond),
+                                       static_cast<double>(std::numeric_limits<int32_t>::max())));
+}
 
 MRSequence detectMRSequence(const SplinedSignal& signal, double samplingFrequency, int32_t log2FftLength,
                             const LogLine& log) {

@@ -25,6 +25,9 @@ struct MRSequence {
   }
 };
 
+/// The averaging window of so many slices to either side, in whole seconds (rounded up).
+int32_t windowHalfLengthOf(const MRSequence& sequence, int32_t slices);
+
 /// Finds volumes, slices and their durations in one channel whose signal is dominated by the gradient bursts
 /// of the slices: quiet runs between bursts are found in the signal's envelope above 100 Hz, their lengths
 /// tell slice gaps from volume gaps, and bursts are aligned with sub-sample precision through the signal's

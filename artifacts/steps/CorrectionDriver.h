@@ -48,9 +48,6 @@ private:
 
   void combineWithSpline(const std::vector<double>& knots, int64_t nrOfKnots, int64_t samplesPerKnot,
                          double sign);
-  bool detectSequence();
-  void addGradientTriggers();
-  bool askWindow();
   bool writeChannel(int32_t channel, int64_t nrOfSamples);
   int32_t numberOf(int32_t channel) const {
     return c_.selection.selectedChannels[static_cast<size_t>(channel)];

@@ -220,12 +220,15 @@ std::vector<double> markersOf(const Recording& recording, bool perSlice, uint64_
 
 std::vector<ScanSegment> find(const Recording& recording, Source source, uint64_t seed) {
   const ScanTiming& timing = recording.scans.front().timing;
-  if (source == Source::VolumeMarkers)
-    return scansFromMarkers(recording.recorded.front(), recording.fs, markersOf(recording, false, seed),
-                            MarkerKind::Volume, timing.nrOfSlicesPerVolume);
-  if (source == Source::SliceMarkers)
-    return scansFromMarkers(recording.recorded.front(), recording.fs, markersOf(recording, true, seed),
-                            MarkerKind::Slice, timing.nrOfSlicesPerVolume);
+  const auto read = [&](int channel, std::vector<double>& samples) {
+    samples = recording.recorded[static_cast<size_t>(channel)];
+  };
+  if (source == Source::VolumeMarkers || source == Source::SliceMarkers) {
+    const bool perSlice = source == Source::SliceMarkers;
+    return scansFromMarkersInChannels(read, nrOfChannels, recording.fs, markersOf(recording, perSlice, seed),
+                                      perSlice ? MarkerKind::Slice : MarkerKind::Volume,
+                                      timing.nrOfSlicesPerVolume);
+  }
   GivenTiming given;
   if (source == Source::Given) {
     // As set at the scanner: whole milliseconds.
@@ -234,11 +237,7 @@ std::vector<ScanSegment> find(const Recording& recording, Source source, uint64_
     if (recording.scans.size() == 1)
       given.firstOnset = timing.volumeOnset(recording.scans.front().firstWhole);
   }
-  return detectScansInChannels(
-      [&](int channel, std::vector<double>& samples) {
-        samples = recording.recorded[static_cast<size_t>(channel)];
-      },
-      nrOfChannels, recording.fs, given);
+  return detectScansInChannels(read, nrOfChannels, recording.fs, given);
 }
 
 struct Outcome {

@@ -26,7 +26,8 @@ TEST(CommandLine, HelpOfACommandShowsExamples) {
   EXPECT_THAT(help.out, HasSubstr("Examples:"));
   EXPECT_THAT(help.out, HasSubstr("emeg simulate gap run1.ctc"));
   for (const char* option :
-       {"--heart-rate", "--ectopic", "--weak", "--movement", "--movement-count", "--dead-channel"})
+       {"--heart-rate", "--ectopic", "--weak", "--movement", "--movement-count", "--dead-channel",
+        "--second-burst-ms", "--scans", "--cut-start", "--markers", "--spikes", "--clip-uv", "multiband"})
     EXPECT_THAT(help.out, HasSubstr(option));
 }
 
@@ -147,6 +148,74 @@ INSTANTIATE_TEST_SUITE_P(
                     BadCase{{"bcg", "OUT", "--dead-channel", "0", "--dead-channel", "-1"},
                             "dead channel is -1"},
                     BadCase{{"bcg", "OUT", "--dead-channel", "first"}, "--dead-channel"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    HardScans, BadOptions,
+    testing::Values(
+        BadCase{{"gap", "OUT", "--second-burst-ms", "40"},
+                "second burst that ends after 88 ms leaves less than 20 ms"},
+        BadCase{{"gap", "OUT", "--second-burst-ms", "nan"}, "delay of the second burst is nan"},
+        BadCase{{"gap", "OUT", "--second-burst-ms", "-5"}, "delay of the second burst is -5"},
+        BadCase{{"twobursts", "OUT", "--second-burst-factor", "inf"},
+                "second burst relative to the first is inf"},
+        BadCase{{"gap", "OUT", "--least-quiet-ms", "nan"}, "least quiet in a slice is nan"},
+        BadCase{{"gap", "OUT", "--least-quiet-ms", "40"}, "less than 40 ms of quiet"},
+        BadCase{{"gap", "OUT", "--jitter-us", "-1"}, "jitter of the volumes is -0.001 ms"},
+        BadCase{{"gap", "OUT", "--jitter-us", "9000"}, "between 0 and 5 ms"},
+        BadCase{{"gap", "OUT", "--scans", "0"}, "number of scans is 0"},
+        BadCase{{"gap", "OUT", "--scans", "101"}, "between 1 and 100"},
+        BadCase{{"gap", "OUT", "--scans", "20"}, "room for 0 volumes of 1.80034 s in each of its scans"},
+        BadCase{{"gap", "OUT", "--pause", "5"}, "with several --scans only"},
+        BadCase{{"gap", "OUT", "--scans", "2", "--pause", "0"}, "pause between scans is 0"},
+        BadCase{{"gap", "OUT", "--cut-start", "-1"}, "over of the scan at the start is -1"},
+        BadCase{{"gap", "OUT", "--cut-start", "nan"}, "over of the scan at the start is nan"},
+        BadCase{{"gap", "OUT", "--cut-start", "8", "--volumes", "4"}, "is over when the recording begins"},
+        BadCase{{"gap", "OUT", "--cut-start", "1", "--quiet-before", "2"}, "--quiet-before has no meaning"},
+        BadCase{{"gap", "OUT", "--ends-in-scan", "--quiet-after", "2"}, "--quiet-after has no meaning"},
+        BadCase{{"gap", "OUT", "--ends-in-scan", "--volumes", "5", "--seconds", "30"},
+                "goes on longer than the scan, which ends after 12.0"},
+        BadCase{{"gap", "OUT", "--markers", "both"}, "--markers"},
+        BadCase{{"gap", "OUT", "--marker-name", "R64"}, "--markers volume or slice only"},
+        BadCase{{"gap", "OUT", "--markers", "volume", "--marker-name", ""}, "1 to 100 characters"},
+        BadCase{{"gap", "OUT", "--markers", "volume", "--marker-name", "a\nb"}, "without line breaks"},
+        BadCase{{"gap", "OUT", "--markers", "volume", "--marker-name", std::string(101, 'x')},
+                "1 to 100 characters"},
+        BadCase{{"gap", "OUT", "--markers", "volume", "--no-prt"}, "--markers has no meaning with --no-prt"},
+        BadCase{{"bcg", "OUT", "--markers", "volume"}, "--markers has no meaning with preset bcg"},
+        BadCase{{"bcg", "OUT", "--scans", "2"}, "--scans has no meaning with preset bcg"},
+        BadCase{{"bcg", "OUT", "--spikes", "-1"}, "number of spikes is -1"},
+        BadCase{{"bcg", "OUT", "--spikes", "1", "--spike-uv", "nan"}, "spikes' peak is nan"},
+        BadCase{{"bcg", "OUT", "--spike-uv", "5"}, "--spikes"},
+        BadCase{{"bcg", "OUT", "--dropouts", "20000"}, "number of dropouts is 20000"},
+        BadCase{{"bcg", "OUT", "--dropouts", "1", "--dropout-ms", "0"}, "length of a dropout is 0"},
+        BadCase{{"bcg", "OUT", "--dropout-ms", "5"}, "--dropouts"},
+        BadCase{{"bcg", "OUT", "--clip-uv", "-5"}, "largest value that is recorded is -5"},
+        BadCase{{"bcg", "OUT", "--clip-uv", "nan"}, "largest value that is recorded is nan"},
+        BadCase{{"fill", "OUT", "--fs", "5000", "--burst-ms", "200"}, "of quiet in a slice"}));
+
+TEST(CommandLine, EveryPresetIsSimulatedAtEveryUsualRate) {
+  for (const char* preset :
+       {"gap", "continuous", "bcg", "both", "fill", "twobursts", "equidistant", "multiband", "manyslices"}) {
+    for (const char* fs : {"1000", "2000", "5000"}) {
+      const TestFolder folder;
+      const ProgramRun run = runEmeg({"simulate", preset, folder / "r.ctc", "--fs", fs, "--channels", "1",
+                                      "--seconds", "15", "--no-truth"});
+      EXPECT_EQ(run.status, 0) << preset << " " << fs << ": " << run.err;
+    }
+  }
+}
+
+TEST(CommandLine, TheLengthFollowsFromScansAndPauses) {
+  const TestFolder folder;
+  // 3 s, two scans of 3 x 1.8003 s, 6 s between them, 5 s.
+  const ProgramRun scans = runEmeg({"simulate", "gap", folder / "a.ctc", "--fs", "1000", "--channels", "1",
+                                    "--volumes", "3", "--scans", "2", "--pause", "6", "--no-truth"});
+  EXPECT_THAT(scans.out, HasSubstr("1 channel, 25 s at 1000 Hz, 2 scans of 3 volumes of 20 slices"));
+  // The tenth volume would end after 21 s.
+  const ProgramRun cut = runEmeg({"simulate", "gap", folder / "b.ctc", "--fs", "1000", "--channels", "1",
+                                  "--volumes", "10", "--ends-in-scan", "--no-truth"});
+  EXPECT_THAT(cut.out, HasSubstr("1 channel, 20 s at 1000 Hz, 10 volumes"));
+}
 
 } // namespace
 

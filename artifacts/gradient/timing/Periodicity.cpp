@@ -30,6 +30,12 @@ constexpr double independentShare = 0.1; // of the samples
 constexpr int64_t blocksPerWindow = 8;
 constexpr double shortestWindow = 0.3; // seconds
 constexpr double leastUnitCorrelation = 0.01;
+constexpr double shortestPart = 0.25;    // seconds; no volume is shorter
+constexpr double largestPartLoss = 0.02; // of correlation
+constexpr double sameContrast = 0.8;
+constexpr double partReach = 0.45;   // of the part, on either side
+constexpr double besideAPeak = 0.01; // seconds
+constexpr double leastContrast = 0.002;
 constexpr double unitDeviations = 8;
 
 double percentile(std::vector<double> values, double share) {
@@ -45,6 +51,122 @@ bool isTone(double period, double samplingFrequency) {
   for (const double mains : {50.0, 60.0})
     if (std::fabs(seconds * mains - 1) < lineTolerance) return true;
   return false;
+}
+
+/// How far a peak stands out of what surrounds it, the peaks right beside it (of a readout's tone) left out.
+double contrastOf(const Autocorrelation& correlation, const CorrelationPeak& peak, double reach,
+                  double beside) {
+  double highest = 0;
+  const auto look = [&](double begin, double end) {
+    for (auto lag = std::max<int64_t>(1, static_cast<int64_t>(begin));
+         lag <= std::min(static_cast<int64_t>(end), correlation.largestLag()); ++lag)
+      highest = std::max(highest, correlation.at(lag));
+  };
+  look(peak.lag - reach, peak.lag - beside);
+  look(peak.lag + beside, peak.lag + reach);
+  return peak.value - highest;
+}
+
+/// Where sampling or clipping makes volumes look a little different, those that the samples hit at the same
+/// phase resemble each other most: the period is then several volumes. The parts of a period that stand out
+/// as clearly as the period itself.
+std::vector<Period> equalParts(const Autocorrelation& correlation, const CorrelationPeak& whole,
+                               double samplingFrequency) {
+  std::vector<Period> parts;
+  const double shortest = shortestPart * samplingFrequency;
+  for (int k = 2; whole.lag / k >= shortest; ++k) {
+    const CorrelationPeak part = correlation.peakNear(whole.lag / k, 1);
+    if (part.value < whole.value - largestPartLoss) continue;
+    const double reach = partReach * part.lag;
+    const double beside = besideAPeak * samplingFrequency;
+    const double contrast = contrastOf(correlation, whole, reach, beside);
+    if (contrast > leastContrast && contrastOf(correlation, part, reach, beside) > sameContrast * contrast)
+      parts.push_back({part.lag, part.value});
+  }
+  return parts;
+}
+
+/// At most so many repeats, from the middle.
+RepeatRange middleOf(RepeatRange range, int64_t count) {
+  count = std::max<int64_t>(count, 2);
+  if (range.count() <= count) return range;
+  const int64_t first = range.first + (range.count() - count) / 2;
+  return {first, first + count - 1};
+}
+
+struct RepeatAndAverage {
+  std::span<const double> values;
+  std::vector<double> expected;
+};
+
+/// The samples of a repeat, and the average repeat (which begins `margin` samples early) at the same places.
+RepeatAndAverage repeatAndAverage(std::span<const double> signal, const RepeatLine& line, int64_t repeat,
+                                  const std::vector<double>& average, int64_t margin) {
+  const double position = line.at(static_cast<double>(repeat));
+  const auto n = static_cast<int64_t>(signal.size());
+  const auto from = std::clamp<int64_t>(static_cast<int64_t>(std::ceil(position)), 0, n);
+  const auto to = std::clamp<int64_t>(static_cast<int64_t>(std::ceil(position + line.period)), from, n);
+  RepeatAndAverage result{signal.subspan(static_cast<size_t>(from), static_cast<size_t>(to - from)),
+                          std::vector<double>(static_cast<size_t>(to - from))};
+  readShifted(average, static_cast<double>(from + margin) - position, result.expected);
+  return result;
+}
+
+double gainOf(std::span<const double> values, const std::vector<double>& expected) {
+  double product = 0, power = 0;
+  for (size_t i = 0; i < values.size(); ++i) {
+    product += values[i] * expected[i];
+    power += expected[i] * expected[i];
+  }
+  return power > 0 ? product / power : 0;
+}
+
+std::vector<double> everyNth(const std::vector<double>& values, int64_t n) {
+  std::vector<double> result;
+  for (size_t i = 0; i < values.size(); i += static_cast<size_t>(n)) result.push_back(values[i]);
+  return result;
+}
+
+/// By how much values stand out of their neighbours, from index 2 on.
+std::vector<double> contrastsOf(const std::vector<double>& values) {
+  std::vector<double> contrast(values.size(), 0.0);
+  for (size_t k = 2; k + 1 < values.size(); ++k) {
+    const double beside = k == 2 ? values[3] : (values[k - 1] + values[k + 1]) / 2;
+    contrast[k] = values[k] - std::max(0.0, beside);
+  }
+  return contrast;
+}
+
+/// What hardly any value stands out by, from the quarter that stands out least: every larger unit makes three
+/// contrasts.
+double limitOf(const std::vector<double>& contrast) {
+  std::vector<double> distances;
+  for (size_t k = 2; k + 1 < contrast.size(); ++k) distances.push_back(std::fabs(contrast[k]));
+  if (distances.empty()) return 1;
+  return std::max(unitDeviations * 3.139 * percentile(distances, 0.25), leastUnitCorrelation);
+}
+
+/// The first index whose value stands out (about) as much as any; 1 when none does.
+int64_t outstandingIndex(const std::vector<double>& contrast, double limit) {
+  const double best = contrast.empty() ? 0 : *std::max_element(contrast.begin(), contrast.end());
+  if (best < limit) return 1;
+  for (size_t k = 2; k < contrast.size(); ++k)
+    if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);
+  return 1;
+}
+
+/// Running medians: a slow change of the artifact's size is no difference between repeats, one repeat that is
+/// larger than its neighbours is.
+std::vector<double> smoothed(const std::vector<double>& gains) {
+  constexpr int64_t reach = 4;
+  const auto n = static_cast<int64_t>(gains.size());
+  std::vector<double> result;
+  for (int64_t i = 0; i < n; ++i) {
+    const auto from = gains.begin() + std::max<int64_t>(0, i - reach);
+    const auto to = gains.begin() + std::min(n, i + reach + 1);
+    result.push_back(percentile(std::vector<double>(from, to), 0.5));
+  }
+  return result;
 }
 
 } // namespace
@@ -102,7 +224,7 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
                         return a.value < b.value;
                       })->value;
   const double loss = std::max(0.0, 1 - best);
-  std::vector<Period> periods;
+  std::vector<Period> periods, parts;
   for (const double share : {1.0, 0.3, 0.1, 0.0}) {
     const auto shortest = std::find_if(peaks.begin(), peaks.end(), [&](const CorrelationPeak& peak) {
       // The estimate is the better, the more of the signal overlaps and the more it is alike.
@@ -112,9 +234,11 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
       return peak.value >= best - share * tolerance;
     });
     if (shortest == peaks.end() || isTone(shortest->lag, samplingFrequency)) break;
-    if (periods.empty() || periods.back().samples != shortest->lag)
-      periods.push_back({shortest->lag, shortest->value});
+    if (!periods.empty() && periods.back().samples == shortest->lag) continue;
+    periods.push_back({shortest->lag, shortest->value});
+    if (share == 1.0) parts = equalParts(correlation, *shortest, samplingFrequency);
   }
+  periods.insert(periods.end(), parts.begin(), parts.end());
   return periods;
 }
 
@@ -176,27 +300,37 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
                              double samplingFrequency) {
   const double period = repeats.line.period;
   const auto length = static_cast<int64_t>(std::ceil(period));
-  const auto begin = static_cast<int64_t>(
-      std::max(0.0, std::ceil(repeats.line.at(static_cast<double>(repeats.range.first)))));
+  const RepeatRange range = middleOf(repeats.range, largestCorrelatedSpan / std::max<int64_t>(length, 1));
+  const auto begin =
+      static_cast<int64_t>(std::max(0.0, std::ceil(repeats.line.at(static_cast<double>(range.first)))));
   const auto end =
-      std::min(static_cast<int64_t>(std::floor(repeats.line.at(static_cast<double>(repeats.range.last + 1)))),
+      std::min(static_cast<int64_t>(std::floor(repeats.line.at(static_cast<double>(range.last + 1)))),
                static_cast<int64_t>(sharpened.size()));
   if (end - begin < 4 * length) return 1;
 
   // The average reaches beyond the repeat, so that interpolating at its ends meets no step.
   constexpr int64_t margin = 24;
   const RepeatLine early{repeats.line.onset - static_cast<double>(margin), period};
-  const std::vector<double> average =
-      averageRepeat(sharpened, early, repeats.range, length + 2 * margin, repeats.used);
-  std::vector<double> shifted(static_cast<size_t>(length + 1));
-  std::vector<double> rest(sharpened.begin() + begin, sharpened.begin() + end);
-  for (int64_t v = repeats.range.first; v <= repeats.range.last; ++v) {
+  const auto firstUsed = repeats.used.begin() + (range.first - repeats.range.first);
+  const std::vector<bool> used(firstUsed, firstUsed + range.count());
+  const std::vector<double> average = averageRepeat(sharpened, early, range, length + 2 * margin, used);
+  std::vector<double> gains;
+  for (int64_t v = range.first; v <= range.last; ++v) {
+    const auto [values, expected] = repeatAndAverage(sharpened, repeats.line, v, average, margin);
+    gains.push_back(gainOf(values, expected));
+  }
+  gains = smoothed(gains);
+
+  std::vector<double> rest(static_cast<size_t>(end - begin), 0.0);
+  for (int64_t v = range.first; v <= range.last; ++v) {
     const double position = repeats.line.at(static_cast<double>(v));
     const auto from = static_cast<int64_t>(std::ceil(position));
-    const auto to = static_cast<int64_t>(std::ceil(position + period));
-    readShifted(average, static_cast<double>(from + margin) - position, shifted);
-    for (int64_t i = std::max(from, begin); i < std::min(to, end); ++i)
-      rest[static_cast<size_t>(i - begin)] -= shifted[static_cast<size_t>(i - from)];
+    const auto [values, expected] = repeatAndAverage(sharpened, repeats.line, v, average, margin);
+    const double gain = gains[static_cast<size_t>(v - range.first)];
+    for (size_t i = 0; i < values.size(); ++i) {
+      const int64_t at = from + static_cast<int64_t>(i) - begin;
+      if (at >= 0 && at < end - begin) rest[static_cast<size_t>(at)] = values[i] - gain * expected[i];
+    }
   }
 
   flattenSpectrum(rest, noiseFloor);
@@ -205,20 +339,15 @@ int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepe
   std::vector<double> values{1}; // index k: after k repeats
   for (int64_t k = 1; static_cast<double>(k) * period < static_cast<double>(correlation.largestLag()); ++k)
     values.push_back(correlation.between(static_cast<double>(k) * period));
-  std::vector<double> contrast(values.size(), 0.0);
-  std::vector<double> distances;
-  for (size_t k = 2; k + 1 < values.size(); ++k) {
-    const double beside = k == 2 ? values[3] : (values[k - 1] + values[k + 1]) / 2;
-    contrast[k] = values[k] - std::max(0.0, beside);
-    distances.push_back(std::fabs(contrast[k]));
+  // What sampling makes of a waveform comes again after a few repeats already; a volume stands out even of
+  // these.
+  const double limit = limitOf(contrastsOf(values));
+  int64_t unit = 1;
+  for (int64_t next = 0; next != 1; unit *= next) {
+    next = outstandingIndex(contrastsOf(values), limit);
+    values = everyNth(values, next);
   }
-  if (distances.empty()) return 1;
-  const double limit = std::max(unitDeviations * 1.4826 * percentile(distances, 0.5), leastUnitCorrelation);
-  const double best = *std::max_element(contrast.begin(), contrast.end());
-  if (best < limit) return 1;
-  for (size_t k = 2; k < contrast.size(); ++k)
-    if (contrast[k] >= 0.7 * best) return static_cast<int64_t>(k);
-  return 1;
+  return unit;
 }
 
 } // namespace emeg

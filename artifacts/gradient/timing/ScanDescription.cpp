@@ -1,6 +1,9 @@
 #include "artifacts/gradient/timing/ScanDescription.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "artifacts/gradient/timing/ScanEdges.h"
+#include "artifacts/gradient/timing/TypicalRepeat.h"
+#include "artifacts/gradient/timing/VolumeOnset.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,13 +16,10 @@ namespace {
 constexpr double leastSimilarity = 0.5; // of the median, for one more volume
 constexpr double similarityBehindMisses = 0.85;
 constexpr int64_t toleratedMisses = 2;  // volumes that a spike or a dropout may spoil
-constexpr double edgeBlock = 0.01;      // seconds
-constexpr double leastEdgePower = 0.05; // of the mean; less is quiet
-constexpr double leastEdgeGain = 0.5;
-constexpr int64_t mostMissedBlocks = 40; // a dropout is that long
-constexpr double shortestBurst = 0.2;    // of a slice
-constexpr double edgeOfRecording = 0.1;  // of a volume; a scan seen from later on began with one
-constexpr double edgeSlack = 0.3;        // of a slice: what may be missing of a whole volume
+constexpr double blockOfVolume = 0.01;  // seconds
+constexpr double shortestBurst = 0.2;   // of a slice
+constexpr double edgeOfRecording = 0.1; // of a volume; a scan seen from later on began with one
+constexpr double edgeSlack = 0.3;       // of a slice: what may be missing of a whole volume
 
 /// Repeats beyond the known ones that still resemble the average, in one direction.
 int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit,
@@ -64,95 +64,21 @@ FittedRepeats extended(std::span<const double> signal, FittedRepeats fit, Sample
   return fit;
 }
 
-/// The scan's first and last activity: blocks of the first and last repeats, and of those next to them, that
-/// still hold what the average holds there.
-class ScanEdges {
-public:
-  ScanEdges(std::span<const double> signal, const FittedRepeats& fit, std::vector<double> average,
-            double samplingFrequency, SampleRange limits)
-      : signal_(signal), fit_(fit), average_(std::move(average)), limits_(limits),
-        block_(std::max<int64_t>(static_cast<int64_t>(edgeBlock * samplingFrequency), 4)),
-        nrOfBlocks_(static_cast<int64_t>(average_.size()) / block_) {
-    double power = 0;
-    for (const double value : average_) power += value * value;
-    floor_ = leastEdgePower * power * static_cast<double>(block_) / static_cast<double>(average_.size());
-  }
-
-  double begin() const { return std::max(outermost(fit_.range.first, -1), 0.0); }
-  double end() const {
-    return std::min(outermost(fit_.range.last, 1) + static_cast<double>(block_),
-                    static_cast<double>(signal_.size()));
-  }
-
-private:
-  double start(int64_t v, int64_t b) const {
-    return fit_.line.at(static_cast<double>(v)) + static_cast<double>(b * block_);
-  }
-
-  bool isBusy(int64_t b) const {
-    double power = 0;
-    for (int64_t i = b * block_; i < (b + 1) * block_; ++i)
-      power += average_[static_cast<size_t>(i)] * average_[static_cast<size_t>(i)];
-    return power > floor_;
-  }
-
-  /// Start of the last block that holds on the way out through the given repeat and its neighbour. Another
-  /// scan may come behind a pause: the way ends where too many busy blocks in a row do not hold.
-  double outermost(int64_t repeat, int64_t step) const {
-    double found = start(repeat, step < 0 ? nrOfBlocks_ - 1 : 0);
-    int64_t missed = 0;
-    for (int64_t k = 0; k < 2 * nrOfBlocks_ && missed <= mostMissedBlocks; ++k) {
-      const int64_t v = repeat + step * (k / nrOfBlocks_);
-      const int64_t b = step < 0 ? nrOfBlocks_ - 1 - k % nrOfBlocks_ : k % nrOfBlocks_;
-      if (!isBusy(b)) continue;
-      if (holds(v, b)) {
-        found = start(v, b);
-        missed = 0;
-      } else {
-        ++missed;
-      }
-    }
-    return found;
-  }
-
-  bool holds(int64_t v, int64_t b) const {
-    const double position = start(v, b);
-    if (position + static_cast<double>(block_) / 2 < static_cast<double>(limits_.begin) ||
-        position + static_cast<double>(block_) / 2 > static_cast<double>(limits_.end))
-      return false;
-    std::vector<double> values(static_cast<size_t>(block_));
-    readShifted(signal_, position, values);
-    double cross = 0, power = 0;
-    for (int64_t i = 0; i < block_; ++i) {
-      const double m = average_[static_cast<size_t>(b * block_ + i)];
-      cross += m * values[static_cast<size_t>(i)];
-      power += m * m;
-    }
-    return power > floor_ && cross > leastEdgeGain * power;
-  }
-
-  std::span<const double> signal_;
-  const FittedRepeats& fit_;
-  std::vector<double> average_;
-  SampleRange limits_;
-  int64_t block_;
-  int64_t nrOfBlocks_;
-  double floor_ = 0;
-};
-
+/// Every repeat is part of the average, which would explain 1 / count of mere noise; that is taken off.
 double explainedByAverage(std::span<const double> signal, const FittedRepeats& fit,
                           const std::vector<double>& average) {
   std::vector<double> repeat(average.size());
-  double rest = 0, power = 0;
+  double rest = 0, power = 0, count = 0;
   for (int64_t v = fit.range.first; v <= fit.range.last; ++v) {
     if (!fit.used[static_cast<size_t>(v - fit.range.first)]) continue;
     readShifted(signal, fit.line.at(static_cast<double>(v)), repeat);
+    count += 1;
     for (size_t i = 0; i < repeat.size(); ++i) {
       rest += (repeat[i] - average[i]) * (repeat[i] - average[i]);
       power += repeat[i] * repeat[i];
     }
   }
-  return power > 0 ? 1 - rest / power : 0;
+  return power > 0 && count > 1 ? 1 - rest / power * count / (count - 1) : 0;
 }
 
 /// Whole volumes between the edges, and whether parts are left over.
@@ -228,11 +154,12 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   }
 
   // Behind the last volume there may be quiet.
-  const auto twoVolumes = averageRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
-                                        static_cast<int64_t>(std::ceil(2 * period)) + 1, fit.used);
+  const auto block = static_cast<int64_t>(blockOfVolume * samplingFrequency);
+  const auto twoVolumes = typicalRepeat(sharpened, fit.line, {fit.range.first, fit.range.last - 1},
+                                        static_cast<int64_t>(std::ceil(2 * period)) + 1, block, fit.used);
   KnownSlices knownSlices = known.slices;
   if (known.volumeOnset) knownSlices.onset = *known.volumeOnset - fit.line.onset;
-  const SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);
+  SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);
   segment.nrOfSlicesPerVolume = slices.nrOfSlices;
   segment.sliceDuration = slices.sliceDuration;
   segment.isCountIdentifiable = slices.isOnsetKnown || known.slices.nrOfSlices > 0;
@@ -240,9 +167,12 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   double onset = fit.line.onset + slices.onset;
   if (known.volumeOnset) {
     onset = *known.volumeOnset;
-  } else if (!slices.isOnsetKnown || (!slices.isOnsetCertain && segment.begin > edgeOfRecording * period)) {
-    // A scan begins with a volume.
-    onset = segment.begin - slices.firstActivity;
+  } else {
+    const bool isBeginSeen = segment.begin > edgeOfRecording * period;
+    onset = volumeOnset(twoVolumes, fit.line, slices,
+                        isBeginSeen ? std::optional<double>(segment.begin) : std::nullopt);
+    slices.onset = onset - fit.line.onset;
+    findActivity(twoVolumes, period, samplingFrequency, slices);
   }
   countVolumes(segment, slices, onset);
   return segment;

@@ -13,14 +13,17 @@ namespace {
 /// as with long silent delays between volumes.
 constexpr std::array<double, 2> longestGaps = {2, 12};
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;     // of the power, by the average volume
-constexpr double worthLongerPeriod = 0.01; // of the explained power
-constexpr double goodEnough = 0.95;        // explained power of a scan beyond which no other is looked for
-constexpr double samePeriod = 0.2;         // samples
-constexpr double leastStretch = 0.3;       // seconds
-constexpr double volumeOfAlikeSlices = 2;  // seconds
-constexpr double longestSlice = 0.25;      // seconds; what repeats faster is no volume
-constexpr int mostRounds = 200;            // scans and leftovers looked at
+constexpr double leastExplained = 0.1;        // of the power, by the average volume
+constexpr double worthLongerPeriod = 0.01;    // of the explained power
+constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
+constexpr double samePeriod = 0.2;            // samples
+constexpr double leastStretch = 0.3;          // seconds
+constexpr double volumeOfAlikeSlices = 2;     // seconds
+constexpr double longestSlice = 0.25;         // seconds; what repeats faster is no volume
+constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
+constexpr double sameSlice = 0.02;            // relative
+constexpr double multipleTolerance = 1e-3;    // relative
+constexpr int mostRounds = 200;               // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
 SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, int64_t nrOfSamples) {
@@ -31,6 +34,21 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
     if (scan.begin >= middle) limits.end = std::min(limits.end, static_cast<int64_t>(scan.begin));
   }
   return limits;
+}
+
+/// Several volumes taken for one.
+bool isMultipleOf(const ScanSegment& scan, const ScanSegment& shorter) {
+  const double times = scan.volumeDuration / shorter.volumeDuration;
+  return times > 1.5 && std::fabs(times - std::round(times)) < multipleTolerance * times;
+}
+
+/// A volume takes at least as long as its slices, and these as long as is known.
+bool holdsSlices(const ScanSegment& scan, const GivenTiming& given, double samplingFrequency) {
+  if (given.sliceDuration <= 0) return true;
+  const double slice = given.sliceDuration * samplingFrequency;
+  const double count = std::max(1, given.nrOfSlicesPerVolume);
+  return std::fabs(scan.sliceDuration - slice) < sameSlice * slice &&
+         scan.volumeDuration > (1 - sameSlice) * count * slice;
 }
 
 } // namespace
@@ -52,6 +70,16 @@ std::vector<ScanSegment> ScanSearch::scans(const GivenTiming& given) const {
 
 std::span<const double> ScanSearch::part(SampleRange range) const {
   return std::span(sharpened_).subspan(static_cast<size_t>(range.begin), static_cast<size_t>(range.length()));
+}
+
+SampleRange ScanSearch::busyPartOf(SampleRange range) const {
+  SampleRange busy = range;
+  for (const SampleRange& stretch : busyStretches_.front()) {
+    const SampleRange shared{std::max(range.begin, stretch.begin), std::min(range.end, stretch.end)};
+    if (shared.length() > 0 && (busy.length() == range.length() || shared.length() > busy.length()))
+      busy = shared;
+  }
+  return busy;
 }
 
 std::vector<ScanSegment> ScanSearch::scansIn(std::vector<SampleRange> open, const GivenTiming& given) const {
@@ -79,13 +107,17 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
   std::optional<ScanSegment> best;
   double bestScore = 0;
   for (const bool evened : {false, true}) {
-    for (const double period : candidatePeriods(stretch, evened, given.volumeDuration * fs_)) {
+    for (const double period : candidatePeriods(stretch, evened, given)) {
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
+      if (!holdsSlices(*scan, given, fs_)) continue;
       const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
       // A count that something tells is worth as much as a little explained power.
       const double score = scan->explainedByVolume * std::min(covered, 1.0) +
                            (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
+      if (best && best->isCountIdentifiable && isMultipleOf(*scan, *best) &&
+          score < bestScore + multiplesMustExplain)
+        continue;
       if (score > bestScore + (best ? worthLongerPeriod : 0)) {
         best = scan;
         bestScore = score;
@@ -96,14 +128,22 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
   return best;
 }
 
-/// In ascending order.
-std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, bool evened, double expected) const {
+/// Those that the waveform shows, in ascending order, then those that are known.
+std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
+                                                 const GivenTiming& given) const {
   std::vector<double> periods;
+  const double expected = given.volumeDuration * fs_;
   for (const Period& period : findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
     periods.push_back(period.samples);
   std::sort(periods.begin(), periods.end());
   const auto same = [](double a, double b) { return b - a < samePeriod; };
   periods.erase(std::unique(periods.begin(), periods.end(), same), periods.end());
+  if (given.sliceDuration > 0 && expected <= 0) {
+    // Without dead time; with it these explain less than the others, which come first.
+    const double slice = given.sliceDuration * fs_;
+    if (given.nrOfSlicesPerVolume > 1) periods.push_back(given.nrOfSlicesPerVolume * slice);
+    periods.push_back(slice);
+  }
   return periods;
 }
 
@@ -119,6 +159,7 @@ std::optional<ScanSegment> ScanSearch::scanOfPeriod(double period, SampleRange s
 
   KnownTiming known;
   known.slices.nrOfSlices = given.nrOfSlicesPerVolume;
+  known.slices.sliceDuration = given.sliceDuration * fs_;
   if (given.firstOnset) known.volumeOnset = *given.firstOnset * fs_;
   if (given.volumeDuration <= 0) makeVolumes(repeats, known);
   return describeScan(sharpened_, fs_, repeats, limits, known);

@@ -28,12 +28,15 @@ public:
   std::optional<ScanSegment> scanOfVolumes(const RepeatLine& volumes, RepeatRange range, SampleRange limits,
                                            int32_t nrOfSlicesPerVolume) const;
 
+  /// The longest part of the range that is busy; all of it where none is.
+  SampleRange busyPartOf(SampleRange range) const;
+
   int64_t nrOfSamples() const { return static_cast<int64_t>(sharpened_.size()); }
 
 private:
   std::span<const double> part(SampleRange range) const;
   std::vector<ScanSegment> scansIn(std::vector<SampleRange> open, const GivenTiming& given) const;
-  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, double expected) const;
+  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
   std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
                                           const GivenTiming& given) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;

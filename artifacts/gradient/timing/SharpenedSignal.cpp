@@ -11,6 +11,7 @@ namespace {
 
 constexpr double largestValue = 1e12;
 constexpr double differenceOver = 0.001; // seconds
+constexpr int64_t leastDifference = 2;   // samples
 constexpr double blockDuration = 0.1;    // seconds
 constexpr double burstPercentile = 0.95;
 constexpr double headroom = 1.5;
@@ -27,7 +28,9 @@ double usable(double value) {
 
 std::vector<double> sharpenedSignal(std::span<const double> channel, double samplingFrequency) {
   const auto n = static_cast<int64_t>(channel.size());
-  const auto h = static_cast<int64_t>(std::max(1.0, std::floor(differenceOver * samplingFrequency + 0.5)));
+  // Over an even number of samples a second difference is blind to the highest frequency.
+  const auto h = std::max(leastDifference,
+                          2 * static_cast<int64_t>(std::floor(differenceOver * samplingFrequency / 2 + 0.5)));
   std::vector<double> sharpened(channel.size(), 0.0);
   for (int64_t i = h; i + h < n; ++i)
     sharpened[static_cast<size_t>(i)] = usable(channel[static_cast<size_t>(i - h)]) -

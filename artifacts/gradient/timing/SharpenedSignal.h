@@ -5,9 +5,11 @@
 
 namespace emeg {
 
-/// The channel's second difference over one millisecond. It lifts what gradients leave (some 50 Hz and more)
-/// above EEG and movements, has no delay, and blurs nothing by more than a millisecond, so that beginnings
-/// and ends stay where they are. Values that are not finite, or larger than 1e12, count as 0.
+/// The channel's second difference over about one millisecond, an even number of samples (at least two),
+/// which is blind to the highest frequencies: what sampling folds back lies there, and makes a waveform look
+/// different wherever the samples hit it. It lifts what gradients leave (some 50 Hz and more) above EEG and
+/// movements, has no delay, and blurs nothing by more than a millisecond or two, so that beginnings and ends
+/// stay where they are. Values that are not finite, or larger than 1e12, count as 0.
 std::vector<double> sharpenedSignal(std::span<const double> channel, double samplingFrequency);
 
 /// 1.5 times the level that hardly any tenth of a second exceeds (95th percentile of their largest values):

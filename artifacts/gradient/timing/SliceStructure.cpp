@@ -27,9 +27,10 @@ constexpr double quietShare = 0.02;    // of the mean power
 constexpr double comparedOver = 0.005; // seconds
 constexpr double activityOver = 0.002; // seconds
 constexpr double farOutstanding = 6;
-constexpr double outstanding = 2;   // power of the slice that differs most, to the second
-constexpr double jumpShare = 0.72;  // of the unlike power in two slices, to be in one
-constexpr double smallestGap = 0.5; // of a slice; less is dead time in which no slice fits
+constexpr double outstanding = 2;          // power of the slice that differs most, to the second
+constexpr int32_t leastWithNeighbours = 6; // slices
+constexpr double jumpShare = 0.72;         // of the unlike power in two slices, to be in one
+constexpr double smallestGap = 0.5;        // of a slice; less is dead time in which no slice fits
 
 /// Running sums of a circular series.
 class CircularSums {
@@ -287,19 +288,27 @@ void findFirstSlice(const CircularVolume& volume, SliceStructure& slices) {
     if (sums.of(t, width) > sums.of(best, width)) best = t;
   const double most = sums.of(best, width);
   double second = 0;
-  for (int64_t t = best + width; t + width <= best + volume.length(); ++t)
+  // Where slices overlap, the one that differs reaches into its neighbours.
+  const int64_t apart = slices.nrOfSlices < leastWithNeighbours ? width : 2 * width;
+  for (int64_t t = best + apart; t + apart <= best + volume.length(); ++t)
     second = std::max(second, sums.of(t % volume.length(), width));
-  slices.isOnsetKnown = most > outstanding * second;
+  slices.isOnsetKnown = most > (slices.nrOfSlices < leastWithNeighbours ? 2 : 1) * outstanding * second;
   slices.isOnsetCertain = most > farOutstanding * second;
+
+  // Windows that begin a little earlier or later may hold the whole difference as well.
+  const int64_t n = volume.length();
+  const auto holdsAll = [&](int64_t t) { return sums.of((t + n) % n, width) > 0.98 * most; };
+  int64_t earliest = best, latest = best;
+  while (earliest > best - width && holdsAll(earliest - 1)) --earliest;
+  while (latest < best + width && holdsAll(latest + 1)) ++latest;
+  const double middle = static_cast<double>(earliest + latest) / 2;
+  slices.onsetSlack = static_cast<double>(latest - earliest) / 2;
 
   const int64_t quiet = endOfLongestQuiet(volume, average);
   const double quietEnd = slices.onset + static_cast<double>(quiet);
-  slices.onset = static_cast<double>(best);
+  slices.onset = middle;
   if (quiet > 0 && slices.isOnsetKnown) {
-    // Several windows hold the whole difference; the last of them begins with it.
-    int64_t latest = best;
-    while (latest < best + width && sums.of((latest + 1) % volume.length(), width) > 0.98 * most) ++latest;
-    const double steps = std::round((static_cast<double>(latest) - quietEnd) / slices.sliceDuration);
+    const double steps = std::round((middle - quietEnd) / slices.sliceDuration);
     slices.onset = quietEnd + steps * slices.sliceDuration;
   }
   slices.onset -= std::floor(slices.onset / volume.duration()) * volume.duration();
@@ -328,7 +337,7 @@ std::optional<double> onsetBehindDeadTime(const CircularVolume& volume, double s
   return std::fmod(static_cast<double>(latest) + slice + std::max(0.0, deadTime), volume.duration());
 }
 
-void findActivity(const CircularVolume& volume, SliceStructure& slices) {
+void findActivityIn(const CircularVolume& volume, SliceStructure& slices) {
   const std::vector<double> values = volume.from(slices.onset, volume.length());
   const int64_t window = volume.samples(activityOver);
   const double floor = quietShare * volume.meanPower() * static_cast<double>(window);
@@ -377,6 +386,13 @@ int32_t countOf(const CircularVolume& volume, double slice, const std::optional<
 
 } // namespace
 
+void findActivity(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
+                  SliceStructure& slices) {
+  if (!(volumeDuration >= 1) || static_cast<double>(twoVolumes.size()) < 2 * std::floor(volumeDuration))
+    return;
+  findActivityIn(CircularVolume(twoVolumes, volumeDuration, samplingFrequency), slices);
+}
+
 SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
                           const KnownSlices& given) {
   SliceStructure slices;
@@ -390,8 +406,13 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
   std::vector<double> flat(twoVolumes.begin(), twoVolumes.end());
   flattenSpectrum(flat, spectralFloor);
   const CircularVolume flatVolume(flat, volumeDuration, samplingFrequency);
-  double slice = known.sliceDuration > 0 ? known.sliceDuration : 0;
-  if (slice == 0 && known.nrOfSlices > 0) {
+  double slice = known.sliceDuration >= shortestSliceSamples && known.sliceDuration < 0.75 * volumeDuration
+                     ? known.sliceDuration
+                     : 0;
+  if (slice > 0) {
+    const double refined = refinedSliceDuration(flatVolume, refinedLag(flatVolume, slice));
+    if (std::fabs(refined - slice) < 1) slice = refined;
+  } else if (known.nrOfSlices > 0) {
     // What the volume shows, where it goes with the count.
     slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
     const double times = slice > 0 ? volumeDuration / known.nrOfSlices / slice : 0;
@@ -401,13 +422,13 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
       slice = refinedLag(flatVolume, std::round(times) * slice);
     else
       slice = volumeDuration / known.nrOfSlices;
-  } else if (slice == 0) {
+  } else {
     slice = shortestSimilarDistance(flatVolume, leastFlatCorrelation);
     if (slice == 0) slice = shortestSimilarDistance(volume, leastSliceCorrelation);
     if (slice > 0) slice = refinedSliceDuration(flatVolume, slice);
   }
   if (slice <= 0) {
-    findActivity(volume, slices);
+    findActivityIn(volume, slices);
     return slices;
   }
 
@@ -439,7 +460,7 @@ SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDurat
     slices.sliceDuration = volumeDuration / slices.nrOfSlices;
     findFirstSlice(volume, slices);
   }
-  findActivity(volume, slices);
+  findActivityIn(volume, slices);
   slices.explainedBySlice = explainedByAverageSlice(volume, slices);
   return slices;
 }

@@ -11,6 +11,7 @@ struct SliceStructure {
   int32_t nrOfSlices = 1;
   double sliceDuration = 0;
   double onset = 0;            ///< of the first slice, from the start of the average, less than a volume
+  double onsetSlack = 0;       ///< by so much it may be earlier or later
   bool isOnsetKnown = false;   ///< a gap, or a slice that differs, tells which slice is the first
   bool isOnsetCertain = false; ///< so clearly that nothing else need be asked
   double firstActivity = 0;    ///< from the onset to the volume's first activity
@@ -31,5 +32,9 @@ struct KnownSlices {
 /// and without one the first slice is the one that differs from the average slice.
 SliceStructure findSlices(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
                           const KnownSlices& known = {});
+
+/// Sets firstActivity and lastActivity for the onset that the slices have.
+void findActivity(std::span<const double> twoVolumes, double volumeDuration, double samplingFrequency,
+                  SliceStructure& slices);
 
 } // namespace emeg

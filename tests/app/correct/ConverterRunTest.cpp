@@ -59,8 +59,10 @@ TEST(ConverterRun, TellsWhatWasFound) {
       runConverter(job, [&lines](const std::string& line) { lines.push_back(line); });
   ASSERT_TRUE(outcome.finished);
   EXPECT_TRUE(outcome.errors.empty());
-  EXPECT_EQ(outcome.found.sequence.nrOfSlicesPerVolume, 20);
-  EXPECT_NEAR(outcome.found.sequence.volumeDuration, 1.8003371, 1e-4);
+  ASSERT_EQ(outcome.found.timing.scans.size(), 1u);
+  EXPECT_EQ(outcome.found.timing.source, TimingSource::QuietBetweenSlices);
+  EXPECT_EQ(outcome.found.timing.scans[0].sequence.nrOfSlicesPerVolume, 20);
+  EXPECT_NEAR(outcome.found.timing.scans[0].sequence.volumeDuration, 1.8003371, 1e-4);
   EXPECT_GT(outcome.found.pulseTimes.size(), 30u);
   EXPECT_EQ(outcome.found.pulseFigures.size(), 6u);
   EXPECT_EQ(lines.front(), "Defining parameters");

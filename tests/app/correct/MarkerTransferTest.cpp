@@ -90,17 +90,18 @@ TEST(MarkerTransfer, AMarkerBehindTheLastKeptSampleMovesOntoItWhereOnlySamplesCo
 
 TEST(MarkerTransfer, OnsetsThatWereFoundAreAdded) {
   Findings found;
-  found.sequence.nrOfVolumes = 2;
-  found.sequence.nrOfSlicesPerVolume = 3;
-  found.sequence.volumeDuration = 2;
-  found.sequence.sliceDuration = 0.5;
-  found.sequence.firstTriggerTime = 1;
+  found.timing.scans.resize(1);
+  found.timing.scans.front().sequence.nrOfVolumes = 2;
+  found.timing.scans.front().sequence.nrOfSlicesPerVolume = 3;
+  found.timing.scans.front().sequence.volumeDuration = 2;
+  found.timing.scans.front().sequence.sliceDuration = 0.5;
+  found.timing.scans.front().sequence.firstTriggerTime = 1;
   found.pulseTimes = {0.5, 1.4, 2.5};
   const auto continuous = transferMarkers(tenSecondsWith({}), planFor(0, 10000, 1), found, false);
   EXPECT_EQ(std::count_if(continuous.begin(), continuous.end(),
                           [](const RecordingMarker& m) { return m.description == gradientMarkerName; }),
             2);
-  found.sequence.hasVolumeGaps = true;
+  found.timing.scans.front().sequence.hasVolumeGaps = true;
   const auto gaps = transferMarkers(tenSecondsWith({}), planFor(0, 10000, 1), found, false);
   EXPECT_EQ(std::count_if(gaps.begin(), gaps.end(),
                           [](const RecordingMarker& m) { return m.description == gradientMarkerName; }),

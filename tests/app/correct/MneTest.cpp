@@ -66,7 +66,7 @@ TEST_P(CorrectedInMne, OnsetsThatWereFoundAreAnnotatedAtTheirTimes) {
   EXPECT_EQ(annotations[prefix + "HeartPulseTriggers"].size(),
             found["HeartBeats"]["NumberOfBeats"].get<size_t>());
   EXPECT_NEAR(annotations[prefix + "MRGradientTriggers"][0].get<double>(),
-              found["Sequence"]["FirstVolumeOnset"].get<double>(), 0.0006);
+              found["Scans"][0]["FirstVolumeOnset"].get<double>(), 0.0006);
 }
 
 // Two and a half seconds later, and in another year.

@@ -1,5 +1,7 @@
 #include "app/correct/RunWarnings.h"
 
+#include "app/correct/ScanWarnings.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +23,9 @@ CorrectionResult goodResult() {
   result.header.channels = {channel};
   result.plan.channels = planChannels(result.header, {});
   result.plan.nrOfTimePoints = 100000;
-  MRSequence& sequence = result.found.sequence;
+  result.found.timing.source = TimingSource::QuietBetweenSlices;
+  result.found.timing.scans.resize(1);
+  MRSequence& sequence = result.found.timing.scans[0].sequence;
   sequence.nrOfVolumes = 45;
   sequence.nrOfSlicesPerVolume = 20;
   sequence.volumeDuration = 2;
@@ -31,7 +35,7 @@ CorrectionResult goodResult() {
   ChannelQuality quality;
   quality.before = {500, 100, 1, 260000, 100000};
   quality.after = {0.5, 0.5, 1, 0.5, 0.5};
-  result.quality = QualityFigures{{1, 100}, {quality}, 0, 0};
+  result.quality = {QualityFigures{{1, 100}, {quality}, 0, 0}};
   return result;
 }
 
@@ -49,40 +53,40 @@ TEST(RunWarnings, AGoodRunHasNone) {
 
 TEST(RunWarnings, CountsThatContradictTheLength) {
   CorrectionResult result = goodResult();
-  result.found.sequence.nrOfVolumes = 60;
+  result.found.timing.scans[0].sequence.nrOfVolumes = 60;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("the recording ends at 100.0 s")));
   result = goodResult();
-  result.found.sequence.firstTriggerTime = -10;
+  result.found.timing.scans[0].sequence.firstTriggerTime = -10;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("the timing is wrong")));
 }
 
 TEST(RunWarnings, ADriftingVolumeDuration) {
   CorrectionResult result = goodResult();
-  result.quality->drift = -0.0012;
+  result.quality[0]->drift = -0.0012;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("1.20 ms earlier")));
 }
 
 TEST(RunWarnings, ScanThatWasNotCounted) {
   CorrectionResult result = goodResult();
-  result.quality->artifactSecondsOutside = 30;
+  result.quality[0]->artifactSecondsOutside = 30;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("about 30 s outside the 45 volumes")));
 }
 
 TEST(RunWarnings, PowerThatWasNotReduced) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].after = {400, 50, 1, 160000, 80000};
+  result.quality[0]->channels[0].after = {400, 50, 1, 160000, 80000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("was not reduced in Cz")));
 }
 
 TEST(RunWarnings, AnArtifactThatGrew) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].after = {700, 50, 1, 490000, 240000};
+  result.quality[0]->channels[0].after = {700, 50, 1, 490000, 240000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("larger than before in Cz")));
 }
 
 TEST(RunWarnings, ADeadChannelIsNoReason) {
   CorrectionResult result = goodResult();
-  result.quality->channels.push_back({});
+  result.quality[0]->channels.push_back({});
   result.header.channels.push_back(result.header.channels[0]);
   result.plan.channels = planChannels(result.header, {});
   EXPECT_THAT(warnings(result), IsEmpty());
@@ -90,8 +94,8 @@ TEST(RunWarnings, ADeadChannelIsNoReason) {
 
 TEST(RunWarnings, TooFewVolumes) {
   CorrectionResult result = goodResult();
-  result.quality.reset();
-  result.found.sequence.nrOfVolumes = 3;
+  result.quality[0].reset();
+  result.found.timing.scans[0].sequence.nrOfVolumes = 3;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("only 3 volumes")));
 }
 
@@ -109,7 +113,7 @@ TEST(RunWarnings, AChainThatCoversAPart) {
 
 TEST(RunWarnings, WhatDoesNotRepeatIsNoScan) {
   CorrectionResult result = goodResult();
-  result.quality->channels[0].before = {5, 5, 6, 1.2, 1.1};
+  result.quality[0]->channels[0].before = {5, 5, 6, 1.2, 1.1};
   EXPECT_FALSE(looksLikeScan(result));
   EXPECT_THAT(warnings(result), Contains(HasSubstr("no scanner sequence")));
 }

@@ -29,7 +29,7 @@ TEST(Sidecar, HoldsParametersInputFindingsAndFigures) {
   EXPECT_EQ(sidecar["Parameters"]["Averaging"], "slice-wise");
   EXPECT_EQ(sidecar["Parameters"]["WindowHalfLengthSlices"], 80);
   EXPECT_EQ(sidecar["Parameters"]["HighPass"], 0.5);
-  EXPECT_EQ(sidecar["Detected"]["Sequence"]["SlicesPerVolume"], 20);
+  EXPECT_EQ(sidecar["Detected"]["Scans"][0]["SlicesPerVolume"], 20);
   EXPECT_GT(sidecar["Detected"]["HeartBeats"]["NumberOfBeats"].get<int>(), 30);
   EXPECT_EQ(sidecar["Detected"]["HeartBeats"]["StretchesWithoutModel"].size(), 2u);
   EXPECT_TRUE(sidecar["Warnings"].empty());

@@ -2,6 +2,8 @@
 
 #include "files/exchange/Recording.h"
 
+#include <cmath>
+#include <cstdint>
 #include <string>
 
 namespace emeg {
@@ -22,6 +24,14 @@ inline void addMarker(RecordingHeader& header, const std::string& type, const st
   marker.description = description;
   marker.onset = onset;
   header.markers.push_back(marker);
+}
+
+/// Markers at equal intervals (seconds), each at the first sample at or behind its time.
+inline void addRegularMarkers(RecordingHeader& header, const std::string& type,
+                              const std::string& description, int count, double interval,
+                              double firstSecond = 5.0123) {
+  for (int i = 0; i < count; i++)
+    addMarker(header, type, description, std::ceil((firstSecond + i * interval) * header.samplingFrequency));
 }
 
 } // namespace emeg

@@ -88,6 +88,43 @@ TEST(ScansFromMarkers, GatherSlicesIntoVolumes) {
   }
 }
 
+/// What both kinds of markers must lead to.
+void expectScan(const SimulatedScan& scan, const std::vector<ScanSegment>& found) {
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].nrOfVolumes, scan.timing().nrOfVolumes);
+  EXPECT_EQ(found[0].nrOfSlicesPerVolume, scan.timing().nrOfSlicesPerVolume);
+  EXPECT_NEAR(found[0].firstVolumeOnset, scan.onsetOf(0), 2);
+  EXPECT_NEAR(found[0].volumeDuration * found[0].nrOfVolumes,
+              scan.timing().volumeDuration * scan.fs * found[0].nrOfVolumes, 0.01);
+}
+
+TEST(ScansFromMarkers, OneOfThreeMarkersMayBeMissing) {
+  const SimulatedScan scan =
+      simulateScan(Preset::Continuous, 2000, 30, [](auto& p) { p.gradient->nrOfVolumes = 3; });
+  for (int64_t missing = 0; missing < 3; missing++) {
+    SCOPED_TRACE(missing);
+    std::vector<double> markers;
+    for (int64_t v = 0; v < 3; v++)
+      if (v != missing) markers.push_back(std::floor(scan.onsetOf(v)));
+    for (const int32_t slices : {0, 25})
+      expectScan(scan, scansFromMarkers(scan.recorded, scan.fs, markers, MarkerKind::Volume, slices));
+  }
+}
+
+TEST(ScansFromMarkers, OnsetsOfSlicesAreThoseOfTheirMarkers) {
+  // Without any quiet, with dead time, with volumes that last nearly two slices longer than their slices.
+  for (const Preset preset : {Preset::Fill, Preset::Equidistant, Preset::ManySlices}) {
+    SCOPED_TRACE(nameOf(preset));
+    const SimulatedScan scan = simulateScan(preset, 2000, 30);
+    std::vector<double> markers;
+    for (int64_t v = 0; v < scan.timing().nrOfVolumes; v++)
+      for (int s = 0; s < scan.timing().nrOfSlicesPerVolume; s++)
+        if ((37 * v + s) % 40 != 7) markers.push_back(std::floor(scan.timing().sliceOnset(v, s) * scan.fs));
+    for (const int32_t slices : {0, scan.timing().nrOfSlicesPerVolume})
+      expectScan(scan, scansFromMarkers(scan.recorded, scan.fs, markers, MarkerKind::Slice, slices));
+  }
+}
+
 TEST(ScansFromMarkers, DeadAndSpoiltChannelsDoNotMatter) {
   const SimulatedScan scan = simulateScan(Preset::Gap, 1000, 30);
   std::vector<double> markers;

@@ -1,4 +1,5 @@
 #include "artifacts/gradient/timing/Repeats.h"
+#include "artifacts/gradient/timing/TypicalRepeat.h"
 
 #include <gtest/gtest.h>
 
@@ -41,6 +42,20 @@ TEST(Repeats, ComparisonMeasuresTheDelay) {
   const RepeatComparison comparison(averageRepeat(signal, {200, 1000}, {0, 2}, 1000));
   for (const double late : {-0.2, 0.0, 0.05, 0.3})
     EXPECT_NEAR(comparison.compare(signal, 1200 - late).delay, late, 0.02) << late;
+}
+
+TEST(Repeats, WhatSpoilsOneIsNotInTheTypicalOne) {
+  std::vector<double> signal = repeated(200, 1000, 12);
+  const std::vector<double> clean = averageRepeat(signal, {200, 1000}, {0, 9}, 1000);
+  for (size_t i = 4400; i < 4410; i++) signal[i] += 300; // a spike
+  for (size_t i = 7300; i < 7500; i++) signal[i] = 0;    // a dropout
+  for (const bool all : {true, false}) {
+    SCOPED_TRACE(all);
+    const RepeatRange range{all ? 0 : 2, all ? 9 : 6};
+    const std::vector<double> typical = typicalRepeat(signal, {200, 1000}, range, 1000, 20);
+    ASSERT_EQ(typical.size(), clean.size());
+    for (size_t i = 0; i < typical.size(); i++) EXPECT_NEAR(typical[i], clean[i], 1e-9);
+  }
 }
 
 TEST(Repeats, OnlyWholeOnesCount) {

@@ -53,7 +53,7 @@ TEST(ScanDetection, CountsSlicesWithTwoBurstsOnce) {
 }
 
 TEST(ScanDetection, TellsVolumesFromEquidistantSlicesByTheFirstSlice) {
-  for (const double difference : {0.08, 0.15}) {
+  for (const double difference : {0.03, 0.05, 0.15}) {
     SCOPED_TRACE(difference);
     expectAllFound(simulateScan(Preset::Equidistant, 2000, 40,
                                 [&](auto& p) { p.gradient->firstSliceDifference = difference; }));
@@ -97,6 +97,14 @@ TEST(ScanDetection, SpikesAndDropoutsSpoilNothing) {
   }
 }
 
+TEST(ScanDetection, ClippedVolumesAreNotGatheredIntoLargerOnes) {
+  for (const double fs : {1000.0, 2000.0}) {
+    SCOPED_TRACE(fs);
+    expectAllFound(simulateScan(
+        Preset::Continuous, fs, 40, [](auto& p) { p.disturbances.clipUv = 1500; }, 3));
+  }
+}
+
 TEST(ScanDetection, FindsSmallArtifacts) {
   expectAllFound(simulateScan(Preset::Continuous, 2000, 40, [](auto& p) { p.gradient->peakUv = 150; }));
 }
@@ -131,6 +139,18 @@ TEST(ScanDetection, FollowsScansThatTheRecordingCuts) {
   EXPECT_TRUE(found[0].endsInVolume);
   EXPECT_LT(found[0].begin, 0.03 * scan.fs);
   EXPECT_GT(found[0].end, (scan.seconds - 0.06) * scan.fs);
+  EXPECT_NEAR(found[0].firstVolumeOnset, scan.onsetOf(1), 0.025 * scan.fs);
+  EXPECT_EQ(found[0].nrOfSlicesPerVolume, 25);
+}
+
+TEST(ScanDetection, TheRecordingsEdgeIsNoFirstSlice) {
+  const SimulatedScan scan = simulateScan(Preset::Equidistant, 2000, 40, [](auto& p) {
+    p.gradient->cutBefore = 1.1;
+    p.gradient->endsInScan = true;
+  });
+  const std::vector<ScanSegment> found = detectScans(scan.recorded, scan.fs);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_TRUE(found[0].isCountIdentifiable);
   EXPECT_NEAR(found[0].firstVolumeOnset, scan.onsetOf(1), 0.025 * scan.fs);
   EXPECT_EQ(found[0].nrOfSlicesPerVolume, 25);
 }

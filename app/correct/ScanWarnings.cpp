@@ -1,0 +1,159 @@
+#include "app/correct/ScanWarnings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace emeg {
+
+namespace {
+
+using Warnings = std::vector<std::string>;
+
+constexpr double scanLineToBackground = 10;
+constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
+constexpr double noticeableDrift = 0.0002;  // seconds
+constexpr size_t mostNames = 8;
+
+/// One scan of a result with its figures.
+struct MeasuredScan {
+  const CorrectionResult& result;
+  const FoundScan& scan;
+  const QualityFigures* quality; ///< null: too short to tell
+  std::string name;              ///< "scan 2: ", empty where there is only one
+};
+
+double secondsOf(const CorrectionResult& result) {
+  return static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
+}
+
+/// Names of the corrected channels whose figures fulfil a condition.
+template <typename Condition>
+std::vector<std::string> channelsWith(const MeasuredScan& scan, const Condition& condition) {
+  std::vector<std::string> names;
+  const CorrectionResult& result = scan.result;
+  for (size_t k = 0; k < scan.quality->channels.size(); ++k)
+    if (condition(scan.quality->channels[k]))
+      names.push_back(result.header.channels[static_cast<size_t>(result.plan.channels.corrected[k])].name);
+  return names;
+}
+
+void addLengthWarning(const MeasuredScan& measured, Warnings& warnings) {
+  const MRSequence& sequence = measured.scan.sequence;
+  const double seconds = secondsOf(measured.result);
+  const double end = sequence.firstTriggerTime + sequence.nrOfVolumes * sequence.volumeDuration;
+  if (end > seconds + sequence.volumeDuration || sequence.firstTriggerTime < -sequence.volumeDuration)
+    warnings.push_back(
+        fmt::format("{}the {} volumes of {:.4f} s that were found would last from {:.1f} to {:.1f} s, but "
+                    "the recording ends at {:.1f} s: the timing is wrong. Choose the part with the "
+                    "scan alone with --interval START:END, or give its timing with --volume-markers NAME "
+                    "or --tr SECONDS --slices N.",
+                    measured.name, sequence.nrOfVolumes, sequence.volumeDuration, sequence.firstTriggerTime,
+                    end, seconds));
+}
+
+void addTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
+  const MRSequence& sequence = measured.scan.sequence;
+  if (!measured.quality) {
+    warnings.push_back(fmt::format(
+        "{}only {} volumes were found: too few for templates that average the EEG away, and to "
+        "measure what is left. Give a longer part of the scan{}.",
+        measured.name, sequence.nrOfVolumes, measured.result.volumeWise() ? ", or try --slice-wise" : ""));
+    return;
+  }
+  const double drift = measured.quality->drift;
+  if (std::abs(drift) > std::max(noticeableDrift, 0.5 / measured.result.header.samplingFrequency))
+    warnings.push_back(
+        fmt::format("{}the volume duration drifts: in a part of the scan volumes come {:.2f} ms {} than "
+                    "the duration that was found says. Was the amplifier synchronised with the scanner's "
+                    "clock? A smaller --window follows drifts better; --interval START:END corrects a "
+                    "part alone.",
+                    measured.name, 1000 * std::abs(drift), drift > 0 ? "later" : "earlier"));
+  if (measured.quality->artifactSecondsOutside > 0)
+    warnings.push_back(fmt::format(
+        "about {:.0f} s outside the {} volumes that were found look like scan and were not "
+        "corrected. Give the scanner's markers with --volume-markers NAME, or choose one scan at a "
+        "time with --interval START:END.",
+        measured.quality->artifactSecondsOutside, sequence.nrOfVolumes));
+}
+
+void addResidualWarnings(const MeasuredScan& measured, Warnings& warnings) {
+  if (!measured.quality) return;
+  const auto grew = channelsWith(
+      measured, [](const ChannelQuality& channel) { return channel.isVisible() && channel.remaining() > 1; });
+  const auto stayed = channelsWith(measured, [](const ChannelQuality& channel) {
+    return channel.isVisible() && channel.remaining() > notReducedRemaining && channel.remaining() <= 1;
+  });
+  if (!grew.empty())
+    warnings.push_back(
+        fmt::format("{}the artifact is larger than before in {}. Try --slice-wise or --volume-wise (the "
+                    "other one), a smaller --window, or an --interval that holds the scan alone.",
+                    measured.name, listOf(grew)));
+  if (!stayed.empty())
+    warnings.push_back(
+        fmt::format("{}the power at the slice and volume frequencies was not reduced in {}. Look for "
+                    "movements or saturated samples there (--repair-saturation), or try a smaller "
+                    "--window.",
+                    measured.name, listOf(stayed)));
+}
+
+} // namespace
+
+/// "Fp1, Fp2, F3 and 5 more".
+std::string listOf(const std::vector<std::string>& names) {
+  const size_t shown = std::min(names.size(), mostNames);
+  std::string text =
+      fmt::format("{}", fmt::join(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(shown), ", "));
+  if (names.size() > shown) text += fmt::format(" and {} more", names.size() - shown);
+  return text;
+}
+
+bool looksLikeScan(const CorrectionResult& result) {
+  if (!result.found.hasSequence()) return false;
+  if (result.found.timing.source != TimingSource::QuietBetweenSlices) return true;
+  const QualityFigures* const quality = result.qualityOfLongest();
+  if (quality == nullptr) return true;
+  return std::any_of(quality->channels.begin(), quality->channels.end(), [](const ChannelQuality& channel) {
+    return channel.before.medianSliceToBackground > scanLineToBackground;
+  });
+}
+
+std::vector<std::string> notesOnTiming(const FoundScans& timing) {
+  std::vector<std::string> notes;
+  if (timing.source == TimingSource::SimilarVolumes && !timing.doubt.empty())
+    notes.push_back(fmt::format("the quiet between slices would tell {}: the scan's timing was found by the "
+                                "similarity of its volumes.",
+                                timing.doubt));
+  const bool isChoice = std::any_of(timing.scans.begin(), timing.scans.end(),
+                                    [](const FoundScan& scan) { return !scan.isCountIdentifiable; });
+  if (isChoice)
+    notes.push_back(
+        "all slices are alike and equally far apart: nothing tells where a volume begins or how many "
+        "slices it has. The counts are a choice under which the correction works; give them with "
+        "--tr SECONDS --slices N --first SECONDS, or --volume-markers NAME, if they matter.");
+  return notes;
+}
+
+Warnings warningsOnScans(const CorrectionResult& result) {
+  const FoundScans& timing = result.found.timing;
+  Warnings warnings;
+  if (timing.slicesDoNotRepeat)
+    warnings.push_back(fmt::format(
+        "the slices differ from each other: averaging them would leave {:.1f} dB more than averaging "
+        "whole volumes. Volumes were averaged, as with --volume-wise.",
+        timing.slicesLeaveDb));
+  for (size_t i = 0; i < timing.scans.size(); ++i) {
+    const QualityFigures* const quality =
+        i < result.quality.size() && result.quality[i] ? &*result.quality[i] : nullptr;
+    const MeasuredScan measured{result, timing.scans[i], quality,
+                                timing.scans.size() > 1 ? fmt::format("scan {}: ", i + 1) : ""};
+    addLengthWarning(measured, warnings);
+    // What lies outside is outside of all scans.
+    if (i == timing.indexOfLongest() || quality == nullptr) addTimingWarnings(measured, warnings);
+    addResidualWarnings(measured, warnings);
+  }
+  return warnings;
+}
+
+} // namespace emeg

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "artifacts/gradient/timing/ScanSegment.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace emeg {
+
+/// Removes the gradient artifact of scans whose timing is known, each with its own; what lies between scans
+/// stays as it is. Volumes that the recording or the scan cuts are corrected as far as they go.
+class SegmentRemoval {
+public:
+  /// `segments` in ascending order, positions in samples of the channels. `windowSlices`: half-length of the
+  /// averaging window.
+  SegmentRemoval(std::vector<ScanSegment> segments, double samplingFrequency, bool volumeWise,
+                 int32_t windowSlices);
+
+  /// Adds the artifact of all scans to `artifactEstimate`, which is as long as the channel.
+  void estimate(std::span<const double> channel, std::span<double> artifactEstimate);
+
+  /// Bytes that `estimate` needs at most.
+  static uint64_t memoryFor(int64_t nrOfSamples);
+
+private:
+  void estimateScan(size_t index, std::span<const double> channel, std::span<double> artifactEstimate);
+  double weightAt(const ScanSegment& segment, double position) const;
+
+  std::vector<ScanSegment> segments_;
+  double fs_;
+  bool volumeWise_;
+  int32_t windowSlices_;
+  std::vector<double> b_, c_, d_, estimate_; ///< kept from channel to channel
+};
+
+} // namespace emeg
