@@ -7,14 +7,8 @@
 
 namespace emeg {
 
-namespace {
-
-using Warnings = std::vector<std::string>;
-
-} // namespace
-
-Warnings warningsOf(const CorrectionResult& result, const CorrectParameters& parameters) {
-  Warnings warnings;
+std::vector<std::string> warningsOf(const CorrectionResult& result, const CorrectParameters& parameters) {
+  std::vector<std::string> warnings;
   for (const RepairedChannel& channel : result.repaired) {
     if (channel.nrOfLeft > 0)
       warnings.push_back(

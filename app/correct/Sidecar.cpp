@@ -65,6 +65,34 @@ Json parametersOf(const CorrectionResult& result, const CorrectParameters& param
           {"AllowUncorrected", parameters.allowUncorrected}};
 }
 
+Json scanOf(const FoundScan& scan) {
+  const MRSequence& sequence = scan.sequence;
+  return {{"NumberOfVolumes", sequence.nrOfVolumes},
+          {"SlicesPerVolume", sequence.nrOfSlicesPerVolume},
+          {"CountsIdentifiable", scan.isCountIdentifiable},
+          {"VolumeDuration", sequence.volumeDuration},
+          {"SliceDuration", sequence.sliceDuration},
+          {"FirstVolumeOnset", sequence.firstTriggerTime},
+          {"Begin", scan.begin},
+          {"End", scan.end},
+          {"BeginsWithinVolume", scan.partsBefore > 0},
+          {"EndsWithinVolume", scan.partsBehind > 0},
+          {"PausesBetweenVolumes", sequence.hasVolumeGaps},
+          {"WindowHalfLengthSeconds", sequence.windowHalfLength},
+          {"ChannelsAgreeing", scan.nrOfChannelsAgreeing},
+          {"ChannelsAsked", scan.nrOfChannelsAsked}};
+}
+
+Json timingOf(const CorrectionResult& result) {
+  const FoundScans& timing = result.found.timing;
+  return {{"Source", nameOf(timing.source)},
+          {"DoubtAboutQuietBetweenSlices", timing.doubt.empty() ? Json() : Json(timing.doubt)},
+          {"UnexplainedShare", timing.evidence.unexplained},
+          {"UnlikeVolumes", timing.evidence.unlikeVolumes},
+          {"UnlikeSlices", timing.evidence.unlikeSlices},
+          {"Averaging", result.volumeWise() ? "volume-wise" : "slice-wise"}};
+}
+
 Json stretchesOf(const std::vector<Stretch>& stretches) {
   Json list = Json::array();
   for (const Stretch& stretch : stretches) list.push_back({stretch.start, stretch.end});
@@ -94,34 +122,6 @@ Json heartBeatsOf(const CorrectionResult& result) {
   beats["Guessed"] = nrOfGuessed;
   beats["StretchesWithGuessedBeats"] = stretchesOf(guessedStretches(found));
   return beats;
-}
-
-Json scanOf(const FoundScan& scan) {
-  const MRSequence& sequence = scan.sequence;
-  return {{"NumberOfVolumes", sequence.nrOfVolumes},
-          {"SlicesPerVolume", sequence.nrOfSlicesPerVolume},
-          {"CountsIdentifiable", scan.isCountIdentifiable},
-          {"VolumeDuration", sequence.volumeDuration},
-          {"SliceDuration", sequence.sliceDuration},
-          {"FirstVolumeOnset", sequence.firstTriggerTime},
-          {"Begin", scan.begin},
-          {"End", scan.end},
-          {"BeginsWithinVolume", scan.partsBefore > 0},
-          {"EndsWithinVolume", scan.partsBehind > 0},
-          {"PausesBetweenVolumes", sequence.hasVolumeGaps},
-          {"WindowHalfLengthSeconds", sequence.windowHalfLength},
-          {"ChannelsAgreeing", scan.nrOfChannelsAgreeing},
-          {"ChannelsAsked", scan.nrOfChannelsAsked}};
-}
-
-Json timingOf(const CorrectionResult& result) {
-  const FoundScans& timing = result.found.timing;
-  return {{"Source", nameOf(timing.source)},
-          {"DoubtAboutQuietBetweenSlices", timing.doubt.empty() ? Json() : Json(timing.doubt)},
-          {"UnexplainedShare", timing.evidence.unexplained},
-          {"UnlikeVolumes", timing.evidence.unlikeVolumes},
-          {"UnlikeSlices", timing.evidence.unlikeSlices},
-          {"Averaging", result.volumeWise() ? "volume-wise" : "slice-wise"}};
 }
 
 Json detectedOf(const CorrectionResult& result, const CorrectParameters& parameters) {

@@ -37,16 +37,22 @@ void printResidual(std::ostream& out, const CorrectionResult& result) {
              median.before, median.after, worst.channel, worst.after);
 }
 
-std::string originOfBeats(const BeatRequest& request) {
-  switch (request.source) {
-  case BeatSource::Markers:
-    return fmt::format(", from the markers {}", request.name);
-  case BeatSource::Ecg:
-    return fmt::format(", R peaks of {}", request.name);
-  case BeatSource::Blind:
+const char* waysOf(TimingSource source) {
+  switch (source) {
+  case TimingSource::QuietBetweenSlices:
+    return "found by the quiet between slices";
+  case TimingSource::SimilarVolumes:
+    return "found by the similarity of volumes";
+  case TimingSource::VolumeMarkers:
+    return "from the volume markers";
+  case TimingSource::SliceMarkers:
+    return "from the slice markers";
+  case TimingSource::GivenTiming:
+    return "from the given TR";
+  case TimingSource::None:
     break;
   }
-  return "";
+  return "none";
 }
 
 void printScans(std::ostream& out, const CorrectionResult& result) {
@@ -63,11 +69,20 @@ void printScans(std::ostream& out, const CorrectionResult& result) {
                scan.sequence.firstTriggerTime,
                scan.partsBefore + scan.partsBehind > 0 ? ", and parts of volumes at its ends" : "");
   }
-  const FoundScan& longest = timing.longest();
-  fmt::print(out, "Timing:    from {}",
-             timing.source == TimingSource::GivenTiming ? "the given TR" : "the " + nameOf(timing.source));
-  if (!longest.isCountIdentifiable) fmt::print(out, "; slices alike, counts are a choice");
-  fmt::print(out, "\n");
+  fmt::print(out, "Timing:    {}{}\n", waysOf(timing.source),
+             timing.longest().isCountIdentifiable ? "" : "; slices are all alike, counts are a choice");
+}
+
+std::string originOfBeats(const BeatRequest& request) {
+  switch (request.source) {
+  case BeatSource::Markers:
+    return fmt::format(", from the markers {}", request.name);
+  case BeatSource::Ecg:
+    return fmt::format(", R peaks of {}", request.name);
+  case BeatSource::Blind:
+    break;
+  }
+  return "";
 }
 
 } // namespace

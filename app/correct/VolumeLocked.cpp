@@ -101,9 +101,10 @@ void VolumeAverage::endVolume() {
     const bool isCounted = currentVolume_ >= 0 && currentVolume_ < sequence_.nrOfVolumes;
     const bool isOutside = !isCounted && !isCorrected(currentVolume_);
     for (Channel& channel : channels_) {
-      const auto peakToPeak = static_cast<float>(channel.highest - channel.lowest);
-      if (isCounted) channel.peakToPeaks.push_back(peakToPeak);
-      if (isOutside) channel.outside.push_back(peakToPeak);
+      const auto roughness = static_cast<float>(channel.steps / static_cast<double>(samplesInVolume_));
+      if (isCounted) channel.peakToPeaks.push_back(static_cast<float>(channel.highest - channel.lowest));
+      if (isCounted) channel.roughnesses.push_back(roughness);
+      if (isOutside) channel.outside.push_back(roughness);
     }
   }
   samplesInVolume_ = 0;
@@ -171,6 +172,8 @@ void VolumeAverage::addStretch(int64_t first, int64_t end, int64_t count, std::s
       const bool isFirst = samplesInVolume_ == 0 && i == 0;
       channel.lowest = isFirst ? value : std::min(channel.lowest, value);
       channel.highest = isFirst ? value : std::max(channel.highest, value);
+      channel.steps = isFirst ? 0 : channel.steps + std::abs(value - channel.last);
+      channel.last = value;
       if (!isPaired) continue;
       channel.sums[bins_[i]] += value;
       if (!channel.partSums.empty()) channel.partSums[partBins_[i]] += value;
@@ -236,7 +239,7 @@ double VolumeAverage::medianImagingArtifact(int channel) const {
 
 double VolumeAverage::artifactSecondsOutside(int channel) const {
   const Channel& c = channels_[static_cast<size_t>(channel)];
-  const double half = medianOf(c.peakToPeaks) / 2;
+  const double half = medianOf(c.roughnesses) / 2;
   const auto loud = std::count_if(c.outside.begin(), c.outside.end(),
                                   [half](float value) { return static_cast<double>(value) > half; });
   return half > 0 ? static_cast<double>(loud) * sequence_.volumeDuration : 0;

@@ -15,8 +15,9 @@ namespace emeg {
 ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
                                     const std::string& prtFileName);
 
-/// What a file of another format says of a simulated recording: channel names, and as markers the blocks of
-/// the protocol and the scanner's triggers (time points), with an electrocardiogram "R" at its R peaks.
+/// What a file of another format says of a simulated recording: electrode names, and as markers the blocks of
+/// the protocol and the scanner's triggers (time points); with an electrocardiogram markers "R" at its R
+/// peaks, too.
 RecordingHeader describeRecording(const SimulationParameters& parameters,
                                   const std::vector<int64_t>& triggers);
 

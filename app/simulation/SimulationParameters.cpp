@@ -31,6 +31,9 @@ constexpr double highestSamplingFrequency = 100000;
 constexpr double slowRate = 4000; // Hz; recordings below it are those of amplifiers with a wide pass band
 constexpr double largestEctopicShare = 0.3; // beyond, hardly any regular interval is left
 
+constexpr double multibandQuiet = 0.006; // seconds between excitations in which nothing is seen
+constexpr double invisiblePart = 0.5;    // of a burst's edges: the outermost, below a hundredth of the peak
+
 std::string rangeProblem(const char* what, double value, double low, double high, const char* unit) {
   if (value >= low && value <= high) return "";
   std::ostringstream text;
@@ -231,8 +234,6 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
       gradient.nrOfSlicesPerVolume = 12;
       gradient.sliceDuration = 0.0625113;
       gradient.gapDuration = 0;
-      gradient.burstDuration = 0.056;
-      gradient.leastQuiet = 0.005;
     }
     if (preset == Preset::ManySlices) {
       gradient.nrOfSlicesPerVolume = 120;
@@ -253,8 +254,8 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
   return parameters;
 }
 
-/// Neighbouring windows of Fill add up to one everywhere; short slices overlap where the sampling frequency
-/// asks for long edges.
+/// Neighbouring windows of Fill add up to one everywhere; short slices, and those with short quiet between
+/// them, overlap where the sampling frequency asks for long edges.
 void fitBurstsToSlices(SimulationParameters& parameters) {
   if (!parameters.gradient) return;
   GradientParameters& gradient = *parameters.gradient;
@@ -266,6 +267,8 @@ void fitBurstsToSlices(SimulationParameters& parameters) {
     gradient.burstDuration = std::max(gradient.burstDuration, edges + 0.009);
   else if (parameters.preset == Preset::ManySlices)
     gradient.burstDuration = std::max(0.021, edges + 0.008);
+  else if (parameters.preset == Preset::Multiband)
+    gradient.burstDuration = gradient.sliceDuration - multibandQuiet + invisiblePart * edges;
   else
     return;
   gradient.leastQuiet = -gradient.sliceDuration;

@@ -17,7 +17,7 @@ enum class Preset {
   Fill,        ///< the readout fills the slice: no quiet at all but for the dead time of a volume
   TwoBursts,   ///< every slice shows two bursts
   Equidistant, ///< slice after slice without dead time
-  Multiband,   ///< few excitations per volume with short quiet between them, no dead time
+  Multiband,   ///< few excitations per volume with 6 ms of quiet between them, no dead time
   ManySlices   ///< 120 short slices per volume
 };
 

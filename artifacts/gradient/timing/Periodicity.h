@@ -1,7 +1,5 @@
 #pragma once
 
-#include "artifacts/gradient/timing/Repeats.h"
-
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -38,10 +36,5 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
 /// these repeats ends.
 SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
                                     double samplingFrequency);
-
-/// How many repeats (slices) make the next larger unit (a volume): what is left after the average repeat is
-/// taken away repeats itself after so many. 1 when it does not.
-int64_t repeatsPerLargerUnit(std::span<const double> sharpened, const FittedRepeats& repeats,
-                             double samplingFrequency);
 
 } // namespace emeg

@@ -17,6 +17,7 @@ constexpr double leastSimilarity = 0.5; // of the median, for one more volume
 constexpr double similarityBehindMisses = 0.85;
 constexpr int64_t toleratedMisses = 2;  // volumes that a spike or a dropout may spoil
 constexpr double blockOfVolume = 0.01;  // seconds
+constexpr double leastActive = 0.05;    // of a volume that is a single slice
 constexpr double shortestBurst = 0.2;   // of a slice
 constexpr double edgeOfRecording = 0.1; // of a volume; a scan seen from later on began with one
 constexpr double edgeSlack = 0.3;       // of a slice: what may be missing of a whole volume
@@ -160,6 +161,9 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   KnownSlices knownSlices = known.slices;
   if (known.volumeOnset) knownSlices.onset = *known.volumeOnset - fit.line.onset;
   SliceStructure slices = findSlices(twoVolumes, period, samplingFrequency, knownSlices);
+  // A click every second is no volume.
+  if (slices.nrOfSlices == 1 && slices.lastActivity - slices.firstActivity < leastActive * period)
+    return std::nullopt;
   segment.nrOfSlicesPerVolume = slices.nrOfSlices;
   segment.sliceDuration = slices.sliceDuration;
   segment.isCountIdentifiable = slices.isOnsetKnown || known.slices.nrOfSlices > 0;

@@ -41,7 +41,9 @@ std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nr
                                                double samplingFrequency, const GivenTiming& given = {},
                                                int largestNrOfChannels = 7);
 
-/// The vote by itself: one list of scans per channel.
-std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels);
+/// The vote by itself: one list of scans per channel. Of a scan at least `leastAgreeing` channels must have
+/// found the same volume or slice duration.
+std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels,
+                                     int32_t leastAgreeing = 1);
 
 } // namespace emeg

@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
+#include "artifacts/gradient/timing/LargerUnit.h"
+#include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
 #include <algorithm>
@@ -13,7 +15,8 @@ namespace {
 /// as with long silent delays between volumes.
 constexpr std::array<double, 2> longestGaps = {2, 12};
 constexpr double clockTolerance = 0.005;
-constexpr double leastExplained = 0.1;        // of the power, by the average volume
+constexpr double leastExplained = 0.1; // of the power, by the average volume
+constexpr double leastExplainedBlindly = 0.5;
 constexpr double worthLongerPeriod = 0.01;    // of the explained power
 constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
 constexpr double samePeriod = 0.2;            // samples
@@ -21,9 +24,10 @@ constexpr double leastStretch = 0.3;          // seconds
 constexpr double volumeOfAlikeSlices = 2;     // seconds
 constexpr double longestSlice = 0.25;         // seconds; what repeats faster is no volume
 constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
-constexpr double sameSlice = 0.02;            // relative
-constexpr double multipleTolerance = 1e-3;    // relative
-constexpr int mostRounds = 200;               // scans and leftovers looked at
+constexpr double halfOf = 0.5;
+constexpr double sameSlice = 0.02;         // relative
+constexpr double multipleTolerance = 1e-3; // relative
+constexpr int mostRounds = 200;            // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
 SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, int64_t nrOfSamples) {
@@ -40,6 +44,27 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
 bool isMultipleOf(const ScanSegment& scan, const ScanSegment& shorter) {
   const double times = scan.volumeDuration / shorter.volumeDuration;
   return times > 1.5 && std::fabs(times - std::round(times)) < multipleTolerance * times;
+}
+
+/// Volumes of alike slices without dead time look the same wherever they begin: a few slices may pass for
+/// one.
+bool isGapless(const ScanSegment& scan) {
+  return std::fabs(scan.volumeDuration - scan.nrOfSlicesPerVolume * scan.sliceDuration) <
+         sameSlice * scan.sliceDuration;
+}
+
+bool isCertain(const ScanSegment& scan) {
+  return scan.isCountIdentifiable && scan.nrOfVolumes > 2 && !isGapless(scan);
+}
+
+/// Whether a scan, found with a period that is tried later, is a better description than the best so far.
+bool isBetter(const ScanSegment& scan, double score, const ScanSegment& best, double bestScore) {
+  if (best.isCountIdentifiable && isMultipleOf(scan, best)) {
+    if (!isGapless(best)) return score > bestScore + multiplesMustExplain;
+    if (scan.isCountIdentifiable && 1 - scan.explainedByVolume < halfOf * (1 - best.explainedByVolume))
+      return score > bestScore;
+  }
+  return score > bestScore + worthLongerPeriod;
 }
 
 /// A volume takes at least as long as its slices, and these as long as is known.
@@ -106,26 +131,34 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
+  std::vector<double> tried; // samples; slices that were gathered into volumes are volumes that were tried
+  const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
     for (const double period : candidatePeriods(stretch, evened, given)) {
+      const auto same = [&](double other) { return std::fabs(other - period) < samePeriod; };
+      if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
+      tried.push_back(period);
+      if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       if (!holdsSlices(*scan, given, fs_)) continue;
       const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
       // A count that something tells is worth as much as a little explained power.
       const double score = scan->explainedByVolume * std::min(covered, 1.0) +
                            (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
-      if (best && best->isCountIdentifiable && isMultipleOf(*scan, *best) &&
-          score < bestScore + multiplesMustExplain)
-        continue;
-      if (score > bestScore + (best ? worthLongerPeriod : 0)) {
+      if ((!best || isBetter(*scan, score, *best, bestScore)) && (isTold || isOfScanner(*scan))) {
         best = scan;
         bestScore = score;
       }
-      if (bestScore > goodEnough && best->isCountIdentifiable && best->nrOfVolumes > 2) return best;
+      if (bestScore > goodEnough && isCertain(*best)) return best;
     }
   }
   return best;
+}
+
+bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
+  return scan.nrOfVolumes >= 2 && scan.explainedByVolume >= leastExplainedBlindly &&
+         explainedInScannerBand(sharpened_, fs_, scan) >= leastExplainedBlindly;
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.

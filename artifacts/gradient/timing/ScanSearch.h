@@ -39,6 +39,7 @@ private:
   std::vector<double> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
   std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
                                           const GivenTiming& given) const;
+  bool isOfScanner(const ScanSegment& scan) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;
 
   static constexpr size_t nrOfGaps = 2;

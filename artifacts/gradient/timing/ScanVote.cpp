@@ -15,6 +15,11 @@ bool agree(const ScanSegment& a, const ScanSegment& b) {
          std::fabs(a.volumeDuration - b.volumeDuration) < sameDuration * a.volumeDuration;
 }
 
+bool hasDurationOf(const ScanSegment& a, const ScanSegment& b) {
+  return std::fabs(a.volumeDuration - b.volumeDuration) < sameDuration * b.volumeDuration ||
+         std::fabs(a.sliceDuration - b.sliceDuration) < sameDuration * b.sliceDuration;
+}
+
 bool overlap(const ScanSegment& a, const ScanSegment& b) {
   const double shared = std::min(a.end, b.end) - std::max(a.begin, b.begin);
   return shared > 0.5 * std::min(a.end - a.begin, b.end - b.begin);
@@ -77,7 +82,8 @@ ScanSegment elected(const std::vector<const ScanSegment*>& candidates, int32_t a
 
 } // namespace
 
-std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels) {
+std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>& scansOfChannels,
+                                     int32_t leastAgreeing) {
   const auto asked = static_cast<int32_t>(scansOfChannels.size());
   std::vector<const ScanSegment*> open;
   for (const auto& scans : scansOfChannels)
@@ -90,7 +96,13 @@ std::vector<ScanSegment> voteOnScans(const std::vector<std::vector<ScanSegment>>
     std::vector<const ScanSegment*> together, others;
     for (const ScanSegment* scan : open) (overlap(*open.front(), *scan) ? together : others).push_back(scan);
     // What one channel of many sees is no scan.
-    if (3 * static_cast<int32_t>(together.size()) >= asked) result.push_back(elected(together, asked));
+    if (3 * static_cast<int32_t>(together.size()) >= asked) {
+      const ScanSegment scan = elected(together, asked);
+      const auto agreeing = std::count_if(together.begin(), together.end(), [&](const ScanSegment* other) {
+        return hasDurationOf(*other, scan);
+      });
+      if (agreeing >= leastAgreeing) result.push_back(scan);
+    }
     open = others;
   }
   std::sort(result.begin(), result.end(), [](const auto& a, const auto& b) { return a.begin < b.begin; });

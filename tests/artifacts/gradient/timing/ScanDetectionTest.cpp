@@ -19,7 +19,8 @@ void expectFound(const SimulatedScan& scan, const ScanSegment& found, const Scan
   EXPECT_NEAR(found.volumeDuration * found.nrOfVolumes, truth.volumeDuration * scan.fs * found.nrOfVolumes,
               largestDrift);
   EXPECT_NEAR(found.sliceDuration, truth.sliceDuration * scan.fs, 0.01);
-  EXPECT_NEAR(found.firstVolumeOnset, truth.firstVolumeOnset * scan.fs, 0.025 * scan.fs);
+  // Where slices overlap, cutting costs least some time after the onset.
+  EXPECT_NEAR(found.firstVolumeOnset, truth.firstVolumeOnset * scan.fs, 0.03 * scan.fs);
   EXPECT_FALSE(found.beginsInVolume);
   EXPECT_FALSE(found.endsInVolume);
 }
@@ -46,6 +47,13 @@ TEST(ScanDetection, FindsContinuousScansAtEverySamplingRate) {
 
 TEST(ScanDetection, NeedsNoQuietBetweenSlices) {
   expectAllFound(simulateScan(Preset::Fill, 2000, 30));
+}
+
+TEST(ScanDetection, NeedsNeitherQuietNorDeadTime) {
+  for (const double fs : {1000.0, 2000.0}) {
+    SCOPED_TRACE(fs);
+    expectAllFound(simulateScan(Preset::Fill, fs, 40, [](auto& p) { p.gradient->gapDuration = 0; }));
+  }
 }
 
 TEST(ScanDetection, CountsSlicesWithTwoBurstsOnce) {
