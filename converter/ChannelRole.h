@@ -7,6 +7,7 @@ namespace emeg {
 struct ChannelRole {
   bool showsSequence = true;        ///< the scanner's timing may be looked for in it
   bool takesPartInPulses = true;    ///< heart beats are looked for in it and removed from it
+  bool showsHeartBeats = false;     ///< an electrocardiogram: kept for the search for heart beats
   bool takesPartInReference = true; ///< belongs to the average reference, which is subtracted from it
 };
 

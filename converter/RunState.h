@@ -178,6 +178,8 @@ public:
   std::vector<float> referenceSum;
   std::vector<std::vector<double>> bcgSeries; ///< per pulse channel, bcgLength + 1 values at about 250 Hz
 
+  std::vector<double> ecgSeries; ///< the same of the electrocardiogram, bcgLength values; empty without one
+
   int64_t restStep = 0;
   int64_t restLength = 0;
   float bcgLowPassHz = 0;

@@ -49,6 +49,8 @@ Examples:
       writes sub-01_task-rest_eeg_GRA_BCG.vhdr beside it
   emeg correct run1.edf -o clean/run1.bdf --slice-wise --window 150 --line-noise 50 --rate 250
   emeg correct sub-01/eeg/sub-01_task-rest_eeg.vhdr --bcg --bids
+  emeg correct run1.vhdr --bcg --ecg ECG
+      heart beats from the ECG channel: for recordings with movements, or an irregular heart
   emeg correct run2.vhdr --bcg --interval 12:312 --channels Fp1,Fp2,Cz,ECG
   emeg correct run3.vhdr --volume-markers R128 --slices 36
   emeg correct run3.edf --tr 2 --slices 36
@@ -111,7 +113,18 @@ struct CorrectOptions {
 void declareCorrection(CLI::App& app, CorrectOptions& o) {
   const char* const group = "Correction";
   CorrectParameters& p = o.parameters;
-  app.add_flag("--bcg", p.bcg, "Remove the heart beat (BCG) artifact, too")->group(group);
+  CLI::Option* bcg = app.add_flag("--bcg", p.bcg, "Remove the heart beat (BCG) artifact, too")->group(group);
+  CLI::Option* pulses = app.add_option("--pulse-markers", p.pulseMarkers,
+                                       "The recording's markers of this name are the heart beats [found in "
+                                       "the EEG]")
+                            ->type_name("NAME")
+                            ->group(group)
+                            ->needs(bcg);
+  app.add_option("--ecg", p.ecg, "The R peaks of this channel are the heart beats [found in the EEG]")
+      ->type_name("CHANNEL")
+      ->group(group)
+      ->needs(bcg)
+      ->excludes(pulses);
   CLI::Option* slices = app.add_flag("--slice-wise", o.sliceWise, "Average slice by slice")->group(group);
   app.add_flag("--volume-wise", o.volumeWise, "Average volume by volume [this one]")
       ->group(group)

@@ -30,11 +30,11 @@ Scans whose timing is hard to see:
   fill         25 slices of 72.0227 ms that their readout fills: no quiet but 4.3 ms per volume
   twobursts    20 slices of 75.0142 ms with two bursts each, a pause after each volume
   equidistant  25 slices of 72.0227 ms without dead time; the first one differs by 10 %
-  multiband    12 excitations of 62.5113 ms with 6.5 ms of quiet between them, no dead time
+  multiband    12 excitations of 62.5113 ms with about 6 ms of quiet between them, no dead time
   manyslices   120 slices of 25.0061 ms per volume and 50.2 ms of dead time
 
 Below 4000 Hz the amplifier passes 560 Hz, the readout lies at 500 Hz (300 Hz with twobursts and
-manyslices) and the artifact drifts by 1 % RMS; from 4000 Hz on it passes 250 Hz, the readout lies
+manyslices; all of these lower below 2000 Hz) and the artifact drifts by 1 % RMS; from 4000 Hz on it passes 250 Hz, the readout lies
 at 220 Hz and nothing drifts.
 
 The extension of OUT chooses the format: .ctc, .vhdr (BrainVision, with .eeg and .vmrk), .edf

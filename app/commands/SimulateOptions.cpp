@@ -143,6 +143,9 @@ void declareHeart(CLI::App& app, SimulateOptions& o) {
                  "Percent of the beats that come early by about 30 % of the interval, followed by a "
                  "compensatory pause; 0 to 30 [0]")
       ->group(heartOptionGroup);
+  app.add_flag("--ecg", o.ecg,
+               "One more channel with the electrocardiogram (T wave half as high as R), and markers R")
+      ->group(heartOptionGroup);
   app.add_option("--weak", o.weak,
                  "START,SECONDS[,FACTOR]: the artifact of beats in that stretch (seconds) is multiplied by "
                  "the factor, 0 to 1 [none; factor 0.2]")

@@ -41,6 +41,7 @@ struct SimulateOptions {
 
   std::optional<double> heartRate, rmssdMs, pulsePeakUv, ectopicPercent;
   std::optional<std::string> weak;
+  bool ecg = false;
 
   std::optional<double> movementUv;
   std::optional<int64_t> movementCount;

@@ -125,6 +125,10 @@ SimulationParameters parametersOf(const SimulateOptions& o) {
     replace(o.pulsePeakUv, p.heart->peakUv);
     replaceScaled(o.ectopicPercent, 100, p.heart->ectopicShare);
     if (o.weak) p.heart->weak = weakStretchFrom(*o.weak);
+    if (o.ecg) {
+      p.ecg = EcgParameters();
+      p.nrOfChannels++;
+    }
   }
   if (o.movementUv) {
     p.movement = MovementParameters();

@@ -22,7 +22,7 @@ constexpr const char* bidsVersion = "1.8.0";
 
 bool wasFound(const RecordingMarker& marker) {
   return marker.description == gradientMarkerName || marker.description == pulseMarkerName ||
-         marker.description == unmodelledMarkerName;
+         marker.description == unmodelledMarkerName || marker.description == guessedMarkerName;
 }
 
 std::string seconds(double samples, double rate) {
@@ -98,7 +98,8 @@ std::string eventsDescription(const BidsPlace& place) {
   levels[gradientMarkerName] =
       "Onset of an MR slice (or of a volume when there are no pauses between volumes), found in "
       "the EEG";
-  levels[pulseMarkerName] = "Heart beat, found in the EEG";
+  levels[pulseMarkerName] = "Heart beat, found in the EEG, or the known one that was used";
+  levels[guessedMarkerName] = "Known heart beats are missing here and their places were guessed";
   levels[unmodelledMarkerName] = "No heart beat model here: everything below 35 Hz was removed";
   description["sample"] = {{"Description", "Nearest sample of the corrected recording, the first is 0"}};
   return description.dump(2) + "\n";

@@ -38,6 +38,25 @@ ChannelRole roleOf(ChannelKind kind) {
   return role;
 }
 
+ChannelRole electrocardiogramRole() {
+  ChannelRole role = roleOf(ChannelKind::Ecg);
+  role.showsHeartBeats = true;
+  return role;
+}
+
+/// The channel that --ecg names; -1 when there is none.
+int electrocardiogramOf(const RecordingHeader& header, const CorrectParameters& parameters) {
+  if (parameters.ecg.empty()) return -1;
+  if (isOneOf(parameters.treatAsEeg, parameters.ecg))
+    throw UnusableInput(
+        fmt::format("--ecg and --treat-as-eeg name the same channel \"{}\": the heart beats are either found "
+                    "in it or removed from it.",
+                    parameters.ecg));
+  for (int c = 0; c < header.nrOfChannels(); ++c)
+    if (header.channels[static_cast<size_t>(c)].name == parameters.ecg) return c;
+  return -1;
+}
+
 } // namespace
 
 std::vector<ChannelRole> ChannelPlan::roles() const {
@@ -50,6 +69,7 @@ ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters&
   checkNames(header, parameters.treatAsEeg);
   const bool treatAll = isOneOf(parameters.treatAsEeg, allNames);
   ChannelPlan plan;
+  const int ecg = electrocardiogramOf(header, parameters);
   bool hasEeg = false;
   for (int c = 0; c < header.nrOfChannels(); ++c) {
     const RecordingChannel& channel = header.channels[static_cast<size_t>(c)];
@@ -59,6 +79,7 @@ ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters&
         !asEeg && (channel.kind == ChannelKind::Trigger || channel.kind == ChannelKind::Status);
     if (!planned.passesUntouched) {
       planned.role = roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
+      if (c == ecg) planned.role = electrocardiogramRole();
       planned.converterChannel = static_cast<int>(plan.corrected.size());
       plan.corrected.push_back(c);
       hasEeg = hasEeg || planned.role.showsSequence;

@@ -25,8 +25,9 @@ struct ChannelPlan {
 };
 
 /// EEG takes part in everything; ECG, EOG, EMG and other channels have the gradient artifact removed and are
-/// filtered, no more, unless they are to be treated like EEG; trigger and status channels pass. Throws
-/// UnusableInput when no channel is left to find the scanner's timing in, or a name is not there.
+/// filtered, no more, unless they are to be treated like EEG; the channel of --ecg is one of them; trigger
+/// and status channels pass. Throws UnusableInput when no channel is left to find the scanner's timing in, or
+/// a name is not there.
 ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters& parameters);
 
 /// For people: "corrected", "gradient artifact removed", "unchanged".

@@ -2,6 +2,7 @@
 
 #include "app/correct/PulseFigures.h"
 #include "app/correct/TimedConverter.h"
+#include "artifacts/cardiac/PulseDelay.h"
 #include "converter/steps/MachineResources.h"
 
 #include <algorithm>
@@ -75,7 +76,11 @@ private:
     if (job_.stopWithoutSequence && sequence.sliceDuration == 0) return false;
     // Medians over many channels have more minima than one series below 35 Hz; two samples apart is the most.
     cardiac.candidatesPerSecond = buffers.bcgRate / 2;
-    if (!TimedConverter::detectHeartPulses()) return false;
+    const bool isBlind = job_.beats.source == BeatSource::Blind;
+    if (!(isBlind ? TimedConverter::detectHeartPulses() : useKnownBeats())) return false;
+    found_.pulseSampleRate = static_cast<double>(buffers.bcgRate);
+    found_.plausibility = measurePlausibility({buffers.bcgSeries, buffers.bcgLength, buffers.bcgRate},
+                                              pulsesInEeg(), cardiac.period.period);
     found_.beatsPerMinute = cardiac.period.beatsPerMinute(buffers.bcgRate);
     found_.pulseListIsFull = cardiac.pulsePositions.size() >= cardiac.pulseCapacity;
     for (const double position : cardiac.pulsePositions)
@@ -83,16 +88,45 @@ private:
     return true;
   }
 
+  /// In place of period, detection signal and selection. Markers are made of what is found, not of the
+  /// converter's protocol.
+  bool useKnownBeats() {
+    const BcgSeries series{buffers.bcgSeries, buffers.bcgLength, buffers.bcgRate};
+    KnownBeats known = findKnownBeats(job_.beats, buffers.ecgSeries, series);
+    if (!known.problem.empty()) return showError(known.problem);
+    cardiac.period = known.period;
+    cardiac.pulsePositions = known.pulses.positions;
+    delays_ = std::move(known.delays);
+    for (const int32_t delay : delays_)
+      found_.pulseDelays.push_back(delay * static_cast<double>(buffers.bcgInterval));
+    found_.knownPulses = std::move(known.pulses);
+    return checkPulseModelIsPossible();
+  }
+
+  /// Where the artifact is in most channels.
+  std::vector<double> pulsesInEeg() const {
+    if (delays_.empty()) return cardiac.pulsePositions;
+    std::vector<int32_t> delays = delays_;
+    std::sort(delays.begin(), delays.end());
+    return delayedPulses(cardiac.pulsePositions, delays[delays.size() / 2], buffers.bcgLength);
+  }
+
   void buildPulseModel(int32_t pulseChannel) override {
     std::vector<double>& series = buffers.bcgSeries[static_cast<size_t>(pulseChannel)];
     const std::vector<double> before = series;
-    TimedConverter::buildPulseModel(pulseChannel);
-    found_.pulseFigures.push_back(
-        measurePulseFigures(before, series, cardiac.pulsePositions, buffers.bcgLength));
+    std::vector<double> pulses = cardiac.pulsePositions;
+    if (delays_.empty()) {
+      TimedConverter::buildPulseModel(pulseChannel);
+    } else {
+      pulses = delayedPulses(pulses, delays_[static_cast<size_t>(pulseChannel)], buffers.bcgLength);
+      PulseModel(pulses, cardiac.period.period).replaceByEstimate(series, buffers.bcgLength);
+    }
+    found_.pulseFigures.push_back(measurePulseFigures(before, series, pulses, buffers.bcgLength));
   }
 
   const ConverterJob& job_;
   Findings& found_;
+  std::vector<int32_t> delays_; ///< of known beats, per pulse channel
 };
 
 } // namespace

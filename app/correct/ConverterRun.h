@@ -2,9 +2,12 @@
 
 #include "app/correct/FoundScan.h"
 #include "app/correct/HostAnswers.h"
+#include "app/correct/KnownBeats.h"
+#include "artifacts/cardiac/PulsePlausibility.h"
 #include "converter/ChannelRole.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +21,7 @@ struct ConverterJob {
   double seconds = 0;
   std::vector<double> lineFrequencies; ///< Hz, sinusoids to remove
   TimingRequest timing;
+  BeatRequest beats;
   bool removeGradient = true;
   bool stopWithoutSequence = true; ///< do not look for heart beats when no scanner sequence was found
 };
@@ -35,7 +39,11 @@ struct PulseChannelFigures {
 struct Findings {
   FoundScans timing;
   double beatsPerMinute = 0;
-  std::vector<double> pulseTimes; ///< seconds from the first sample
+  std::vector<double> pulseTimes;  ///< seconds from the first sample
+  std::vector<double> pulseDelays; ///< of known beats: seconds to the artifact, per channel as pulseFigures
+  KnownPulses knownPulses;         ///< how known beats were made usable; their positions are pulseTimes
+  std::optional<PulsePlausibility> plausibility; ///< of the pulses
+  double pulseSampleRate = 0; ///< Hz, of what is told in samples of knownPulses and plausibility
   std::vector<PulseChannelFigures>
       pulseFigures; ///< per channel that takes part in pulses, in the converter's order
   bool pulseListIsFull = false;

@@ -33,6 +33,8 @@ struct CorrectParameters {
   double tr = 0;               ///< seconds from volume to volume; 0: not known
   int slices = 0;              ///< per volume; 0: not known
   std::optional<double> first; ///< onset of the first volume, seconds from the recording's first sample
+  std::string pulseMarkers;    ///< name of the markers that are heart beats; empty: none
+  std::string ecg;             ///< channel whose R peaks are the heart beats; empty: none
 
   std::vector<std::string> channels;   ///< names; empty: all
   std::vector<std::string> treatAsEeg; ///< names of channels of any kind that are corrected like EEG

@@ -139,6 +139,7 @@ private:
     job.seconds = static_cast<double>(plan.nrOfTimePoints) / job.samplingFrequency;
     job.lineFrequencies = parameters_.lineNoise;
     job.timing = plan.timing;
+    job.beats = plan.beats;
     job.removeGradient = removeGradient;
     job.stopWithoutSequence = removeGradient && !parameters_.allowUncorrected;
 

@@ -124,7 +124,7 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
   if (!areVolumes && parameters.sliceMarkers.empty()) return timing;
   timing.markerKind = areVolumes ? MarkerKind::Volume : MarkerKind::Slice;
   const std::string& name = areVolumes ? parameters.volumeMarkers : parameters.sliceMarkers;
-  for (const double onset : onsetsOfMarkers(header, name))
+  for (const double onset : withoutDoubles(onsetsOfMarkers(header, name), header.samplingFrequency))
     if (onset >= first && onset < static_cast<double>(plan.endTimePoint()))
       timing.markers.push_back(onset - first);
   constexpr size_t fewestMarkers = 3;
@@ -146,6 +146,7 @@ CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParame
   checkFilters(header, parameters);
   checkSize(header, parameters, plan);
   plan.timing = timingOf(header, parameters, plan);
+  plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
 
   HostAnswers::Dialogue& dialogue = plan.dialogue;
   dialogue.correctBcg = parameters.bcg;

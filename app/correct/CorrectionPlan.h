@@ -3,6 +3,7 @@
 #include "app/correct/ChannelPlan.h"
 #include "app/correct/ConverterRun.h"
 #include "app/correct/CorrectParameters.h"
+#include "app/correct/KnownBeats.h"
 #include "files/exchange/Recording.h"
 
 #include <cstdint>
@@ -21,7 +22,8 @@ struct CorrectionPlan {
   bool hasInterval = false;
   HostAnswers::Dialogue dialogue; ///< all but the path
   TimingRequest timing;           ///< positions from `firstTimePoint` on
-  std::string suffix;             ///< of the output's name
+  BeatRequest beats;
+  std::string suffix; ///< of the output's name
 
   int64_t nrOfOutputTimePoints() const { return (nrOfTimePoints - 1) / decimationFactor + 1; }
   int64_t endTimePoint() const { return firstTimePoint + nrOfTimePoints; }

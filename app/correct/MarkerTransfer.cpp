@@ -39,6 +39,13 @@ void addGradientMarkers(const FoundScan& scan, double rate, double nrOfTimePoint
   }
 }
 
+void addBadMarker(const char* name, const Stretch& stretch, double rate, double nrOfTimePoints,
+                  std::vector<RecordingMarker>& markers) {
+  RecordingMarker marker = markerAt(badType, name, stretch.start, rate);
+  marker.duration = std::min(stretch.end * rate, nrOfTimePoints) - marker.onset;
+  markers.push_back(std::move(marker));
+}
+
 /// Onset and end in the corrected interval; false when the marker lies outside.
 bool moveIntoInterval(RecordingMarker& marker, const CorrectionPlan& plan) {
   const auto first = static_cast<double>(plan.firstTimePoint);
@@ -57,13 +64,35 @@ bool moveIntoInterval(RecordingMarker& marker, const CorrectionPlan& plan) {
 
 } // namespace
 
-std::vector<Stretch> unmodelledStretches(const std::vector<double>& pulseTimes, double seconds) {
+std::vector<Stretch> unmodelledStretches(const Findings& found, double seconds) {
   constexpr size_t fewestPulses = 3;
-  if (pulseTimes.size() < fewestPulses) return {};
-  const size_t n = pulseTimes.size();
-  const double begin = pulseTimes[0] + modelBegins * (pulseTimes[1] - pulseTimes[0]);
-  const double end = pulseTimes[n - 1] - modelBegins * (pulseTimes[n - 1] - pulseTimes[n - 2]);
+  const std::vector<double>& times = found.pulseTimes;
+  if (times.size() < fewestPulses) return {};
+  double earliest = 0;
+  double latest = 0;
+  if (!found.pulseDelays.empty()) {
+    const auto [low, high] = std::minmax_element(found.pulseDelays.begin(), found.pulseDelays.end());
+    earliest = *low;
+    latest = *high;
+  }
+  const double begin = times[0] + latest + modelBegins * (times[1] - times[0]);
+  double end = seconds;
+  for (const double delay : {earliest, latest}) {
+    // A pulse behind the recording's end is none.
+    size_t n = times.size();
+    while (n > 2 && times[n - 1] + delay >= seconds) --n;
+    end = std::min(end, times[n - 1] + delay - modelBegins * (times[n - 1] - times[n - 2]));
+  }
   return {{0, begin}, {end, seconds}};
+}
+
+std::vector<Stretch> guessedStretches(const Findings& found) {
+  constexpr int64_t severalBeats = 4;
+  std::vector<Stretch> stretches;
+  for (const FilledGap& gap : found.knownPulses.gaps)
+    if (gap.nrOfBeats >= severalBeats)
+      stretches.push_back({gap.from / found.pulseSampleRate, gap.to / found.pulseSampleRate});
+  return stretches;
 }
 
 std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
@@ -79,11 +108,10 @@ std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, cons
   for (const double time : found.pulseTimes)
     markers.push_back(markerAt(foundType, pulseMarkerName, time, rate));
   const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
-  for (const Stretch& stretch : unmodelledStretches(found.pulseTimes, seconds)) {
-    RecordingMarker marker = markerAt(badType, unmodelledMarkerName, stretch.start, rate);
-    marker.duration = std::min(stretch.end * rate, length) - marker.onset;
-    markers.push_back(std::move(marker));
-  }
+  for (const Stretch& stretch : unmodelledStretches(found, seconds))
+    addBadMarker(unmodelledMarkerName, stretch, rate, length, markers);
+  for (const Stretch& stretch : guessedStretches(found))
+    addBadMarker(guessedMarkerName, stretch, rate, length, markers);
   if (atWholeSamples) {
     for (size_t i = nrOfCarried; i < markers.size(); ++i) {
       markers[i].onset = std::min(std::floor(markers[i].onset + 0.5), length - 1);

@@ -18,11 +18,7 @@ VolumeAverage averageOf(RecordingReader& recording, double samplingFrequency,
                         const std::function<void(double)>& progress) {
   const RecordingHeader& header = recording.header();
   VolumeAverage average(scans[scan].sequence, samplingFrequency, header.nrOfChannels());
-  for (size_t i = 0; i < scans.size(); ++i) {
-    const bool isAnother = i != scan;
-    if (isAnother || scans[i].partsBefore + scans[i].partsBehind > 0)
-      average.addCorrectedStretch(scans[i].begin, scans[i].end);
-  }
+  for (const FoundScan& corrected : scans) average.addCorrectedStretch(corrected.begin, corrected.end);
   const int64_t blockLength = convenientBlockLength(header.nrOfChannels());
   std::vector<double> values;
   for (int64_t done = 0; done < header.nrOfTimePoints;) {

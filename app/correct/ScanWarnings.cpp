@@ -122,8 +122,8 @@ bool looksLikeScan(const CorrectionResult& result) {
 std::vector<std::string> notesOnTiming(const FoundScans& timing) {
   std::vector<std::string> notes;
   if (timing.source == TimingSource::SimilarVolumes && !timing.doubt.empty())
-    notes.push_back(fmt::format("the quiet between slices would tell {}: the scan's timing was found by the "
-                                "similarity of its volumes.",
+    notes.push_back(fmt::format("the quiet between slices does not tell the scan's timing ({}): it was found "
+                                "by the similarity of volumes.",
                                 timing.doubt));
   const bool isChoice = std::any_of(timing.scans.begin(), timing.scans.end(),
                                     [](const FoundScan& scan) { return !scan.isCountIdentifiable; });

@@ -41,6 +41,8 @@ Json parametersOf(const CorrectionResult& result, const CorrectParameters& param
   const CorrectionPlan& plan = result.plan;
   const double fs = result.header.samplingFrequency;
   return {{"RemoveHeartBeatArtifact", parameters.bcg},
+          {"PulseMarkers", parameters.pulseMarkers.empty() ? Json() : Json(parameters.pulseMarkers)},
+          {"EcgChannel", parameters.ecg.empty() ? Json() : Json(parameters.ecg)},
           {"Averaging", parameters.volumeWise ? "volume-wise" : "slice-wise"},
           {"WindowHalfLengthSlices", parameters.window},
           {"VolumeMarkers", parameters.volumeMarkers},
@@ -91,6 +93,37 @@ Json timingOf(const CorrectionResult& result) {
           {"Averaging", result.volumeWise() ? "volume-wise" : "slice-wise"}};
 }
 
+Json stretchesOf(const std::vector<Stretch>& stretches) {
+  Json list = Json::array();
+  for (const Stretch& stretch : stretches) list.push_back({stretch.start, stretch.end});
+  return list;
+}
+
+Json heartBeatsOf(const CorrectionResult& result) {
+  const Findings& found = result.found;
+  const BeatRequest& request = result.plan.beats;
+  const double seconds = static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
+  Json beats = {{"Source", nameOf(request.source)},
+                {"NumberOfBeats", found.pulseTimes.size()},
+                {"BeatsPerMinute", found.beatsPerMinute},
+                {"StretchesWithoutModel", stretchesOf(unmodelledStretches(found, seconds))}};
+  if (const auto& pulses = found.plausibility)
+    beats["Plausibility"] = {
+        {"CommonBeatsPerMinute",
+         pulses->commonPeriod > 0 ? Json(60 * found.pulseSampleRate / pulses->commonPeriod) : Json()},
+        {"IntervalsOffByAThird", pulses->offIntervals},
+        {"CommonShareOfEnergy", pulses->commonShare},
+        {"UnlikeBeats", pulses->unlikePulses}};
+  if (request.source == BeatSource::Blind) return beats;
+  int64_t nrOfGuessed = 0;
+  for (const FilledGap& gap : found.knownPulses.gaps) nrOfGuessed += gap.nrOfBeats;
+  beats[request.source == BeatSource::Ecg ? "Channel" : "Markers"] = request.name;
+  beats["LeftOut"] = found.knownPulses.nrOfDoubled + found.knownPulses.nrOfStray;
+  beats["Guessed"] = nrOfGuessed;
+  beats["StretchesWithGuessedBeats"] = stretchesOf(guessedStretches(found));
+  return beats;
+}
+
 Json detectedOf(const CorrectionResult& result, const CorrectParameters& parameters) {
   Json detected;
   detected["Scans"] = Json::array();
@@ -99,16 +132,7 @@ Json detectedOf(const CorrectionResult& result, const CorrectParameters& paramet
     for (const FoundScan& scan : result.found.timing.scans) detected["Scans"].push_back(scanOf(scan));
     detected["Timing"] = timingOf(result);
   }
-  detected["HeartBeats"] = Json();
-  if (parameters.bcg) {
-    Json stretches = Json::array();
-    const double seconds = static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
-    for (const Stretch& stretch : unmodelledStretches(result.found.pulseTimes, seconds))
-      stretches.push_back({stretch.start, stretch.end});
-    detected["HeartBeats"] = {{"NumberOfBeats", result.found.pulseTimes.size()},
-                              {"BeatsPerMinute", result.found.beatsPerMinute},
-                              {"StretchesWithoutModel", stretches}};
-  }
+  detected["HeartBeats"] = parameters.bcg ? heartBeatsOf(result) : Json();
   return detected;
 }
 
@@ -156,11 +180,14 @@ Json channelsOf(const CorrectionResult& result) {
     }
     const bool hasPulses = !planned.passesUntouched && planned.role.takesPartInPulses;
     if (hasPulses && pulseChannel < result.found.pulseFigures.size()) {
-      const PulseChannelFigures& pulses = result.found.pulseFigures[pulseChannel++];
+      const PulseChannelFigures& pulses = result.found.pulseFigures[pulseChannel];
       entry["HeartBeatArtifact"] = {{"RmsBelow35HzBefore", pulses.rmsBefore},
                                     {"RmsBelow35HzAfter", pulses.rmsAfter},
                                     {"BeatAverageRmsBefore", pulses.beatRmsBefore},
                                     {"BeatAverageRmsAfter", pulses.beatRmsAfter}};
+      if (pulseChannel < result.found.pulseDelays.size())
+        entry["HeartBeatArtifact"]["Delay"] = result.found.pulseDelays[pulseChannel];
+      ++pulseChannel;
     }
     channels.push_back(std::move(entry));
   }

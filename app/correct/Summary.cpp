@@ -37,6 +37,24 @@ void printResidual(std::ostream& out, const CorrectionResult& result) {
              median.before, median.after, worst.channel, worst.after);
 }
 
+const char* waysOf(TimingSource source) {
+  switch (source) {
+  case TimingSource::QuietBetweenSlices:
+    return "found by the quiet between slices";
+  case TimingSource::SimilarVolumes:
+    return "found by the similarity of volumes";
+  case TimingSource::VolumeMarkers:
+    return "from the volume markers";
+  case TimingSource::SliceMarkers:
+    return "from the slice markers";
+  case TimingSource::GivenTiming:
+    return "from the given TR";
+  case TimingSource::None:
+    break;
+  }
+  return "none";
+}
+
 void printScans(std::ostream& out, const CorrectionResult& result) {
   const FoundScans& timing = result.found.timing;
   if (!looksLikeScan(result)) {
@@ -51,11 +69,20 @@ void printScans(std::ostream& out, const CorrectionResult& result) {
                scan.sequence.firstTriggerTime,
                scan.partsBefore + scan.partsBehind > 0 ? ", and parts of volumes at its ends" : "");
   }
-  const FoundScan& longest = timing.longest();
-  fmt::print(out, "Timing:    from {}",
-             timing.source == TimingSource::GivenTiming ? "the given TR" : "the " + nameOf(timing.source));
-  if (!longest.isCountIdentifiable) fmt::print(out, "; slices alike, counts are a choice");
-  fmt::print(out, "\n");
+  fmt::print(out, "Timing:    {}{}\n", waysOf(timing.source),
+             timing.longest().isCountIdentifiable ? "" : "; slices are all alike, counts are a choice");
+}
+
+std::string originOfBeats(const BeatRequest& request) {
+  switch (request.source) {
+  case BeatSource::Markers:
+    return fmt::format(", from the markers {}", request.name);
+  case BeatSource::Ecg:
+    return fmt::format(", R peaks of {}", request.name);
+  case BeatSource::Blind:
+    break;
+  }
+  return "";
 }
 
 } // namespace
@@ -64,8 +91,8 @@ void printSummary(std::ostream& out, const CorrectionResult& result, const Corre
   printScans(out, result);
   if (looksLikeScan(result)) printResidual(out, result);
   if (parameters.bcg)
-    fmt::print(out, "Heart:     {} beats, {:.0f} per minute\n", result.found.pulseTimes.size(),
-               result.found.beatsPerMinute);
+    fmt::print(out, "Heart:     {} beats, {:.0f} per minute{}\n", result.found.pulseTimes.size(),
+               result.found.beatsPerMinute, originOfBeats(result.plan.beats));
   fmt::print(out, "Corrected: {}\n", result.files.back());
 }
 

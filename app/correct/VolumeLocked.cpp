@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <numbers>
+#include <utility>
 
 namespace emeg {
 
@@ -21,20 +22,41 @@ double medianOf(std::vector<float> values) {
   return static_cast<double>(*middle);
 }
 
-/// Mean square of the sinusoid with `harmonic` periods in the waveform.
-double powerOf(const std::vector<double>& waveform, int64_t harmonic) {
-  const auto n = static_cast<int64_t>(waveform.size());
-  const double step = 2 * std::numbers::pi / static_cast<double>(n);
-  double re = 0;
-  double im = 0;
-  for (int64_t i = 0; i < n; ++i) {
-    const double angle = step * static_cast<double>(i * harmonic % n);
-    re += waveform[static_cast<size_t>(i)] * std::cos(angle);
-    im -= waveform[static_cast<size_t>(i)] * std::sin(angle);
+/// Powers of a waveform's harmonics; the cosines of a turn are computed once.
+class Harmonics {
+public:
+  explicit Harmonics(std::vector<double> waveform) : waveform_(std::move(waveform)) {
+    const double step = 2 * std::numbers::pi / static_cast<double>(waveform_.size());
+    for (size_t i = 0; i < waveform_.size(); ++i) {
+      const double angle = step * static_cast<double>(i);
+      turn_.push_back({std::cos(angle), std::sin(angle)});
+    }
   }
-  const auto length = static_cast<double>(n);
-  return 2 * (re * re + im * im) / (length * length);
-}
+
+  /// Mean square of the sinusoid with `harmonic` periods (fewer than there are values) in the waveform.
+  double powerOf(int64_t harmonic) const {
+    const size_t n = waveform_.size();
+    const auto step = static_cast<size_t>(harmonic);
+    double re = 0;
+    double im = 0;
+    size_t at = 0;
+    for (size_t i = 0; i < n; ++i) {
+      re += waveform_[i] * turn_[at].cosine;
+      im -= waveform_[i] * turn_[at].sine;
+      at += step;
+      if (at >= n) at -= n;
+    }
+    const auto length = static_cast<double>(n);
+    return 2 * (re * re + im * im) / (length * length);
+  }
+
+private:
+  struct Direction {
+    double cosine, sine;
+  };
+  std::vector<double> waveform_;
+  std::vector<Direction> turn_;
+};
 
 /// Which multiple of the slice frequency a multiple of the volume frequency belongs to; 0: to none.
 int64_t sliceHarmonicAt(int64_t harmonic, const MRSequence& sequence) {
@@ -101,9 +123,10 @@ void VolumeAverage::endVolume() {
     const bool isCounted = currentVolume_ >= 0 && currentVolume_ < sequence_.nrOfVolumes;
     const bool isOutside = !isCounted && !isCorrected(currentVolume_);
     for (Channel& channel : channels_) {
-      const auto peakToPeak = static_cast<float>(channel.highest - channel.lowest);
-      if (isCounted) channel.peakToPeaks.push_back(peakToPeak);
-      if (isOutside) channel.outside.push_back(peakToPeak);
+      const auto roughness = static_cast<float>(channel.steps / static_cast<double>(samplesInVolume_));
+      if (isCounted) channel.peakToPeaks.push_back(static_cast<float>(channel.highest - channel.lowest));
+      if (isCounted) channel.roughnesses.push_back(roughness);
+      if (isOutside) channel.outside.push_back(roughness);
     }
   }
   samplesInVolume_ = 0;
@@ -171,6 +194,8 @@ void VolumeAverage::addStretch(int64_t first, int64_t end, int64_t count, std::s
       const bool isFirst = samplesInVolume_ == 0 && i == 0;
       channel.lowest = isFirst ? value : std::min(channel.lowest, value);
       channel.highest = isFirst ? value : std::max(channel.highest, value);
+      channel.steps = isFirst ? 0 : channel.steps + std::abs(value - channel.last);
+      channel.last = value;
       if (!isPaired) continue;
       channel.sums[bins_[i]] += value;
       if (!channel.partSums.empty()) channel.partSums[partBins_[i]] += value;
@@ -196,7 +221,7 @@ std::vector<double> VolumeAverage::averageOf(const Channel& channel) const {
 
 VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range) const {
   VolumeLockedPart part;
-  const std::vector<double> average = averageOf(channels_[static_cast<size_t>(channel)]);
+  const Harmonics average(averageOf(channels_[static_cast<size_t>(channel)]));
   const double volumeDuration = sequence_.volumeDuration;
   const auto first = std::max(static_cast<int64_t>(std::ceil(range.lowest * volumeDuration)), int64_t{1});
   const auto last = std::min(static_cast<int64_t>(std::floor(range.highest * volumeDuration)),
@@ -209,8 +234,8 @@ VolumeLockedPart VolumeAverage::partOf(int channel, const FrequencyRange& range)
   };
   std::map<int64_t, Group> groups; // per multiple of the slice frequency
   for (int64_t harmonic = first; harmonic <= last; ++harmonic) {
-    const double line = powerOf(average, 2 * harmonic);
-    const double beside = 0.5 * (powerOf(average, 2 * harmonic - 1) + powerOf(average, 2 * harmonic + 1));
+    const double line = average.powerOf(2 * harmonic);
+    const double beside = 0.5 * (average.powerOf(2 * harmonic - 1) + average.powerOf(2 * harmonic + 1));
     background += beside;
     const int64_t multiple = sliceHarmonicAt(harmonic, sequence_);
     (multiple > 0 ? slices : others) += line;
@@ -236,7 +261,7 @@ double VolumeAverage::medianImagingArtifact(int channel) const {
 
 double VolumeAverage::artifactSecondsOutside(int channel) const {
   const Channel& c = channels_[static_cast<size_t>(channel)];
-  const double half = medianOf(c.peakToPeaks) / 2;
+  const double half = medianOf(c.roughnesses) / 2;
   const auto loud = std::count_if(c.outside.begin(), c.outside.end(),
                                   [half](float value) { return static_cast<double>(value) > half; });
   return half > 0 ? static_cast<double>(loud) * sequence_.volumeDuration : 0;

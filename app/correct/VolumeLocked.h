@@ -66,10 +66,12 @@ public:
 private:
   static constexpr int nrOfParts = 3;
   struct Channel {
-    std::vector<double> sums;                ///< per phase of a pair
-    std::vector<double> partSums;            ///< per phase of a volume, for each part of the scan
-    std::vector<float> peakToPeaks, outside; ///< per volume
-    double lowest = 0, highest = 0;          ///< of the current volume
+    std::vector<double> sums;                  ///< per phase of a pair
+    std::vector<double> partSums;              ///< per phase of a volume, for each part of the scan
+    std::vector<float> peakToPeaks;            ///< per counted volume
+    std::vector<float> roughnesses, outside;   ///< mean steps, per counted volume and per other one
+    double lowest = 0, highest = 0, steps = 0; ///< of the current volume
+    double last = 0;                           ///< value
   };
   double inVolumes(int64_t position) const;
   int64_t volumeAt(int64_t position) const;

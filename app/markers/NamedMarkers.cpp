@@ -15,6 +15,8 @@ namespace {
 constexpr size_t mostNamesInMessage = 20;
 constexpr size_t longestNameInMessage = 60; // bytes
 
+constexpr double onePlace = 0.010; // seconds
+
 /// Without blanks at the ends, and with one for every run of them.
 std::string withSingleBlanks(const std::string& text) {
   std::string result;
@@ -72,6 +74,13 @@ std::vector<double> onsetsOfMarkers(const RecordingHeader& header, const std::st
     throw UnusableInput(fmt::format("\"{}\" names no marker: {} has none at all.", forMessage(name), file));
   throw UnusableInput(fmt::format("\"{}\" names no marker of {}. Its markers are {}; choose one of them.",
                                   forMessage(name), file, namesIn(header)));
+}
+
+std::vector<double> withoutDoubles(const std::vector<double>& onsets, double samplingFrequency) {
+  std::vector<double> result;
+  for (const double onset : onsets)
+    if (result.empty() || onset - result.back() > onePlace * samplingFrequency) result.push_back(onset);
+  return result;
 }
 
 } // namespace emeg

@@ -13,4 +13,8 @@ namespace emeg {
 /// that the recording has, when no marker goes by it.
 std::vector<double> onsetsOfMarkers(const RecordingHeader& header, const std::string& name);
 
+/// Without those that come less than 10 ms behind another one: two markers that close stand for one event.
+/// Onsets ascend.
+std::vector<double> withoutDoubles(const std::vector<double>& onsets, double samplingFrequency);
+
 } // namespace emeg

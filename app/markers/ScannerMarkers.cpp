@@ -15,7 +15,6 @@ namespace emeg {
 
 namespace {
 
-constexpr double onePlace = 0.010;          // seconds; two markers that close stand for one event
 constexpr size_t mostAtOnePlace = 3;        // on average: the event's begin and end, or two recorders
 constexpr double tolerance = 0.003;         // seconds off the line, or two samples where they are longer
 constexpr double longestSlice = 0.3;        // seconds
@@ -47,18 +46,12 @@ std::vector<Group> groupsOf(const RecordingHeader& header) {
     descriptions[marker.type].insert(marker.description);
   }
   std::vector<Group> groups;
+  groups.reserve(byName.size() + byType.size());
   for (auto& [name, onsets] : byName) groups.push_back({name.first, name.second, false, std::move(onsets)});
   for (auto& [type, onsets] : byType)
     if (!type.empty() && descriptions[type].size() > 1) groups.push_back({type, "", true, std::move(onsets)});
   for (Group& group : groups) std::sort(group.onsets.begin(), group.onsets.end());
   return groups;
-}
-
-std::vector<double> withoutDoubles(const std::vector<double>& sorted, double samplingFrequency) {
-  std::vector<double> result;
-  for (const double onset : sorted)
-    if (result.empty() || onset - result.back() > onePlace * samplingFrequency) result.push_back(onset);
-  return result;
 }
 
 double endOf(const MarkerLine& line) {

@@ -67,7 +67,7 @@ PulseArtifact::PulseArtifact(const SimulationParameters& parameters)
       largest = std::max(largest, std::abs(value));
     }
     double peak = parameters.heart->peakUv * random.uniform(1 - peakSpread, 1 + peakSpread);
-    if (parameters.isDead(c)) peak = 0;
+    if (parameters.isDead(c) || parameters.isEcg(c)) peak = 0;
     const double scale = random.sign() * peak / largest;
     for (double& weight : topography) weight *= scale;
     topographies_.push_back(topography);

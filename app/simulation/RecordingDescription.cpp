@@ -1,6 +1,6 @@
 #include "app/simulation/RecordingDescription.h"
 
-#include "app/simulation/Electrodes.h"
+#include "app/simulation/HeartBeats.h"
 #include "files/formats/Protocol.h"
 #include "files/formats/ProtocolFile.h"
 
@@ -17,6 +17,15 @@ constexpr double longestBlockSeconds = 10;
 constexpr int fewestBlocks = 6;
 constexpr double microsecondsPerSecond = 1e6;
 
+/// What a monitor beside the scanner would send: a marker "R" at every R peak.
+void addRPeaks(const SimulationParameters& parameters, Protocol& protocol) {
+  protocol.findOrAddCondition("R", -1, 255, 64, 64);
+  for (const double time : HeartBeats::draw(*parameters.heart, parameters.seed, parameters.seconds).times) {
+    const double us = std::floor(time * microsecondsPerSecond + 0.5);
+    if (time >= 0 && time < parameters.seconds) protocol.addInterval(us, us);
+  }
+}
+
 Protocol blockDesign(const SimulationParameters& parameters) {
   const double blockSeconds = std::min(longestBlockSeconds, parameters.seconds / fewestBlocks);
   const double blockUs = std::floor(blockSeconds * microsecondsPerSecond);
@@ -30,6 +39,7 @@ Protocol blockDesign(const SimulationParameters& parameters) {
   };
   addBlocks("Rest", 0, 128, 128, 128);
   addBlocks("Task", blockUs, 255, 128, 0);
+  if (parameters.ecg) addRPeaks(parameters, protocol);
   return protocol;
 }
 
@@ -51,7 +61,8 @@ ChannelDescription describeChannels(const SimulationParameters& parameters, cons
   description.header.setIntervalLengthMs(endMs);
   description.header.setNrOfTimePoints(static_cast<int32_t>(parameters.nrOfTimePoints()));
   for (int c = 0; c < parameters.nrOfChannels; c++)
-    description.channelRecords.push_back(CcdChannelRecord::make(electrodeName(c), eegChannelType, fs));
+    description.channelRecords.push_back(
+        CcdChannelRecord::make(parameters.channelName(c), eegChannelType, fs));
   return description;
 }
 
@@ -62,7 +73,8 @@ RecordingHeader describeRecording(const SimulationParameters& parameters,
   header.nrOfTimePoints = parameters.nrOfTimePoints();
   for (int c = 0; c < parameters.nrOfChannels; c++) {
     RecordingChannel channel;
-    channel.name = electrodeName(c);
+    channel.name = parameters.channelName(c);
+    if (parameters.isEcg(c)) channel.kind = ChannelKind::Ecg;
     channel.unit = "uV";
     header.channels.push_back(channel);
   }

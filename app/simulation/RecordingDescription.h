@@ -10,13 +10,14 @@
 
 namespace emeg {
 
-/// The channel description of a simulated recording: electrode names, every channel good, and the names
+/// The channel description of a simulated recording: channel names, every channel good, and the names
 /// (without folder) of the recording and of its protocol, the latter empty when there is none.
 ChannelDescription describeChannels(const SimulationParameters& parameters, const std::string& ctcFileName,
                                     const std::string& prtFileName);
 
 /// What a file of another format says of a simulated recording: electrode names, and as markers the blocks of
-/// the protocol and the scanner's triggers (time points).
+/// the protocol and the scanner's triggers (time points); with an electrocardiogram markers "R" at its R
+/// peaks, too.
 RecordingHeader describeRecording(const SimulationParameters& parameters,
                                   const std::vector<int64_t>& triggers);
 

@@ -11,6 +11,7 @@ Simulation::Simulation(const SimulationParameters& parameters)
   if (parameters.movement) movement_.emplace(parameters);
   if (parameters.gradient) gradient_.emplace(parameters);
   if (parameters.heart) pulse_.emplace(parameters);
+  if (parameters.ecg) ecg_.emplace(parameters, pulse_->beats());
 }
 
 bool Simulation::next(int64_t largestCount, SimulatedBlock& block) {
@@ -29,6 +30,7 @@ bool Simulation::next(int64_t largestCount, SimulatedBlock& block) {
   eeg_.next(count, block.clean);
   lineNoise_.add(position_, count, block.clean);
   if (movement_) movement_->add(position_, count, block.clean);
+  if (ecg_) ecg_->add(position_, std::span(block.clean).last(length));
   for (const int channel : parameters_.deadChannels)
     std::fill_n(block.clean.begin() + channel * count, count, 0.0);
   if (pulse_) pulse_->fill(position_, count, block.pulse);

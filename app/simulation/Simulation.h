@@ -2,6 +2,7 @@
 
 #include "app/simulation/BackgroundEeg.h"
 #include "app/simulation/Disturbances.h"
+#include "app/simulation/Electrocardiogram.h"
 #include "app/simulation/GradientArtifact.h"
 #include "app/simulation/LineNoise.h"
 #include "app/simulation/MovementBursts.h"
@@ -21,7 +22,7 @@ struct SimulatedBlock {
   int64_t firstTimePoint = 0;
   int64_t nrOfTimePoints = 0;
   int nrOfChannels = 0;
-  std::vector<double> clean;  ///< EEG, sensor noise, line noise and movements
+  std::vector<double> clean;  ///< EEG, sensor noise, line noise and movements; electrocardiogram
   std::vector<double> bursts; ///< gradient artifact of a channel of gain 1, one value per time point
   double clipUv = 0;          ///< largest absolute value that is recorded; 0: any
   std::vector<double> pulse;  ///< heart beat artifact
@@ -73,6 +74,7 @@ private:
   std::optional<MovementBursts> movement_;
   std::optional<GradientArtifact> gradient_;
   std::optional<PulseArtifact> pulse_;
+  std::optional<Electrocardiogram> ecg_;
   int64_t position_ = 0;
 };
 

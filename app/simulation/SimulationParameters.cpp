@@ -1,6 +1,7 @@
 #include "app/simulation/SimulationParameters.h"
 
 #include "app/simulation/BurstWaveform.h"
+#include "app/simulation/Electrodes.h"
 #include "app/simulation/GradientArtifact.h"
 #include "app/simulation/MovementBursts.h"
 
@@ -29,6 +30,9 @@ constexpr double lowestSamplingFrequency = 100;
 constexpr double highestSamplingFrequency = 100000;
 constexpr double slowRate = 4000; // Hz; recordings below it are those of amplifiers with a wide pass band
 constexpr double largestEctopicShare = 0.3; // beyond, hardly any regular interval is left
+
+constexpr double multibandQuiet = 0.006; // seconds between excitations in which nothing is seen
+constexpr double invisiblePart = 0.5;    // of a burst's edges: the outermost, below a hundredth of the peak
 
 std::string rangeProblem(const char* what, double value, double low, double high, const char* unit) {
   if (value >= low && value <= high) return "";
@@ -74,6 +78,13 @@ std::string problemWithHeart(const HeartParameters& heart, double seconds) {
                       rangeProblem("The share of ectopic beats", heart.ectopicShare * 100, 0,
                                    largestEctopicShare * 100, " %"),
                       heart.weak ? problemWithWeakStretch(*heart.weak, seconds) : std::string());
+}
+
+std::string problemWithEcg(const SimulationParameters& parameters) {
+  if (!parameters.heart) return "An electrocardiogram needs a heart: use preset bcg or both.";
+  if (parameters.nrOfChannels < 2) return "An electrocardiogram needs at least one channel of EEG beside it.";
+  return firstProblem(rangeProblem("The R peaks' height", parameters.ecg->rPeakUv, -100000, 100000, " uV"),
+                      rangeProblem("The T wave's height", parameters.ecg->tWave, 0, 10, " of R's"));
 }
 
 std::string problemWithMovement(const MovementParameters& movement, double seconds) {
@@ -190,6 +201,10 @@ std::string nameOf(Preset preset) {
   return presetNames[static_cast<size_t>(preset)].second;
 }
 
+std::string SimulationParameters::channelName(int channel) const {
+  return isEcg(channel) ? "ECG" : electrodeName(channel);
+}
+
 bool SimulationParameters::isDead(int channel) const {
   return std::find(deadChannels.begin(), deadChannels.end(), channel) != deadChannels.end();
 }
@@ -219,8 +234,6 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
       gradient.nrOfSlicesPerVolume = 12;
       gradient.sliceDuration = 0.0625113;
       gradient.gapDuration = 0;
-      gradient.burstDuration = 0.056;
-      gradient.leastQuiet = 0.005;
     }
     if (preset == Preset::ManySlices) {
       gradient.nrOfSlicesPerVolume = 120;
@@ -241,8 +254,8 @@ SimulationParameters presetParameters(Preset preset, double samplingFrequency) {
   return parameters;
 }
 
-/// Neighbouring windows of Fill add up to one everywhere; short slices overlap where the sampling frequency
-/// asks for long edges.
+/// Neighbouring windows of Fill add up to one everywhere; short slices, and those with short quiet between
+/// them, overlap where the sampling frequency asks for long edges.
 void fitBurstsToSlices(SimulationParameters& parameters) {
   if (!parameters.gradient) return;
   GradientParameters& gradient = *parameters.gradient;
@@ -254,6 +267,8 @@ void fitBurstsToSlices(SimulationParameters& parameters) {
     gradient.burstDuration = std::max(gradient.burstDuration, edges + 0.009);
   else if (parameters.preset == Preset::ManySlices)
     gradient.burstDuration = std::max(0.021, edges + 0.008);
+  else if (parameters.preset == Preset::Multiband)
+    gradient.burstDuration = gradient.sliceDuration - multibandQuiet + invisiblePart * edges;
   else
     return;
   gradient.leastQuiet = -gradient.sliceDuration;
@@ -273,6 +288,7 @@ std::string problemWith(const SimulationParameters& parameters) {
       problemWithLineNoise(parameters), problemWithDeadChannels(parameters),
       parameters.movement ? problemWithMovement(*parameters.movement, parameters.seconds) : std::string(),
       parameters.heart ? problemWithHeart(*parameters.heart, parameters.seconds) : std::string(),
+      parameters.ecg ? problemWithEcg(parameters) : std::string(),
       parameters.gradient ? problemWithGradient(*parameters.gradient, parameters) : std::string(),
       problemWithTriggers(parameters.triggers),
       problemWithDisturbances(parameters.disturbances, parameters.seconds));

@@ -17,7 +17,7 @@ enum class Preset {
   Fill,        ///< the readout fills the slice: no quiet at all but for the dead time of a volume
   TwoBursts,   ///< every slice shows two bursts
   Equidistant, ///< slice after slice without dead time
-  Multiband,   ///< few excitations per volume with short quiet between them, no dead time
+  Multiband,   ///< few excitations per volume with 6 ms of quiet between them, no dead time
   ManySlices   ///< 120 short slices per volume
 };
 
@@ -81,6 +81,12 @@ struct HeartParameters {
   std::optional<WeakStretch> weak;
 };
 
+/// The electrocardiogram of the last channel, which then shows no heart beat artifact.
+struct EcgParameters {
+  double rPeakUv = 1000; ///< height of the R peaks; negative: electrodes the wrong way round
+  double tWave = 0.5;    ///< height of the T wave, of R's: larger than outside the magnet
+};
+
 /// Movements of the head: bursts of slow voltages in all channels.
 struct MovementParameters {
   double peakUv = 300; ///< largest absolute value of every burst, in the channel that sees most of it
@@ -112,6 +118,7 @@ struct SimulationParameters {
   std::optional<GradientParameters> gradient;
   ScannerTriggerParameters triggers; ///< none without a scan
   std::optional<HeartParameters> heart;
+  std::optional<EcgParameters> ecg; ///< needs a heart
   LineNoiseParameters lineNoise;
   std::optional<MovementParameters> movement;
   DisturbanceParameters disturbances;
@@ -119,6 +126,8 @@ struct SimulationParameters {
 
   int64_t nrOfTimePoints() const;
   bool isDead(int channel) const;
+  bool isEcg(int channel) const { return ecg && channel == nrOfChannels - 1; }
+  std::string channelName(int channel) const;
 };
 
 constexpr int maxNrOfSimulatedChannels = 256;

@@ -1,7 +1,5 @@
 #include "app/simulation/Truth.h"
 
-#include "app/simulation/Electrodes.h"
-
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -134,6 +132,9 @@ Json heartOf(const Simulation& simulation, const PartSizes& sizes) {
     json["ectopicShare"] = parameters.heart->ectopicShare;
     json["ectopicBeatTimes"] = ectopicBeatTimes;
   }
+  if (const auto& ecg = parameters.ecg)
+    json["ecg"] = {
+        {"channel", parameters.nrOfChannels - 1}, {"rPeakUv", ecg->rPeakUv}, {"tWave", ecg->tWave}};
   if (const auto& weak = parameters.heart->weak)
     json["weak"] = {{"start", weak->start}, {"duration", weak->duration}, {"factor", weak->factor}};
   json["channelPeaksUv"] = peaks;
@@ -224,7 +225,7 @@ std::string truthText(const Simulation& simulation, const PartSizes& sizes, cons
   const SimulationParameters& parameters = simulation.parameters();
   std::vector<std::string> channelNames;
   channelNames.reserve(static_cast<size_t>(parameters.nrOfChannels));
-  for (int c = 0; c < parameters.nrOfChannels; c++) channelNames.push_back(electrodeName(c));
+  for (int c = 0; c < parameters.nrOfChannels; c++) channelNames.push_back(parameters.channelName(c));
 
   Json json;
   json["preset"] = nameOf(parameters.preset);

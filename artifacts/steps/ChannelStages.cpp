@@ -70,8 +70,20 @@ void CorrectionDriver::removeLineSinusoids() {
 }
 
 void CorrectionDriver::fillBcgSeries(int32_t pulseChannel) {
+  reduceForPulses(buffers_.bcgSeries[static_cast<size_t>(pulseChannel)]);
+}
+
+/// Before the output filter and the decimation, which may leave nothing of its peaks.
+void CorrectionDriver::keepElectrocardiogram() {
+  std::copy(signal_, signal_ + samples_, buffers_.splineScratch.begin());
+  buffers_.ecgSeries.assign(static_cast<size_t>(buffers_.bcgLength), 0.0);
+  reduceForPulses(buffers_.ecgSeries);
+  std::copy_n(buffers_.splineScratch.begin(), samples_, signal_);
+}
+
+/// Leaves the current channel low-passed.
+void CorrectionDriver::reduceForPulses(std::vector<double>& series) {
   filterSignalFFT(signal_, samples_, bcgLowPassFilter_);
-  std::vector<double>& series = buffers_.bcgSeries[static_cast<size_t>(pulseChannel)];
   for (int64_t k = 0, j = 0; j < samples_; ++k, j += buffers_.bcgStep)
     series[static_cast<size_t>(k)] = static_cast<double>(static_cast<float>(signal_[j]));
 }

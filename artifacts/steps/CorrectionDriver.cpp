@@ -132,6 +132,7 @@ bool CorrectionDriver::correctInOnePass(int32_t channel) {
   }
   if (stages.correctGradient && !removeGradientArtifact(channel)) return false;
   if (stages.removeLineSinusoids) removeLineSinusoids();
+  if (stages.correctBCG && c_.roleOf(channel).showsHeartBeats) keepElectrocardiogram();
   if (stages.correctOcular && !removeOcularArtifact()) return false;
   if (stages.anyArtifactCorrection) addFullRateRest();
   return finishChannel(channel);

@@ -39,6 +39,8 @@ private:
   bool removeGradientArtifact(int32_t channel);
   void removeLineSinusoids();
   void fillBcgSeries(int32_t pulseChannel);
+  void keepElectrocardiogram();
+  void reduceForPulses(std::vector<double>& series);
   bool removeOcularArtifact() { return true; } // a place for a stage that this system does not have
   void addFullRateRest();
   bool finishChannel(int32_t channel);

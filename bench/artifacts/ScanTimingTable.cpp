@@ -6,12 +6,11 @@
 #include "app/simulation/RandomGenerator.h"
 #include "app/simulation/Simulation.h"
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/TemplateRemoval.h"
-#include "artifacts/gradient/timing/MarkerTiming.h"
-#include "artifacts/gradient/timing/ScanDetection.h"
-#include "artifacts/gradient/timing/WholeVolumes.h"
+#include "artifacts/gradient/timing/SegmentRemoval.h"
+#include "artifacts/gradient/timing/TimingChoice.h"
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -26,7 +25,7 @@ using namespace emeg;
 
 constexpr int nrOfChannels = 4;
 constexpr int correctedChannels = 2;
-constexpr double windowSlices = 150;
+constexpr int32_t windowSlices = 150;
 
 struct Kind {
   std::string name;
@@ -89,11 +88,6 @@ struct Recording {
   std::vector<TrueScan> scans;
 };
 
-void setWindow(MRSequence& sequence) {
-  const double rate = sequence.nrOfSlicesPerVolume / sequence.volumeDuration;
-  sequence.windowHalfLength = static_cast<int32_t>(std::ceil(windowSlices / rate));
-}
-
 TrueScan trueScan(const ScanTiming& timing, double seconds, double active, double fs) {
   TrueScan scan;
   scan.timing = timing;
@@ -143,33 +137,12 @@ Recording simulate(const Kind& kind, double fs, uint64_t seed, double seconds) {
   return recording;
 }
 
-/// Removes every scan's artifact from the stretch that is nearer to it than to any other.
 std::vector<double> corrected(const std::vector<double>& channel, const std::vector<ScanSegment>& scans,
                               double fs, bool volumeWise) {
+  std::vector<double> estimate(channel.size(), 0.0);
+  SegmentRemoval(scans, fs, volumeWise, windowSlices).estimate(channel, estimate);
   std::vector<double> result = channel;
-  for (size_t i = 0; i < scans.size(); i++) {
-    const auto between = [&](size_t a, size_t b) {
-      return static_cast<size_t>(
-          std::clamp((scans[a].end + scans[b].begin) / 2, 0.0, static_cast<double>(channel.size())));
-    };
-    const size_t begin = i == 0 ? 0 : between(i - 1, i);
-    const size_t end = i + 1 == scans.size() ? channel.size() : between(i, i + 1);
-    if (end <= begin + 100) continue;
-    ScanSegment scan = scans[i];
-    scan.begin -= static_cast<double>(begin);
-    scan.end -= static_cast<double>(begin);
-    scan.firstVolumeOnset -= static_cast<double>(begin);
-    const WholeVolumes whole = withWholeVolumes(std::span(channel).subspan(begin, end - begin), scan);
-    MRSequence sequence = sequenceOf(scan, fs, -static_cast<double>(whole.nrOfAddedBefore));
-    setWindow(sequence);
-    const size_t n = whole.samples.size();
-    std::vector<double> b(n), c(n), d(n), estimate(n, 0.0);
-    computeSplineCoefficients(whole.samples.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n));
-    const SplinedSignal splined{whole.samples.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n)};
-    estimateGradientArtifact(splined, sequence, fs, volumeWise, estimate.data());
-    for (int64_t t = whole.firstOfScan; t < whole.endOfScan; t++)
-      result[begin + static_cast<size_t>(t)] -= estimate[static_cast<size_t>(t + whole.nrOfAddedBefore)];
-  }
+  for (size_t t = 0; t < result.size(); t++) result[t] -= estimate[t];
   return result;
 }
 
@@ -218,26 +191,38 @@ std::vector<double> markersOf(const Recording& recording, bool perSlice, uint64_
   return markers;
 }
 
+/// What the quiet between the slices of the first channel shows.
+MRSequence sequenceFromQuiet(const Recording& recording) {
+  const std::vector<double>& channel = recording.recorded.front();
+  const size_t n = channel.size();
+  std::vector<double> b(n), c(n), d(n);
+  computeSplineCoefficients(channel.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n));
+  return detectMRSequence({channel.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n)},
+                          recording.fs, static_cast<int32_t>(std::bit_width(n)), [](const std::string&) {});
+}
+
+/// The choice that a correction makes.
 std::vector<ScanSegment> find(const Recording& recording, Source source, uint64_t seed) {
   const ScanTiming& timing = recording.scans.front().timing;
-  const auto read = [&](int channel, std::vector<double>& samples) {
-    samples = recording.recorded[static_cast<size_t>(channel)];
-  };
+  TimingRequest request;
   if (source == Source::VolumeMarkers || source == Source::SliceMarkers) {
     const bool perSlice = source == Source::SliceMarkers;
-    return scansFromMarkersInChannels(read, nrOfChannels, recording.fs, markersOf(recording, perSlice, seed),
-                                      perSlice ? MarkerKind::Slice : MarkerKind::Volume,
-                                      timing.nrOfSlicesPerVolume);
+    request.markerKind = perSlice ? MarkerKind::Slice : MarkerKind::Volume;
+    request.markers = markersOf(recording, perSlice, seed);
+    request.given.nrOfSlicesPerVolume = timing.nrOfSlicesPerVolume;
   }
-  GivenTiming given;
   if (source == Source::Given) {
     // As set at the scanner: whole milliseconds.
-    given.volumeDuration = std::round(timing.volumeDuration * 1000) / 1000;
-    given.nrOfSlicesPerVolume = timing.nrOfSlicesPerVolume;
+    request.given.volumeDuration = std::round(timing.volumeDuration * 1000) / 1000;
+    request.given.nrOfSlicesPerVolume = timing.nrOfSlicesPerVolume;
     if (recording.scans.size() == 1)
-      given.firstOnset = timing.volumeOnset(recording.scans.front().firstWhole);
+      request.given.firstOnset = timing.volumeOnset(recording.scans.front().firstWhole);
   }
-  return detectScansInChannels(read, nrOfChannels, recording.fs, given);
+  const ChannelReader read = [&](int channel, std::vector<double>& samples) {
+    samples = recording.recorded[static_cast<size_t>(channel)];
+  };
+  const MRSequence fromQuiet = request.isBlind() ? sequenceFromQuiet(recording) : MRSequence();
+  return chooseTiming(fromQuiet, request, read, nrOfChannels, recording.fs, [](const std::string&) {}).scans;
 }
 
 struct Outcome {

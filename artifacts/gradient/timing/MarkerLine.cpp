@@ -71,6 +71,28 @@ private:
   double n_ = 0, sx_ = 0, sy_ = 0, sxx_ = 0, sxy_ = 0;
 };
 
+/// How far off a marker may be: markers that have been precise so far are not suddenly off by a twentieth of
+/// an interval; what is, belongs to another scan.
+class Precision {
+public:
+  void add(double off) {
+    ++count_;
+    squares_ += off * off;
+  }
+  double largestOff(double interval) const {
+    const double loose = std::max(onLine * interval, leastOnLine);
+    if (count_ < enoughToTell) return loose;
+    const double scatter = std::sqrt(squares_ / static_cast<double>(count_));
+    return std::min(loose, leastOnLine + largestDeviation * scatter);
+  }
+
+private:
+  static constexpr int64_t enoughToTell = 4;
+  static constexpr double largestDeviation = 6;
+  int64_t count_ = 0;
+  double squares_ = 0;
+};
+
 /// Once more without the markers that lie further off than the others.
 void refit(const std::vector<IndexedMarker>& members, MarkerLine& line) {
   std::vector<double> distances;
@@ -98,13 +120,14 @@ MarkerLine lineFrom(const std::vector<double>& sorted, size_t first, double inte
   line.interval = interval;
   GrowingLine growing;
   growing.add(members.front());
+  Precision precision;
   int64_t outOfStep = 0;
   for (next = first + 1; next < sorted.size(); ++next) {
     const double distance = (sorted[next] - members.back().position) / line.interval;
     if (distance > longestGap) break;
     const double steps = std::round(distance);
     const double off = std::fabs(distance - steps) * line.interval;
-    if (steps < 1 || off > std::max(onLine * line.interval, leastOnLine)) {
+    if (steps < 1 || off > precision.largestOff(line.interval)) {
       // A stray marker; several in a row are another scan.
       if (++outOfStep > mostOutOfStep) {
         next -= static_cast<size_t>(mostOutOfStep);
@@ -115,6 +138,7 @@ MarkerLine lineFrom(const std::vector<double>& sorted, size_t first, double inte
       continue;
     }
     outOfStep = 0;
+    precision.add(off);
     members.push_back({members.back().repeat + static_cast<int64_t>(steps), sorted[next]});
     growing.add(members.back());
     growing.setLine(line);

@@ -7,6 +7,7 @@ namespace emeg {
 namespace {
 
 constexpr int32_t fewestVolumes = 4;    // fewer leave volume-wise templates without neighbours
+constexpr int32_t fewestSlices = 4;     // their distance is measured without three of them
 constexpr double shortestSlice = 0.008; // seconds
 constexpr double leastDeadTime = 0.25;  // samples: less than that is what measuring leaves
 
@@ -18,6 +19,7 @@ std::string doubtAbout(const MRSequence& sequence, double seconds, double sampli
       !std::isfinite(sequence.firstTriggerTime) || sequence.nrOfSlicesPerVolume < 1)
     return "counts and durations that mean nothing";
   if (sequence.nrOfVolumes < fewestVolumes) return "hardly any volumes";
+  if (sequence.nrOfSlicesPerVolume < fewestSlices) return "hardly any slices";
   if (sequence.sliceDuration < shortestSlice) return "slices shorter than any scanner's";
   const double slices = sequence.nrOfSlicesPerVolume * sequence.sliceDuration;
   if (slices > sequence.volumeDuration + 0.5 * sequence.sliceDuration)

@@ -150,11 +150,11 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
   std::vector<double> tried; // samples; slices that were gathered into volumes are volumes that were tried
   const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
-    for (const double period : candidatePeriods(stretch, evened, given)) {
-      const auto same = [&](double other) { return std::fabs(other - period) < samePeriod; };
+    for (const Period& period : candidatePeriods(stretch, evened, given)) {
+      const auto same = [&](double other) { return std::fabs(other - period.samples) < samePeriod; };
       if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
-      tried.push_back(period);
+      tried.push_back(period.samples);
       if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
       if (scan->nrOfRepeats < fewestRepeats || !holdsSlices(*scan, given, fs_)) continue;
@@ -179,29 +179,28 @@ bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.
-std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
+std::vector<Period> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
                                                  const GivenTiming& given) const {
-  std::vector<double> periods;
   const double expected = given.volumeDuration * fs_;
-  for (const Period& period : findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
-    periods.push_back(period.samples);
-  std::sort(periods.begin(), periods.end());
-  const auto same = [](double a, double b) { return b - a < samePeriod; };
+  std::vector<Period> periods = findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected);
+  std::sort(periods.begin(), periods.end(),
+            [](const auto& a, const auto& b) { return a.samples < b.samples; });
+  const auto same = [](const Period& a, const Period& b) { return b.samples - a.samples < samePeriod; };
   periods.erase(std::unique(periods.begin(), periods.end(), same), periods.end());
   if (given.sliceDuration > 0 && expected <= 0) {
     // Without dead time; with it these explain less than the others, which come first.
     const double slice = given.sliceDuration * fs_;
-    if (given.nrOfSlicesPerVolume > 1) periods.push_back(given.nrOfSlicesPerVolume * slice);
-    periods.push_back(slice);
+    if (given.nrOfSlicesPerVolume > 1) periods.push_back({given.nrOfSlicesPerVolume * slice});
+    periods.push_back({slice});
   }
   return periods;
 }
 
-std::optional<ScanSegment> ScanSearch::scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
-                                                    const GivenTiming& given) const {
-  SampleRange core = longestRepeatingStretch(part(stretch), period, fs_);
+std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, SampleRange stretch,
+                                                    SampleRange limits, const GivenTiming& given) const {
+  SampleRange core = longestRepeatingStretch(part(stretch), period.samples, fs_);
   core = {core.begin + stretch.begin, core.end + stretch.begin};
-  const RepeatLine line{static_cast<double>(core.begin), period};
+  const RepeatLine line{static_cast<double>(core.begin), period.samples};
   const RepeatRange range =
       wholeRepeats(line, static_cast<double>(core.begin), static_cast<double>(core.end));
   if (range.count() < 2) return std::nullopt;

@@ -44,8 +44,8 @@ private:
                                        size_t gap, const GivenTiming& given) const;
   std::vector<ScanSegment> scansIn(SampleRange whole, SampleRange limits, const GivenTiming& given) const;
   double scoreIn(SampleRange stretch, const ScanSegment& scan) const;
-  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
-  std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
+  std::vector<Period> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
+  std::optional<ScanSegment> scanOfPeriod(const Period& period, SampleRange stretch, SampleRange limits,
                                           const GivenTiming& given) const;
   bool isOfScanner(const ScanSegment& scan) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;

@@ -8,21 +8,24 @@ namespace emeg {
 
 namespace {
 
-constexpr double sliceReach = 0.02;  // of a slice: dead time at a volume's end
-constexpr double leastReach = 1;     // samples
-constexpr double fewestTeeth = 3;    // one or two that are highest say nothing
-constexpr double fewestOthers = 6;   // lags that tell how much they differ by chance
-constexpr double leastCombScore = 6; // standard errors; hundreds of combs are tried
+constexpr double sliceReach = 0.02;    // of a slice: dead time at a volume's end
+constexpr double leastReach = 1;       // samples
+constexpr double fewestTeeth = 3;      // one or two that are highest say nothing
+constexpr double fewestOthers = 6;     // lags that tell how much they differ by chance
+constexpr double leastCombScore = 6;   // standard errors; hundreds of combs are tried
+constexpr double leastContrast = 0.05; // of the loss; less is how the samples happen to hit the waveform
+constexpr double leastLoss = 1e-9;
 constexpr int mostLevels = 4;
 constexpr double largestLoss = 0.01; // of correlation ...
 constexpr double mostTimesLoss = 3;  // ... and that of the next slice
 
-/// By how much values stand out of both their neighbours (a spike or a movement that leaves the overlap is a
-/// step); the first two and the last do not count.
+/// By how much values stand out of both their neighbours, as a share of what they lack to be alike (a spike
+/// or a movement that leaves the overlap is a step); the first two and the last do not count.
 std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
   std::vector<double> contrasts;
   for (size_t k = 2; k + 1 < peaks.size(); ++k)
-    contrasts.push_back(std::max(0.0, peaks[k].value - std::max(peaks[k - 1].value, peaks[k + 1].value)));
+    contrasts.push_back(std::max(0.0, peaks[k].value - std::max(peaks[k - 1].value, peaks[k + 1].value)) /
+                        std::max(1 - peaks[k].value, leastLoss));
   return contrasts;
 }
 
@@ -45,6 +48,7 @@ double combScore(const std::vector<double>& contrasts, size_t n) {
   const auto middle = heights.begin() + static_cast<int64_t>(heights.size() / 2);
   std::nth_element(heights.begin(), middle, heights.end());
   const double difference = std::min(teeth.sum / teeth.count, *middle) - others.sum / others.count;
+  if (difference < leastContrast) return 0;
   const double within = teeth.squares - teeth.sum * teeth.sum / teeth.count + others.squares -
                         others.sum * others.sum / others.count;
   const double variance = within / (teeth.count + others.count - 2);

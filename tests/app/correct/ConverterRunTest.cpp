@@ -20,8 +20,8 @@ HostAnswers::Dialogue bothArtifacts(const std::string& ctcPath) {
 }
 
 /// What the plug-in makes of the file with the same answers: the path of the corrected one.
-std::string runPlugInsConverter(const std::string& ctcPath) {
-  const HostAnswers answers(bothArtifacts(ctcPath), [](const std::string&) {});
+std::string runPlugInsConverter(const HostAnswers::Dialogue& dialogue) {
+  const HostAnswers answers(dialogue, [](const std::string&) {});
   EMEGArtifactPreprocessor converter("// EMEG artifacts > ", true);
   converter.options.selectChannels = false;
   converter.options.selectTimeInterval = false;
@@ -37,13 +37,34 @@ TEST(ConverterRun, GivesTheSamplesThatThePlugInGives) {
   const TestFolder folder;
   const std::string recording = folder / "recording.ctc";
   copyOf(heartRecording())->save(recording);
-  const MemoryRecording expected(runPlugInsConverter(recording));
+  const MemoryRecording expected(runPlugInsConverter(bothArtifacts(recording)));
 
   const ProgramRun run =
       runEmeg({"correct", recording, "-o", folder / "corrected.ctc", "--bcg", "--slice-wise", "--quiet"});
   ASSERT_EQ(run.status, 0) << run.err;
   const MemoryRecording corrected(folder / "corrected.ctc");
   EXPECT_EQ(corrected.samples, expected.samples);
+}
+
+TEST(ConverterRun, WhereQuietTellsTheTimingEveryBitIsThePlugIns) {
+  for (const char* const preset : {"gap", "continuous"})
+    for (const bool volumeWise : {false, true}) {
+      SCOPED_TRACE(std::string(preset) + (volumeWise ? " by volumes" : " by slices"));
+      const TestFolder folder;
+      const std::string recording = folder / "recording.ctc";
+      ASSERT_EQ(runEmeg({"simulate", preset, recording, "--fs", "2000", "--seconds", "60", "--channels", "2",
+                         "--seed", "1", "--no-truth"})
+                    .status,
+                0);
+      HostAnswers::Dialogue dialogue;
+      dialogue.ctcPath = recording;
+      dialogue.volumeWise = volumeWise;
+      const MemoryRecording expected(runPlugInsConverter(dialogue));
+      const ProgramRun run = runEmeg({"correct", recording, "-o", folder / "corrected.ctc", "--quiet",
+                                      volumeWise ? "--volume-wise" : "--slice-wise"});
+      ASSERT_EQ(run.status, 0) << run.err;
+      EXPECT_EQ(MemoryRecording(folder / "corrected.ctc").samples, expected.samples);
+    }
 }
 
 TEST(ConverterRun, TellsWhatWasFound) {

@@ -32,6 +32,12 @@ RecordingHeader tenSecondsWith(const std::vector<RecordingMarker>& markers) {
   return header;
 }
 
+Findings beatsAt(std::vector<double> times) {
+  Findings found;
+  found.pulseTimes = std::move(times);
+  return found;
+}
+
 CorrectionPlan planFor(int64_t first, int64_t count, int decimation) {
   CorrectionPlan plan;
   plan.firstTimePoint = first;
@@ -106,13 +112,13 @@ TEST(MarkerTransfer, OnsetsThatWereFoundAreAdded) {
 }
 
 TEST(UnmodelledStretches, ReachIntoTheFirstAndTheLastInterval) {
-  const auto stretches = unmodelledStretches({5, 6, 7, 9}, 20);
+  const auto stretches = unmodelledStretches(beatsAt({5, 6, 7, 9}), 20);
   ASSERT_EQ(stretches.size(), 2u);
   EXPECT_DOUBLE_EQ(stretches[0].start, 0);
   EXPECT_DOUBLE_EQ(stretches[0].end, 5.6);
   EXPECT_DOUBLE_EQ(stretches[1].start, 7.8);
   EXPECT_DOUBLE_EQ(stretches[1].end, 20);
-  EXPECT_TRUE(unmodelledStretches({5, 6}, 20).empty());
+  EXPECT_TRUE(unmodelledStretches(beatsAt({5, 6}), 20).empty());
 }
 
 TEST(UnmodelledStretches, AreAnnotatedInTheOutput) {

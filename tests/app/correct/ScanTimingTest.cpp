@@ -114,7 +114,7 @@ TEST(ScanTiming, TheOutputSaysWhichDetectionFoundIt) {
   ASSERT_EQ(filled.correct({"--slice-wise"}), 0) << filled.run.err;
   EXPECT_EQ(filled.sidecar["Detected"]["Timing"]["Source"], "similar volumes");
   expectCounts(filled.sidecar["Detected"]["Scans"][0], filled.timings[0]);
-  EXPECT_THAT(filled.run.err, HasSubstr("found by the similarity of its volumes"));
+  EXPECT_THAT(filled.run.err, HasSubstr("by the similarity of volumes"));
   EXPECT_LT(filled.leftDb(5, 40), -25);
 }
 
@@ -126,6 +126,15 @@ TEST(ScanTiming, VolumeMarkersAreFollowed) {
   EXPECT_EQ(file.sidecar["Parameters"]["VolumeMarkers"], "R128");
   expectCounts(file.sidecar["Detected"]["Scans"][0], file.timings[0]);
   EXPECT_LT(file.leftDb(5, 40), -25);
+}
+
+TEST(ScanTiming, MarkersThatComeInPairsStandForOneVolume) {
+  ScannedFile file(Preset::Fill);
+  file.addVolumeMarkers("R128");
+  for (int64_t v = 0; v < file.timings[0].nrOfVolumes; ++v)
+    file.recording.addMarker("Response", "R128", std::floor(file.timings[0].volumeOnset(v) * fs) + 5);
+  ASSERT_EQ(file.correct({"--volume-markers", "R128"}), 0) << file.run.err;
+  expectCounts(file.sidecar["Detected"]["Scans"][0], file.timings[0]);
 }
 
 TEST(ScanTiming, MarkersCountFromTheIntervalThatIsCorrected) {

@@ -8,6 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 namespace emeg {
 namespace {
@@ -52,6 +55,14 @@ protected:
     return run.withAnswers(answers);
   }
 
+  /// The samples of a CTC file as bytes.
+  std::string samplesOf(const std::string& path) const {
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const auto length = static_cast<size_t>(120 * GetParam().samplingFrequency * 2) * sizeof(float);
+    return bytes.size() > length ? bytes.substr(bytes.size() - length) : "";
+  }
+
   TestFolder folder_;
 };
 
@@ -68,9 +79,18 @@ TEST_P(ReferenceRecordings, AreTimedExactlyAndCorrectedInBothModes) {
 
     const auto found = readDetectedSequence(folder_ / "host-run/transcript.jsonl");
     ASSERT_TRUE(found);
-    EXPECT_EQ(found->nrOfVolumes, truth.nrOfVolumes);
+    ASSERT_EQ(truth.scans.size(), 1u);
+    EXPECT_EQ(found->nrOfVolumes, truth.scans[0].nrOfVolumes);
     EXPECT_EQ(found->nrOfSlicesPerVolume, truth.nrOfSlicesPerVolume);
     EXPECT_LT(std::fabs(found->volumeDuration / truth.volumeDuration - 1), 1e-6);
+
+    const std::string command = std::string(EMEG_PROGRAM) + " correct " + (folder_ / "run.ctc") + " -o " +
+                                (folder_ / "emeg.ctc") + " --force --quiet" +
+                                (volumeWise ? "" : " --slice-wise") + " > " + (folder_ / "summary.txt");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const std::string samples = samplesOf(folder_ / "run_GRA.ctc");
+    EXPECT_FALSE(samples.empty());
+    EXPECT_TRUE(samplesOf(folder_ / "emeg.ctc") == samples) << "emeg correct gives other samples";
 
     for (const ChannelResidual& channel : measureResiduals(folder_ / "run_GRA.ctc", truth)) {
       EXPECT_GE(channel.decibels(), demandedDecibels(GetParam().samplingFrequency, volumeWise))

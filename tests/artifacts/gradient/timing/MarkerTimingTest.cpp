@@ -51,6 +51,26 @@ TEST(MarkerLines, EndAtPauses) {
   EXPECT_NEAR(lines[1].onset, 24720, 1);
 }
 
+TEST(MarkerLines, EndAtPausesThatNearlyFitTheInterval) {
+  std::vector<double> markers = quantised(100, 4000.3, 9);
+  // Two intervals and 60 samples later: within a twentieth of an interval, but markers are precise.
+  for (const double marker : quantised(100 + 10 * 4000.3 + 60, 4000.3, 9)) markers.push_back(marker);
+  const std::vector<MarkerLine> lines = fitMarkerLines(markers);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].nrOfRepeats, 9);
+  EXPECT_NEAR(lines[1].interval, 4000.3, 0.2);
+}
+
+TEST(MarkerLines, MayScatter) {
+  std::mt19937 generator(3);
+  std::uniform_real_distribution<double> late(0, 60);
+  std::vector<double> markers;
+  for (int v = 0; v < 50; v++) markers.push_back(std::floor(100 + v * 4000.3 + late(generator)));
+  const std::vector<MarkerLine> lines = fitMarkerLines(markers);
+  ASSERT_EQ(lines.size(), 1u);
+  EXPECT_EQ(lines[0].nrOfRepeats, 50);
+}
+
 TEST(MarkerLines, AreNoneInFewOrScatteredMarkers) {
   EXPECT_TRUE(fitMarkerLines({}).empty());
   EXPECT_TRUE(fitMarkerLines(std::vector<double>{5}).empty());

@@ -72,6 +72,7 @@ TEST(ScanSearch, NearlyAlikeSlicesMakeTheSmallestVolumeThatRepeats) {
   const auto found = detectScans(syntheticRecording(fs, 66, {scan}), fs);
   ASSERT_EQ(found.size(), 1u);
   expectScan(found[0], scan);
+  EXPECT_NEAR(found[0].firstVolumeOnset, scan.begin * fs, 0.03 * fs);
 }
 
 } // namespace

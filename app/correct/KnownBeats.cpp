@@ -1,0 +1,123 @@
+#include "app/correct/KnownBeats.h"
+
+#include "app/markers/NamedMarkers.h"
+#include "artifacts/cardiac/PulseDelay.h"
+#include "artifacts/cardiac/RPeaks.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace emeg {
+
+namespace {
+
+constexpr size_t fewestBeats = 3;   // of the pulse model
+constexpr double slowestHeart = 20; // beats per minute, as the median of the markers' intervals
+constexpr double fastestHeart = 240;
+constexpr double lowestEcgFrequency = 80; // Hz
+
+double medianInterval(std::vector<double> times) {
+  std::sort(times.begin(), times.end());
+  times.erase(std::unique(times.begin(), times.end()), times.end());
+  std::vector<double> intervals;
+  for (size_t i = 1; i < times.size(); ++i) intervals.push_back(times[i] - times[i - 1]);
+  const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 2);
+  std::nth_element(intervals.begin(), middle, intervals.end());
+  return *middle;
+}
+
+BeatRequest beatsOfMarkers(const RecordingHeader& header, const CorrectParameters& parameters,
+                           int64_t firstTimePoint, int64_t nrOfTimePoints) {
+  BeatRequest request{BeatSource::Markers, parameters.pulseMarkers, {}};
+  for (const double onset : onsetsOfMarkers(header, parameters.pulseMarkers)) {
+    const double sample = onset - static_cast<double>(firstTimePoint);
+    if (sample >= 0 && sample < static_cast<double>(nrOfTimePoints))
+      request.times.push_back(sample / header.samplingFrequency);
+  }
+  if (request.times.size() < fewestBeats)
+    throw UnusableInput(
+        fmt::format("--pulse-markers: there are {} markers \"{}\" in what is corrected; it takes {} heart "
+                    "beats at least. Leave the option out to have them found in the EEG.",
+                    request.times.size(), parameters.pulseMarkers, fewestBeats));
+  const double beatsPerMinute = 60 / medianInterval(request.times);
+  if (!(beatsPerMinute >= slowestHeart && beatsPerMinute <= fastestHeart))
+    throw UnusableInput(fmt::format(
+        "--pulse-markers: the markers \"{}\" come {:.0f} times a minute: these are no heart beats. "
+        "`emeg info` lists the recording's markers.",
+        parameters.pulseMarkers, beatsPerMinute));
+  return request;
+}
+
+BeatRequest beatsOfChannel(const RecordingHeader& header, const CorrectParameters& parameters) {
+  const auto channel =
+      std::find_if(header.channels.begin(), header.channels.end(),
+                   [&](const RecordingChannel& candidate) { return candidate.name == parameters.ecg; });
+  if (channel == header.channels.end())
+    throw UnusableInput(fmt::format("--ecg: there is no channel \"{}\"{}; `emeg info` lists the recording's.",
+                                    parameters.ecg,
+                                    parameters.channels.empty() ? "" : " among those of --channels"));
+  if (channel->kind == ChannelKind::Trigger || channel->kind == ChannelKind::Status)
+    throw UnusableInput(fmt::format("--ecg: channel \"{}\" is taken for a {} channel, which passes "
+                                    "unchanged ({}). Name the channel with the electrocardiogram.",
+                                    parameters.ecg, nameOf(channel->kind), channel->kindRule));
+  if (header.samplingFrequency < lowestEcgFrequency)
+    throw UnusableInput(fmt::format("--ecg: R peaks cannot be found at {:g} samples a second; it takes {:g}.",
+                                    header.samplingFrequency, lowestEcgFrequency));
+  return {BeatSource::Ecg, parameters.ecg, {}};
+}
+
+std::string problemWith(const BeatRequest& request, const KnownPulses& pulses) {
+  if (pulses.positions.size() >= fewestBeats) return "";
+  if (request.source == BeatSource::Ecg)
+    return fmt::format(
+        "{} heart beats were found in channel \"{}\", so nothing was written. Is it an "
+        "electrocardiogram, and connected? Leave out --ecg to have the beats found in the EEG.",
+        pulses.positions.size(), request.name);
+  return fmt::format("only {} of the markers \"{}\" can be heart beats, so nothing was written. Leave out "
+                     "--pulse-markers to have the beats found in the EEG.",
+                     pulses.positions.size(), request.name);
+}
+
+} // namespace
+
+const char* nameOf(BeatSource source) {
+  switch (source) {
+  case BeatSource::Markers:
+    return "markers";
+  case BeatSource::Ecg:
+    return "ecg";
+  case BeatSource::Blind:
+    break;
+  }
+  return "blind";
+}
+
+BeatRequest requestedBeats(const RecordingHeader& header, const CorrectParameters& parameters,
+                           int64_t firstTimePoint, int64_t nrOfTimePoints) {
+  if (!parameters.bcg) return {};
+  if (!parameters.pulseMarkers.empty())
+    return beatsOfMarkers(header, parameters, firstTimePoint, nrOfTimePoints);
+  if (!parameters.ecg.empty()) return beatsOfChannel(header, parameters);
+  return {};
+}
+
+KnownBeats findKnownBeats(const BeatRequest& request, const std::vector<double>& ecgSeries,
+                          const BcgSeries& series) {
+  const auto rate = static_cast<double>(series.rate);
+  const bool isEcg = request.source == BeatSource::Ecg;
+  std::vector<double> beats = isEcg ? findRPeaks(ecgSeries, rate) : request.times;
+  if (!isEcg)
+    for (double& beat : beats) beat *= rate;
+
+  // Whoever detected the R peaks saw what lies between them; a list may hold anything.
+  const bool withoutStray = !isEcg;
+  KnownBeats known;
+  known.pulses = usablePulses(beats, series.length, series.rate, withoutStray);
+  known.period = periodOfPulses(known.pulses.positions);
+  known.problem = problemWith(request, known.pulses);
+  if (known.problem.empty())
+    known.delays = fitPulseDelays(series, known.pulses.positions, known.period.period);
+  return known;
+}
+
+} // namespace emeg
