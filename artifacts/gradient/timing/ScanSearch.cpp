@@ -37,6 +37,12 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
   return limits;
 }
 
+/// Those that come next begin where these end.
+void addBehind(std::vector<ScanSegment>& found, SampleRange& limits, const std::vector<ScanSegment>& scans) {
+  found.insert(found.end(), scans.begin(), scans.end());
+  if (!found.empty()) limits.begin = std::max(limits.begin, static_cast<int64_t>(found.back().end));
+}
+
 /// What the stretches have of a range.
 std::vector<SampleRange> partsOf(SampleRange range, const std::vector<SampleRange>& stretches) {
   std::vector<SampleRange> parts;
@@ -75,12 +81,10 @@ std::vector<ScanSegment> ScanSearch::scansInTurn(const std::vector<SampleRange>&
                                                  SampleRange limits, size_t gap,
                                                  const GivenTiming& given) const {
   std::vector<ScanSegment> found;
-  for (const std::vector<SampleRange>& group : possibleVolumes(stretches, fs_)) {
-    if (!found.empty()) limits.begin = std::max(limits.begin, static_cast<int64_t>(found.back().end));
-    const std::vector<ScanSegment> scans = group.size() > 1 ? scansAcross(group, limits, gap, given)
-                                                            : scansWithin(group.front(), limits, gap, given);
-    found.insert(found.end(), scans.begin(), scans.end());
-  }
+  for (const std::vector<SampleRange>& group : possibleVolumes(stretches, fs_))
+    addBehind(found, limits,
+              group.size() > 1 ? scansAcross(group, limits, gap, given)
+                               : scansWithin(group.front(), limits, gap, given));
   return found;
 }
 
@@ -103,11 +107,8 @@ std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<SampleRange>&
   std::vector<ScanSegment> across = scansIn(whole, limits, given);
   if (across.size() == 1 && isSettled(across.front(), scoreIn(whole, across.front()))) return across;
   std::vector<ScanSegment> apart;
-  for (const SampleRange& stretch : stretches) {
-    if (!apart.empty()) limits.begin = std::max(limits.begin, static_cast<int64_t>(apart.back().end));
-    const std::vector<ScanSegment> scans = scansWithin(stretch, limits, gap, given);
-    apart.insert(apart.end(), scans.begin(), scans.end());
-  }
+  for (const SampleRange& stretch : stretches)
+    addBehind(apart, limits, scansWithin(stretch, limits, gap, given));
   return areBetter(across, apart, sharpened_) ? across : apart;
 }
 
