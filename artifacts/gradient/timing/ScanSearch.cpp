@@ -209,7 +209,7 @@ std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, Sample
 
   KnownTiming known;
   known.slices.nrOfSlices = given.nrOfSlicesPerVolume;
-  known.slices.sliceDuration = given.sliceDuration * fs_;
+  known.slices.sliceDuration = given.sliceDuration > 0 ? given.sliceDuration * fs_ : period.slice;
   if (given.firstOnset) known.volumeOnset = *given.firstOnset * fs_;
   if (given.volumeDuration <= 0) makeVolumes(repeats, known);
   return describeScan(sharpened_, fs_, repeats, limits, known);
