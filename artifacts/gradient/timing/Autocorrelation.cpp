@@ -10,6 +10,8 @@ namespace emeg {
 
 namespace {
 
+constexpr int64_t interpolationReach = 18; // lags that the value between two others depends on
+
 void squareMagnitudes(std::vector<double>& spectrum) {
   spectrum[0] *= spectrum[0];
   spectrum[1] *= spectrum[1];
@@ -69,12 +71,13 @@ private:
 
 Autocorrelation::Autocorrelation(std::span<const double> signal, int64_t largestLag) {
   const auto n = static_cast<int64_t>(signal.size());
-  largestLag = std::max<int64_t>(0, std::min(largestLag, n - 1));
-  values_.assign(static_cast<size_t>(largestLag + 1), 0.0);
+  largestLag_ = std::max<int64_t>(0, std::min(largestLag, n - 1 - interpolationReach));
+  const int64_t lastLag = largestLag_ + interpolationReach;
+  values_.assign(static_cast<size_t>(lastLag + 1), 0.0);
   if (n == 0) return;
   initFFTTables();
   int32_t log2n = 5;
-  while ((int64_t{1} << log2n) < n + largestLag + 1) ++log2n;
+  while ((int64_t{1} << log2n) < n + lastLag + 1) ++log2n;
   std::vector<double> work(size_t{1} << log2n, 0.0);
   std::copy(signal.begin(), signal.end(), work.begin());
   realFFTForward(work.data(), log2n);
@@ -83,7 +86,7 @@ Autocorrelation::Autocorrelation(std::span<const double> signal, int64_t largest
   const double scale = 2 / static_cast<double>(work.size());
 
   const OverlapEnergies energies(signal);
-  for (int64_t lag = 0; lag <= largestLag; ++lag) {
+  for (int64_t lag = 0; lag <= std::min(lastLag, n - 1); ++lag) {
     const double energy = energies.at(lag);
     // What rounding leaves of an energy that has vanished is no energy.
     if (energy > 1e-9 * energies.at(0))

@@ -15,11 +15,11 @@ struct CorrelationPeak {
 /// the root of both parts' energies there, so that it does not fall with the lag.
 class Autocorrelation {
 public:
-  /// Lags up to `largestLag` samples, which leave at least one sample of overlap. The transform takes twice
-  /// the memory of the signal, up to the next power of two.
+  /// Lags up to `largestLag` samples, or less where the signal does not hold them and what it takes to
+  /// interpolate there. The transform takes twice the memory of the signal, up to the next power of two.
   Autocorrelation(std::span<const double> signal, int64_t largestLag);
 
-  int64_t largestLag() const { return static_cast<int64_t>(values_.size()) - 1; }
+  int64_t largestLag() const { return largestLag_; }
   double at(int64_t lag) const { return values_[static_cast<size_t>(lag)]; }
   /// Between samples; 0 where there is no such lag.
   double between(double lag) const;
@@ -33,7 +33,8 @@ public:
 private:
   CorrelationPeak refined(int64_t lag) const;
 
-  std::vector<double> values_;
+  int64_t largestLag_;
+  std::vector<double> values_; // some more, so that no interpolation meets the step behind the last one
 };
 
 } // namespace emeg

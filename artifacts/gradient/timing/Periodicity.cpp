@@ -3,6 +3,7 @@
 #include "artifacts/gradient/timing/Autocorrelation.h"
 #include "artifacts/gradient/timing/BandLimitedShift.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
+#include "artifacts/gradient/timing/SlicesInARow.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,11 +13,6 @@ namespace emeg {
 
 namespace {
 
-constexpr double activityWindow = 0.05; // seconds
-constexpr double quietPercentile = 0.02;
-constexpr double busyPercentile = 0.98;
-constexpr double contrastOfScans = 3;                       // busy to quiet; below, there is no quiet
-constexpr double deepestQuiet = 1e-3;                       // of the busy level
 constexpr int64_t largestCorrelatedSpan = int64_t{1} << 21; // samples; bounds memory and time
 constexpr double longestPeriod = 20;                        // seconds
 constexpr double shortestTone = 0.004;                      // seconds; periods from here on are looked at ...
@@ -34,6 +30,7 @@ constexpr double sameContrast = 0.8;
 constexpr double partReach = 0.45;   // of the part, on either side
 constexpr double besideAPeak = 0.01; // seconds
 constexpr double leastContrast = 0.002;
+constexpr int mostSlicesTried = 3;
 
 double percentile(std::vector<double> values, double share) {
   const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
@@ -64,57 +61,49 @@ double contrastOf(const Autocorrelation& correlation, const CorrelationPeak& pea
   return peak.value - highest;
 }
 
-/// Where sampling or clipping makes volumes look a little different, those that the samples hit at the same
-/// phase resemble each other most: the period is then several volumes. The parts of a period that stand out
+/// Where sampling, clipping or jitter makes volumes look a little different, some that lie several volumes
+/// apart resemble each other most: the period is then several volumes. The parts of a period that stand out
 /// as clearly as the period itself.
-std::vector<Period> equalParts(const Autocorrelation& correlation, const CorrelationPeak& whole,
-                               double samplingFrequency) {
-  std::vector<Period> parts;
+void addEqualParts(const Autocorrelation& correlation, const Period& whole, double samplingFrequency,
+                   std::vector<Period>& parts) {
   const double shortest = shortestPart * samplingFrequency;
-  for (int k = 2; whole.lag / k >= shortest; ++k) {
-    const CorrelationPeak part = correlation.peakNear(whole.lag / k, 1);
-    if (part.value < whole.value - largestPartLoss) continue;
+  for (int k = 2; whole.samples / k >= shortest; ++k) {
+    const CorrelationPeak part = correlation.peakNear(whole.samples / k, 1);
+    if (part.value < whole.similarity - largestPartLoss) continue;
     const double reach = partReach * part.lag;
     const double beside = besideAPeak * samplingFrequency;
-    const double contrast = contrastOf(correlation, whole, reach, beside);
+    const double contrast = contrastOf(correlation, {whole.samples, whole.similarity}, reach, beside);
     if (contrast > leastContrast && contrastOf(correlation, part, reach, beside) > sameContrast * contrast)
       parts.push_back({part.lag, part.value});
   }
-  return parts;
+}
+
+/// So many slices are a volume where they stand out of fewer and more, not where they happen to be most
+/// alike, or where the samples hit them at the same phase. Slices are the shortest stretches of which the
+/// likeliest period is one or several, and of which more are about as alike.
+void settleSlices(const Autocorrelation& correlation, const std::vector<CorrelationPeak>& peaks,
+                  double samplingFrequency, std::vector<Period>& periods) {
+  const Period likeliest = periods.front();
+  int tried = 0;
+  for (const CorrelationPeak& peak : peaks) {
+    if (peak.lag > likeliest.samples || peak.lag >= shortestPart * samplingFrequency) return;
+    if (peak.value < likeliest.similarity - largestPartLoss || isTone(peak.lag, samplingFrequency)) continue;
+    if (++tried > mostSlicesTried) return;
+    const SlicesInARow slices(correlation, peak.lag);
+    if (!slices.areNearlyAlike() || !(peak.lag == likeliest.samples || slices.make(likeliest.samples)))
+      continue;
+    const bool isSlice = peak.lag == likeliest.samples;
+    const std::optional<Period> volume = slices.volume();
+    if (!volume && !isSlice && !slices.wouldShow(likeliest.samples)) return;
+    std::erase_if(periods, [&](const Period& period) {
+      return period.samples == likeliest.samples || slices.make(period.samples);
+    });
+    periods.insert(periods.begin(), volume ? *volume : Period{peak.lag, peak.value});
+    return;
+  }
 }
 
 } // namespace
-
-std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
-                                       double longestGap) {
-  const auto window = static_cast<int64_t>(std::max(1.0, activityWindow * samplingFrequency));
-  const auto n = static_cast<int64_t>(sharpened.size());
-  std::vector<double> activity;
-  for (int64_t begin = 0; begin < n; begin += window) {
-    const int64_t end = std::min(begin + window, n);
-    double sum = 0;
-    for (int64_t i = begin; i < end; ++i) sum += std::fabs(sharpened[static_cast<size_t>(i)]);
-    activity.push_back(sum / static_cast<double>(end - begin));
-  }
-  if (activity.empty()) return {};
-  const double busy = percentile(activity, busyPercentile);
-  if (!(busy > 0)) return {};
-  const double quiet = std::max(percentile(activity, quietPercentile), deepestQuiet * busy);
-  const double threshold = busy / quiet < contrastOfScans ? 0 : std::sqrt(busy * quiet);
-
-  std::vector<SampleRange> stretches;
-  for (size_t k = 0; k < activity.size(); ++k) {
-    if (activity[k] < threshold) continue;
-    const int64_t begin = static_cast<int64_t>(k) * window;
-    const int64_t end = std::min(begin + window, n);
-    if (!stretches.empty() &&
-        static_cast<double>(begin - stretches.back().end) <= longestGap * samplingFrequency)
-      stretches.back().end = end;
-    else
-      stretches.push_back({begin, end});
-  }
-  return stretches;
-}
 
 std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
                                 double expected, double reach) {
@@ -138,7 +127,7 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
                         return a.value < b.value;
                       })->value;
   const double loss = std::max(0.0, 1 - best);
-  std::vector<Period> periods, parts;
+  std::vector<Period> periods;
   for (const double share : {1.0, 0.3, 0.1, 0.0}) {
     const auto shortest = std::find_if(peaks.begin(), peaks.end(), [&](const CorrelationPeak& peak) {
       // The estimate is the better, the more of the signal overlaps and the more it is alike.
@@ -150,9 +139,12 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
     if (shortest == peaks.end() || isTone(shortest->lag, samplingFrequency)) break;
     if (!periods.empty() && periods.back().samples == shortest->lag) continue;
     periods.push_back({shortest->lag, shortest->value});
-    if (share == 1.0) parts = equalParts(correlation, *shortest, samplingFrequency);
   }
+  std::vector<Period> parts;
+  for (const Period& period : periods) addEqualParts(correlation, period, samplingFrequency, parts);
   periods.insert(periods.end(), parts.begin(), parts.end());
+
+  if (!periods.empty()) settleSlices(correlation, peaks, samplingFrequency, periods);
   return periods;
 }
 

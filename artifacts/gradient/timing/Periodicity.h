@@ -1,22 +1,12 @@
 #pragma once
 
+#include "artifacts/gradient/timing/BusyStretches.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace emeg {
-
-/// A stretch of samples; `end` is behind the last one.
-struct SampleRange {
-  int64_t begin = 0;
-  int64_t end = 0;
-  int64_t length() const { return end - begin; }
-};
-
-/// Stretches in which a (sharpened, clipped) signal is busy, with interruptions of up to `longestGap`
-/// seconds. A signal that is equally busy all the time is one stretch.
-std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
-                                       double longestGap);
 
 /// A period (samples) and how much the signal resembles itself after it.
 struct Period {
@@ -26,9 +16,10 @@ struct Period {
 
 /// Periods after which the signal resembles itself as much as it ever does, the likeliest first: the shortest
 /// one, which is a volume, or a slice where slices are so much alike that volumes hardly stand out; then
-/// longer ones that are more alike. With `evened`
-/// the spectrum is evened out first, so that a readout's tone counts less (and noise more). Only one within
-/// `reach` of `expected` where that is not 0. None when the signal does not repeat itself, or is just a tone.
+/// longer ones that are more alike; then what these may be made of: a volume of such slices, and equal parts.
+/// With `evened` the spectrum is evened out first, so that a readout's tone counts less (and noise more).
+/// Only one within `reach` of `expected` where that is not 0. None when the signal does not repeat itself, or
+/// is just a tone.
 std::vector<Period> findPeriods(std::span<const double> sharpened, double samplingFrequency, bool evened,
                                 double expected = 0, double reach = 0);
 

@@ -137,6 +137,7 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
 
   ScanSegment segment;
   segment.volumeDuration = period;
+  segment.nrOfRepeats = std::count(fit.used.begin(), fit.used.end(), true);
   segment.explainedByVolume = explainedByAverage(sharpened, fit, average);
   const ScanEdges edges(sharpened, fit, std::move(average), samplingFrequency, limits);
   segment.begin = edges.begin();

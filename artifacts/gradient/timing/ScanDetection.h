@@ -34,9 +34,9 @@ std::vector<ScanSegment> detectScans(std::span<const double> channel, double sam
 using ChannelReader = std::function<void(int channel, std::vector<double>& samples)>;
 
 /// The same from up to `largestNrOfChannels` channels, evenly spread, one at a time; flat ones are passed
-/// over. They vote: of the scans that channels find at the same time, the one whose volumes, slices and
-/// duration most channels agree on (then: whose average volume explains more) stands, with the median of
-/// their times.
+/// over. They vote: of the scans that channels find at the same time, the one whose slices and duration of
+/// the volume most channels agree on (then: whose average volume explains more) stands, if they are a third
+/// of the channels, with the count of volumes that most of them find and the median of their times.
 std::vector<ScanSegment> detectScansInChannels(const ChannelReader& read, int nrOfChannels,
                                                double samplingFrequency, const GivenTiming& given = {},
                                                int largestNrOfChannels = 7);

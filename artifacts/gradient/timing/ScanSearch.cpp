@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/ScanSearch.h"
 
 #include "artifacts/gradient/timing/LargerUnit.h"
+#include "artifacts/gradient/timing/ScanComparison.h"
 #include "artifacts/gradient/timing/ScannerBand.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
@@ -11,27 +12,23 @@ namespace emeg {
 
 namespace {
 
-/// Quiet of up to so many seconds belongs to a scan; the second value is tried where the first finds nothing,
-/// as with long silent delays between volumes.
-constexpr std::array<double, 2> longestGaps = {2, 12};
+/// Quiet of up to so many seconds is looked across: as long as a silent delay between volumes may be; as it
+/// may be within a volume; and hardly any.
+constexpr std::array<double, 3> longestGaps = {12, 2, 0.3};
+constexpr size_t gapWithinVolumes = 1; // index
 constexpr double clockTolerance = 0.005;
 constexpr double leastExplained = 0.1; // of the power, by the average volume
 constexpr double leastExplainedBlindly = 0.5;
-constexpr double worthLongerPeriod = 0.01;    // of the explained power
-constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
-constexpr double samePeriod = 0.2;            // samples
-constexpr double leastStretch = 0.3;          // seconds
-constexpr double volumeOfAlikeSlices = 2;     // seconds
-constexpr double longestSlice = 0.25;         // seconds; what repeats faster is no volume
-constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
-constexpr double halfOf = 0.5;
-constexpr double sameSlice = 0.02;         // relative
-constexpr double multipleTolerance = 1e-3; // relative
-constexpr int mostRounds = 200;            // scans and leftovers looked at
+constexpr int64_t fewestRepeats = 3;      // two are alike by chance, and explain each other
+constexpr double samePeriod = 0.2;        // samples
+constexpr double leastStretch = 0.3;      // seconds
+constexpr double volumeOfAlikeSlices = 2; // seconds
+constexpr double longestSlice = 0.25;     // seconds; what repeats faster is no volume
+constexpr double sameSlice = 0.02;        // relative
+constexpr int mostRounds = 200;           // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
-SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, int64_t nrOfSamples) {
-  SampleRange limits{0, nrOfSamples};
+SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, SampleRange limits) {
   const double middle = static_cast<double>(stretch.begin + stretch.end) / 2;
   for (const ScanSegment& scan : found) {
     if (scan.end <= middle) limits.begin = std::max(limits.begin, static_cast<int64_t>(scan.end));
@@ -40,31 +37,20 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
   return limits;
 }
 
-/// Several volumes taken for one.
-bool isMultipleOf(const ScanSegment& scan, const ScanSegment& shorter) {
-  const double times = scan.volumeDuration / shorter.volumeDuration;
-  return times > 1.5 && std::fabs(times - std::round(times)) < multipleTolerance * times;
+/// Those that come next begin where these end.
+void addBehind(std::vector<ScanSegment>& found, SampleRange& limits, const std::vector<ScanSegment>& scans) {
+  found.insert(found.end(), scans.begin(), scans.end());
+  if (!found.empty()) limits.begin = std::max(limits.begin, static_cast<int64_t>(found.back().end));
 }
 
-/// Volumes of alike slices without dead time look the same wherever they begin: a few slices may pass for
-/// one.
-bool isGapless(const ScanSegment& scan) {
-  return std::fabs(scan.volumeDuration - scan.nrOfSlicesPerVolume * scan.sliceDuration) <
-         sameSlice * scan.sliceDuration;
-}
-
-bool isCertain(const ScanSegment& scan) {
-  return scan.isCountIdentifiable && scan.nrOfVolumes > 2 && !isGapless(scan);
-}
-
-/// Whether a scan, found with a period that is tried later, is a better description than the best so far.
-bool isBetter(const ScanSegment& scan, double score, const ScanSegment& best, double bestScore) {
-  if (best.isCountIdentifiable && isMultipleOf(scan, best)) {
-    if (!isGapless(best)) return score > bestScore + multiplesMustExplain;
-    if (scan.isCountIdentifiable && 1 - scan.explainedByVolume < halfOf * (1 - best.explainedByVolume))
-      return score > bestScore;
+/// What the stretches have of a range.
+std::vector<SampleRange> partsOf(SampleRange range, const std::vector<SampleRange>& stretches) {
+  std::vector<SampleRange> parts;
+  for (const SampleRange& stretch : stretches) {
+    const SampleRange part{std::max(range.begin, stretch.begin), std::min(range.end, stretch.end)};
+    if (part.length() > 0) parts.push_back(part);
   }
-  return score > bestScore + worthLongerPeriod;
+  return parts;
 }
 
 /// A volume takes at least as long as its slices, and these as long as is known.
@@ -86,11 +72,44 @@ ScanSearch::ScanSearch(std::span<const double> channel, double samplingFrequency
 }
 
 std::vector<ScanSegment> ScanSearch::scans(const GivenTiming& given) const {
-  for (const std::vector<SampleRange>& stretches : busyStretches_) {
-    std::vector<ScanSegment> found = scansIn(stretches, given);
-    if (!found.empty()) return found;
+  return scansInTurn(busyStretches_.front(), {0, nrOfSamples()}, 0, given);
+}
+
+/// Each stretch by itself, behind what was found in those before: a scan may have been followed into the next
+/// one, across a dropout.
+std::vector<ScanSegment> ScanSearch::scansInTurn(const std::vector<SampleRange>& stretches,
+                                                 SampleRange limits, size_t gap,
+                                                 const GivenTiming& given) const {
+  std::vector<ScanSegment> found;
+  for (const std::vector<SampleRange>& group : possibleVolumes(stretches, fs_))
+    addBehind(found, limits,
+              group.size() > 1 ? scansAcross(group, limits, gap, given)
+                               : scansWithin(group.front(), limits, gap, given));
+  return found;
+}
+
+/// The stretch, or where there is quiet in it that would not part the stretch from others, its parts.
+std::vector<ScanSegment> ScanSearch::scansWithin(SampleRange stretch, SampleRange limits, size_t gap,
+                                                 const GivenTiming& given) const {
+  stretch.begin = std::max(stretch.begin, limits.begin);
+  while (++gap < nrOfGaps) {
+    const std::vector<SampleRange> parts = partsOf(stretch, busyStretches_[gap]);
+    if (parts.size() > 1) return scansInTurn(parts, limits, gap, given);
   }
-  return {};
+  return scansIn(stretch, limits, given);
+}
+
+/// Stretches that may be one scan's volumes or scans of their own: what describes them better decides.
+std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<SampleRange>& stretches,
+                                                 SampleRange limits, size_t gap,
+                                                 const GivenTiming& given) const {
+  const SampleRange whole{std::max(stretches.front().begin, limits.begin), stretches.back().end};
+  std::vector<ScanSegment> across = scansIn(whole, limits, given);
+  if (across.size() == 1 && isSettled(across.front(), scoreIn(whole, across.front()))) return across;
+  std::vector<ScanSegment> apart;
+  for (const SampleRange& stretch : stretches)
+    addBehind(apart, limits, scansWithin(stretch, limits, gap, given));
+  return areBetter(across, apart, sharpened_) ? across : apart;
 }
 
 std::span<const double> ScanSearch::part(SampleRange range) const {
@@ -99,22 +118,20 @@ std::span<const double> ScanSearch::part(SampleRange range) const {
 
 SampleRange ScanSearch::busyPartOf(SampleRange range) const {
   SampleRange busy = range;
-  for (const SampleRange& stretch : busyStretches_.front()) {
-    const SampleRange shared{std::max(range.begin, stretch.begin), std::min(range.end, stretch.end)};
-    if (shared.length() > 0 && (busy.length() == range.length() || shared.length() > busy.length()))
-      busy = shared;
-  }
+  for (const SampleRange& part : partsOf(range, busyStretches_[gapWithinVolumes]))
+    if (busy.length() == range.length() || part.length() > busy.length()) busy = part;
   return busy;
 }
 
-std::vector<ScanSegment> ScanSearch::scansIn(std::vector<SampleRange> open, const GivenTiming& given) const {
+std::vector<ScanSegment> ScanSearch::scansIn(SampleRange whole, SampleRange limits,
+                                             const GivenTiming& given) const {
+  std::vector<SampleRange> open = {whole};
   std::vector<ScanSegment> found;
   for (int round = 0; !open.empty() && round < mostRounds; ++round) {
     const SampleRange stretch = open.back();
     open.pop_back();
     if (static_cast<double>(stretch.length()) < leastStretch * fs_) continue;
-    const std::optional<ScanSegment> scan =
-        scanIn(stretch, limitsAround(stretch, found, nrOfSamples()), given);
+    const std::optional<ScanSegment> scan = scanIn(stretch, limitsAround(stretch, found, limits), given);
     if (!scan) continue;
     found.push_back(*scan);
     // What the scan leaves of the stretch may hold others.
@@ -134,26 +151,27 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
   std::vector<double> tried; // samples; slices that were gathered into volumes are volumes that were tried
   const bool isTold = given.volumeDuration > 0 || given.sliceDuration > 0; // that there is a scan
   for (const bool evened : {false, true}) {
-    for (const double period : candidatePeriods(stretch, evened, given)) {
-      const auto same = [&](double other) { return std::fabs(other - period) < samePeriod; };
+    for (const Period& period : candidatePeriods(stretch, evened, given)) {
+      const auto same = [&](double other) { return std::fabs(other - period.samples) < samePeriod; };
       if (std::any_of(tried.begin(), tried.end(), same)) continue;
       const std::optional<ScanSegment> scan = scanOfPeriod(period, stretch, limits, given);
-      tried.push_back(period);
+      tried.push_back(period.samples);
       if (scan && scan->isCountIdentifiable) tried.push_back(scan->volumeDuration);
       if (!scan || scan->explainedByVolume < leastExplained || scan->nrOfVolumes < 1) continue;
-      if (!holdsSlices(*scan, given, fs_)) continue;
-      const double covered = (scan->end - scan->begin) / static_cast<double>(stretch.length());
-      // A count that something tells is worth as much as a little explained power.
-      const double score = scan->explainedByVolume * std::min(covered, 1.0) +
-                           (scan->isCountIdentifiable ? 2 * worthLongerPeriod : 0);
+      if (scan->nrOfRepeats < fewestRepeats || !holdsSlices(*scan, given, fs_)) continue;
+      const double score = scoreIn(stretch, *scan);
       if ((!best || isBetter(*scan, score, *best, bestScore)) && (isTold || isOfScanner(*scan))) {
         best = scan;
         bestScore = score;
       }
-      if (bestScore > goodEnough && isCertain(*best)) return best;
+      if (isSettled(*best, bestScore)) return best;
     }
   }
   return best;
+}
+
+double ScanSearch::scoreIn(SampleRange stretch, const ScanSegment& scan) const {
+  return scoreOf(scan, (scan.end - scan.begin) / static_cast<double>(stretch.length()));
 }
 
 bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
@@ -162,29 +180,28 @@ bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.
-std::vector<double> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
+std::vector<Period> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
                                                  const GivenTiming& given) const {
-  std::vector<double> periods;
   const double expected = given.volumeDuration * fs_;
-  for (const Period& period : findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected))
-    periods.push_back(period.samples);
-  std::sort(periods.begin(), periods.end());
-  const auto same = [](double a, double b) { return b - a < samePeriod; };
+  std::vector<Period> periods = findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected);
+  std::sort(periods.begin(), periods.end(),
+            [](const auto& a, const auto& b) { return a.samples < b.samples; });
+  const auto same = [](const Period& a, const Period& b) { return b.samples - a.samples < samePeriod; };
   periods.erase(std::unique(periods.begin(), periods.end(), same), periods.end());
   if (given.sliceDuration > 0 && expected <= 0) {
     // Without dead time; with it these explain less than the others, which come first.
     const double slice = given.sliceDuration * fs_;
-    if (given.nrOfSlicesPerVolume > 1) periods.push_back(given.nrOfSlicesPerVolume * slice);
-    periods.push_back(slice);
+    if (given.nrOfSlicesPerVolume > 1) periods.push_back({given.nrOfSlicesPerVolume * slice});
+    periods.push_back({slice});
   }
   return periods;
 }
 
-std::optional<ScanSegment> ScanSearch::scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
-                                                    const GivenTiming& given) const {
-  SampleRange core = longestRepeatingStretch(part(stretch), period, fs_);
+std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, SampleRange stretch,
+                                                    SampleRange limits, const GivenTiming& given) const {
+  SampleRange core = longestRepeatingStretch(part(stretch), period.samples, fs_);
   core = {core.begin + stretch.begin, core.end + stretch.begin};
-  const RepeatLine line{static_cast<double>(core.begin), period};
+  const RepeatLine line{static_cast<double>(core.begin), period.samples};
   const RepeatRange range =
       wholeRepeats(line, static_cast<double>(core.begin), static_cast<double>(core.end));
   if (range.count() < 2) return std::nullopt;

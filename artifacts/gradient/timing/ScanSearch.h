@@ -16,8 +16,9 @@ class ScanSearch {
 public:
   ScanSearch(std::span<const double> channel, double samplingFrequency);
 
-  /// All scans. Quiet of up to two seconds belongs to a scan or, where that finds nothing, of up to twelve,
-  /// as between volumes with a long silent delay.
+  /// All scans, in ascending order of time. Quiet of up to twelve seconds belongs to a scan where it comes at
+  /// equal distances, as between volumes with a silent delay; else it parts two scans from a third of a
+  /// second on.
   std::vector<ScanSegment> scans(const GivenTiming& given) const;
 
   /// The scan in a stretch: the candidate period that explains most of it; of those that explain as much, the
@@ -35,14 +36,21 @@ public:
 
 private:
   std::span<const double> part(SampleRange range) const;
-  std::vector<ScanSegment> scansIn(std::vector<SampleRange> open, const GivenTiming& given) const;
-  std::vector<double> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
-  std::optional<ScanSegment> scanOfPeriod(double period, SampleRange stretch, SampleRange limits,
+  std::vector<ScanSegment> scansInTurn(const std::vector<SampleRange>& stretches, SampleRange limits,
+                                       size_t gap, const GivenTiming& given) const;
+  std::vector<ScanSegment> scansWithin(SampleRange stretch, SampleRange limits, size_t gap,
+                                       const GivenTiming& given) const;
+  std::vector<ScanSegment> scansAcross(const std::vector<SampleRange>& stretches, SampleRange limits,
+                                       size_t gap, const GivenTiming& given) const;
+  std::vector<ScanSegment> scansIn(SampleRange whole, SampleRange limits, const GivenTiming& given) const;
+  double scoreIn(SampleRange stretch, const ScanSegment& scan) const;
+  std::vector<Period> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
+  std::optional<ScanSegment> scanOfPeriod(const Period& period, SampleRange stretch, SampleRange limits,
                                           const GivenTiming& given) const;
   bool isOfScanner(const ScanSegment& scan) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;
 
-  static constexpr size_t nrOfGaps = 2;
+  static constexpr size_t nrOfGaps = 3;
   double fs_;
   std::vector<double> sharpened_;
   std::array<std::vector<SampleRange>, nrOfGaps> busyStretches_;

@@ -24,6 +24,7 @@ struct ScanSegment {
 
   double explainedByVolume = 0; ///< share of the power (above some 50 Hz) that the average volume explains
   double explainedBySlice = 0;  ///< share of the average volume's power that its average slice explains
+  int64_t nrOfRepeats = 0;      ///< volumes, or slices where these are alike, that make the average
   int32_t nrOfChannelsAgreeing = 1; ///< channels that found the same volumes and slices
   int32_t nrOfChannelsAsked = 1;
 

@@ -53,6 +53,18 @@ TEST(Autocorrelation, FindsPeaksBetweenSamples) {
   EXPECT_NEAR(correlation.peakNear(123, 3).lag, 123.4, 0.01);
 }
 
+TEST(Autocorrelation, NoPeakAtTheLastLagsIsHigherThanItIs) {
+  // 199.94 samples, so that the second repeat comes back just before the last lag.
+  std::vector<double> signal(2000);
+  for (size_t i = 0; i < signal.size(); i++)
+    for (const double harmonic : {19, 23, 29, 31, 37, 41})
+      signal[i] += std::sin(2 * 3.14159265358979 * harmonic * (static_cast<double>(i) / 199.94 + harmonic));
+  const Autocorrelation correlation(signal, 400);
+  const CorrelationPeak last = correlation.peakNear(399.9, 1);
+  EXPECT_NEAR(last.lag, 399.88, 0.02);
+  EXPECT_NEAR(last.value, 1, 1e-3);
+}
+
 TEST(Autocorrelation, OfNothingIsNothing) {
   const Autocorrelation correlation({}, 100);
   EXPECT_EQ(correlation.largestLag(), 0);

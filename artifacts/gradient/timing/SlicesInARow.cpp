@@ -1,0 +1,113 @@
+#include "artifacts/gradient/timing/SlicesInARow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace emeg {
+
+namespace {
+
+constexpr double sliceReach = 0.02;    // of a slice: dead time at a volume's end
+constexpr double leastReach = 1;       // samples
+constexpr double fewestTeeth = 3;      // one or two that are highest say nothing
+constexpr double fewestOthers = 6;     // lags that tell how much they differ by chance
+constexpr double leastCombScore = 6;   // standard errors; hundreds of combs are tried
+constexpr double leastContrast = 0.05; // of the loss; less is how the samples happen to hit the waveform
+constexpr double leastLoss = 1e-9;
+constexpr int mostLevels = 4;
+constexpr double largestLoss = 0.01; // of correlation ...
+constexpr double mostTimesLoss = 3;  // ... and that of the next slice
+
+/// By how much values stand out of both their neighbours, as a share of what they lack to be alike (a spike
+/// or a movement that leaves the overlap is a step); the first two and the last do not count.
+std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
+  std::vector<double> contrasts;
+  for (size_t k = 2; k + 1 < peaks.size(); ++k)
+    contrasts.push_back(std::max(0.0, peaks[k].value - std::max(peaks[k - 1].value, peaks[k + 1].value)) /
+                        std::max(1 - peaks[k].value, leastLoss));
+  return contrasts;
+}
+
+/// Student's t of every n-th value (from index n on; the first given is that of index 2) against the others.
+/// Where most teeth are lower than their mean, one of them is not the comb's.
+double combScore(const std::vector<double>& contrasts, size_t n) {
+  struct {
+    double count = 0, sum = 0, squares = 0;
+  } teeth, others;
+  std::vector<double> heights;
+  for (size_t i = 0; i < contrasts.size(); ++i) {
+    const bool isTooth = (i + 2) % n == 0;
+    if (isTooth) heights.push_back(contrasts[i]);
+    auto& group = isTooth ? teeth : others;
+    group.count += 1;
+    group.sum += contrasts[i];
+    group.squares += contrasts[i] * contrasts[i];
+  }
+  if (teeth.count < fewestTeeth || others.count < fewestOthers) return 0;
+  const auto middle = heights.begin() + static_cast<int64_t>(heights.size() / 2);
+  std::nth_element(heights.begin(), middle, heights.end());
+  const double difference = std::min(teeth.sum / teeth.count, *middle) - others.sum / others.count;
+  if (difference < leastContrast) return 0;
+  const double within = teeth.squares - teeth.sum * teeth.sum / teeth.count + others.squares -
+                        others.sum * others.sum / others.count;
+  const double variance = within / (teeth.count + others.count - 2);
+  return variance > 0 ? difference / std::sqrt(variance * (1 / teeth.count + 1 / others.count)) : 0;
+}
+
+} // namespace
+
+SlicesInARow::SlicesInARow(const Autocorrelation& correlation, double slice)
+    : reach_(std::max(leastReach, sliceReach * slice)) {
+  if (!(slice > 2 * reach_)) return;
+  const auto longest = static_cast<double>(correlation.largestLag());
+  const auto most = static_cast<size_t>(2 * longest / slice);
+  for (double lag = slice; lag + reach_ < longest && peaks_.size() < most;) {
+    peaks_.push_back(correlation.peakNear(lag, reach_));
+    const auto count = static_cast<double>(peaks_.size() - 1);
+    lag = peaks_.back().lag * (count + 1) / count;
+  }
+}
+
+bool SlicesInARow::areNearlyAlike() const {
+  if (peaks_.size() < 2) return false;
+  std::vector<double> values;
+  for (size_t k = 1; k < peaks_.size(); ++k) values.push_back(peaks_[k].value);
+  const auto low = values.begin() + static_cast<int64_t>(values.size() / 10);
+  std::nth_element(values.begin(), low, values.end());
+  return 1 - *low < largestLoss + mostTimesLoss * (1 - peaks_[1].value);
+}
+
+bool SlicesInARow::make(double period) const {
+  if (peaks_.size() < 2) return false;
+  const double slice = peaks_.back().lag / static_cast<double>(peaks_.size() - 1);
+  const double count = std::round(period / slice);
+  return count > 1 && std::fabs(period - count * slice) <= reach_;
+}
+
+bool SlicesInARow::wouldShow(double period) const {
+  return peaks_.size() > 2 && (fewestTeeth + 1) * period < peaks_.back().lag;
+}
+
+std::optional<Period> SlicesInARow::volume() const {
+  std::optional<Period> volume;
+  std::vector<CorrelationPeak> peaks = peaks_;
+  for (int level = 0; level < mostLevels; ++level) {
+    const std::vector<double> contrasts = contrastsOf(peaks);
+    size_t unit = 0;
+    double highest = leastCombScore;
+    for (size_t n = 2; n < contrasts.size() + 2; ++n)
+      if (const double score = combScore(contrasts, n); score > highest) {
+        highest = score;
+        unit = n;
+      }
+    if (unit == 0) break;
+    volume = Period{peaks[unit].lag, peaks[unit].value};
+    std::vector<CorrelationPeak> teeth;
+    for (size_t k = 0; k < peaks.size(); k += unit) teeth.push_back(peaks[k]);
+    peaks = teeth;
+  }
+  return volume;
+}
+
+} // namespace emeg
