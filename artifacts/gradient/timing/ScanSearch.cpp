@@ -105,7 +105,6 @@ std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<SampleRange>&
                                                  const GivenTiming& given) const {
   const SampleRange whole{std::max(stretches.front().begin, limits.begin), stretches.back().end};
   std::vector<ScanSegment> across = scansIn(whole, limits, given);
-  if (across.size() == 1 && isSettled(across.front(), scoreIn(whole, across.front()))) return across;
   std::vector<ScanSegment> apart;
   for (const SampleRange& stretch : stretches)
     addBehind(apart, limits, scansWithin(stretch, limits, gap, given));
