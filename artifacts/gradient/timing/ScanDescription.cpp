@@ -83,11 +83,14 @@ double explainedByAverage(std::span<const double> signal, const FittedRepeats& f
 }
 
 /// Whole volumes between the edges, and whether parts are left over.
-void countVolumes(ScanSegment& segment, const SliceStructure& slices, double anyOnset) {
+void countVolumes(ScanSegment& segment, const SliceStructure& slices, double anyOnset,
+                  double samplingFrequency) {
   const double slack = edgeSlack * segment.sliceDuration;
+  // The end is known to a block.
+  const double endSlack = slack + std::min(blockOfVolume * samplingFrequency, segment.sliceDuration / 2);
   const double T = segment.volumeDuration;
   const double first = std::ceil((segment.begin - slack - slices.firstActivity - anyOnset) / T);
-  const double last = std::floor((segment.end + slack - slices.lastActivity - anyOnset) / T);
+  const double last = std::floor((segment.end + endSlack - slices.lastActivity - anyOnset) / T);
   segment.firstVolumeOnset = anyOnset + first * T;
   segment.nrOfVolumes = static_cast<int32_t>(std::clamp(last - first + 1, 0.0, 1e9));
   segment.beginsInVolume = segment.begin + slack < segment.firstVolumeOnset + slices.firstActivity;
@@ -179,7 +182,7 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
     slices.onset = onset - fit.line.onset;
     findActivity(twoVolumes, period, samplingFrequency, slices);
   }
-  countVolumes(segment, slices, onset);
+  countVolumes(segment, slices, onset, samplingFrequency);
   return segment;
 }
 
