@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 first=${1:-1}
 count=${2:-5}
 cmake --preset release >/dev/null
-cmake --build --preset release --target emeg r_peak_table -- --quiet
+cmake --build --preset release --target emeg r_peak_table -- --quiet >&2
 bin=$PWD/build/release
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -5,5 +5,5 @@
 set -eu
 cd "$(dirname "$0")/.."
 cmake --preset release >/dev/null
-cmake --build --preset release --target scan_timing_table -- --quiet
+cmake --build --preset release --target scan_timing_table -- --quiet >&2
 build/release/scan_timing_table "$@"

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cmath>
 #include <fmt/format.h>
 #include <memory>
 #include <optional>
@@ -93,6 +94,17 @@ std::optional<Notch> notchIn(const std::string& text) {
   return Notch{*frequency, *width};
 }
 
+/// An empty name would select what the option's absence does.
+std::string problemWithName(const std::string& text) {
+  return text.empty() ? "the name is empty; leave the option out for what happens without it" : "";
+}
+
+/// Behind a check of the range, which lets pass what compares with nothing.
+std::string problemWithNumber(const std::string& text) {
+  const std::optional<double> number = numberIn(text);
+  return number && std::isfinite(*number) ? "" : "\"" + text + "\" is not a number of seconds, such as 2.5";
+}
+
 std::string problemWithInterval(const std::string& text) {
   return intervalIn(text) ? "" : "\"" + text + "\" is not START:END in seconds, such as 12:312 or 12:";
 }
@@ -118,10 +130,12 @@ void declareCorrection(CLI::App& app, CorrectOptions& o) {
                                        "The recording's markers of this name are the heart beats [found in "
                                        "the EEG]")
                             ->type_name("NAME")
+                            ->check(problemWithName)
                             ->group(group)
                             ->needs(bcg);
   app.add_option("--ecg", p.ecg, "The R peaks of this channel are the heart beats [found in the EEG]")
       ->type_name("CHANNEL")
+      ->check(problemWithName)
       ->group(group)
       ->needs(bcg)
       ->excludes(pulses);
@@ -151,15 +165,18 @@ void declareTiming(CLI::App& app, CorrectOptions& o) {
       app.add_option("--volume-markers", p.volumeMarkers,
                      "Name of the recording's markers at the onsets of volumes, such as R128")
           ->type_name("NAME")
+          ->check(problemWithName)
           ->group(group);
   CLI::Option* slices =
       app.add_option("--slice-markers", p.sliceMarkers, "The same for those at the onsets of slices")
           ->type_name("NAME")
+          ->check(problemWithName)
           ->excludes(volumes)
           ->group(group);
   CLI::Option* tr = app.add_option("--tr", p.tr, "Time from one volume to the next in seconds (the TR)")
                         ->type_name("SECONDS")
                         ->check(CLI::Range(shortestTr, longestTr))
+                        ->check(problemWithNumber)
                         ->excludes(volumes)
                         ->excludes(slices)
                         ->group(group);
@@ -170,6 +187,7 @@ void declareTiming(CLI::App& app, CorrectOptions& o) {
       ->group(group);
   app.add_option("--first", p.first, "Onset of the first volume in seconds from the recording's first sample")
       ->type_name("SECONDS")
+      ->check(problemWithNumber)
       ->needs(tr)
       ->group(group);
 }
@@ -256,7 +274,9 @@ void declareFiles(CLI::App& app, CorrectOptions& o) {
 void declareMessages(CLI::App& app, CorrectOptions& o) {
   const char* const group = "Messages";
   CorrectParameters& p = o.parameters;
-  CLI::Option* quiet = app.add_flag("--quiet", p.quiet, "Only warnings and errors")->group(group);
+  CLI::Option* quiet =
+      app.add_flag("--quiet", p.quiet, "No progress and no notes: the summary, warnings and errors")
+          ->group(group);
   app.add_flag("--verbose", p.verbose, "Also the lines of the converter's log")
       ->group(group)
       ->excludes(quiet);

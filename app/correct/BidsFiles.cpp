@@ -97,7 +97,7 @@ std::string eventsDescription(const BidsPlace& place) {
   Json& levels = trialType["Levels"];
   levels[gradientMarkerName] =
       "Onset of an MR slice (or of a volume when there are no pauses between volumes), found in "
-      "the EEG";
+      "the EEG, from markers or from a given TR";
   levels[pulseMarkerName] = "Heart beat, found in the EEG, or the known one that was used";
   levels[guessedMarkerName] = "Known heart beats are missing here and their places were guessed";
   levels[unmodelledMarkerName] = "No heart beat model here: everything below 35 Hz was removed";

@@ -113,8 +113,16 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
   timing.windowSlices = parameters.window;
   timing.given.volumeDuration = parameters.tr;
   timing.given.nrOfSlicesPerVolume = parameters.slices;
-  if (parameters.first) timing.given.firstOnset = *parameters.first - first / header.samplingFrequency;
   const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
+  if (parameters.first) {
+    timing.given.firstOnset = *parameters.first - first / header.samplingFrequency;
+    if (!(std::abs(*timing.given.firstOnset) <= seconds))
+      throw UnusableInput(
+          fmt::format("--first {:g}: the corrected part of \"{}\" lasts from {:.3f} to {:.3f} s; "
+                      "give the onset of a volume there, in seconds.",
+                      *parameters.first, parameters.input, first / header.samplingFrequency,
+                      first / header.samplingFrequency + seconds));
+  }
   if (parameters.tr > seconds / 2)
     throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and two volumes "
                                     "are needed at least; the TR is given in seconds.",
@@ -130,9 +138,9 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
   constexpr size_t fewestMarkers = 3;
   if (timing.markers.size() < fewestMarkers)
     throw UnusableInput(fmt::format(
-        "{} markers \"{}\" lie in the corrected part of \"{}\", {} are needed to tell when volumes "
-        "begin; leave the option out to find them in the EEG itself.",
-        timing.markers.size(), name, parameters.input, fewestMarkers));
+        "the markers \"{}\" stand at {} places in the corrected part of \"{}\", {} are needed to tell when "
+        "volumes begin; leave the option out to find them in the EEG itself.",
+        name, timing.markers.size(), parameters.input, fewestMarkers));
   return timing;
 }
 

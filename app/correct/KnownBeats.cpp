@@ -16,9 +16,14 @@ constexpr double slowestHeart = 20; // beats per minute, as the median of the ma
 constexpr double fastestHeart = 240;
 constexpr double lowestEcgFrequency = 80; // Hz
 
-double medianInterval(std::vector<double> times) {
+std::vector<double> differentTimes(std::vector<double> times) {
   std::sort(times.begin(), times.end());
   times.erase(std::unique(times.begin(), times.end()), times.end());
+  return times;
+}
+
+/// Of two times at least, all different.
+double medianInterval(const std::vector<double>& times) {
   std::vector<double> intervals;
   for (size_t i = 1; i < times.size(); ++i) intervals.push_back(times[i] - times[i - 1]);
   const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 2);
@@ -34,12 +39,13 @@ BeatRequest beatsOfMarkers(const RecordingHeader& header, const CorrectParameter
     if (sample >= 0 && sample < static_cast<double>(nrOfTimePoints))
       request.times.push_back(sample / header.samplingFrequency);
   }
-  if (request.times.size() < fewestBeats)
-    throw UnusableInput(
-        fmt::format("--pulse-markers: there are {} markers \"{}\" in what is corrected; it takes {} heart "
-                    "beats at least. Leave the option out to have them found in the EEG.",
-                    request.times.size(), parameters.pulseMarkers, fewestBeats));
-  const double beatsPerMinute = 60 / medianInterval(request.times);
+  const std::vector<double> places = differentTimes(request.times);
+  if (places.size() < fewestBeats)
+    throw UnusableInput(fmt::format(
+        "--pulse-markers: the markers \"{}\" stand at {} places of what is corrected; it takes {} "
+        "heart beats at least. Leave the option out to have them found in the EEG.",
+        parameters.pulseMarkers, places.size(), fewestBeats));
+  const double beatsPerMinute = 60 / medianInterval(places);
   if (!(beatsPerMinute >= slowestHeart && beatsPerMinute <= fastestHeart))
     throw UnusableInput(fmt::format(
         "--pulse-markers: the markers \"{}\" come {:.0f} times a minute: these are no heart beats. "

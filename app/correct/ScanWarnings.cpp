@@ -14,6 +14,8 @@ using Warnings = std::vector<std::string>;
 constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
+constexpr double longestSlice = 0.5;        // seconds
+constexpr double hardlyAlike = 0.6;         // of a volume's power, sharpened; scans of 40 uV stay below 0.4
 constexpr size_t mostNames = 8;
 
 /// One scan of a result with its figures.
@@ -26,6 +28,10 @@ struct MeasuredScan {
 
 double secondsOf(const CorrectionResult& result) {
   return static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
+}
+
+bool hasMarkers(const CorrectionResult& result) {
+  return result.plan.timing.markerKind.has_value();
 }
 
 /// Names of the corrected channels whose figures fulfil a condition.
@@ -53,6 +59,22 @@ void addLengthWarning(const MeasuredScan& measured, Warnings& warnings) {
                     end, seconds));
 }
 
+/// What was said about the scan's timing and does not go with it.
+void addGivenTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
+  const MRSequence& sequence = measured.scan.sequence;
+  const int32_t given = measured.result.plan.timing.given.nrOfSlicesPerVolume;
+  if (given > 0 && given != sequence.nrOfSlicesPerVolume)
+    warnings.push_back(fmt::format(
+        "{}{} slices per volume do not fit volumes of {:.4f} s; {} were taken. Is --slices right?",
+        measured.name, given, sequence.volumeDuration, sequence.nrOfSlicesPerVolume));
+  if (measured.result.found.timing.source == TimingSource::SliceMarkers &&
+      sequence.sliceDuration > longestSlice)
+    warnings.push_back(
+        fmt::format("{}the markers come every {:.3f} s, which is long for a slice. If there is one "
+                    "per volume, use --volume-markers.",
+                    measured.name, sequence.sliceDuration));
+}
+
 void addTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
   const MRSequence& sequence = measured.scan.sequence;
   if (!measured.quality) {
@@ -73,9 +95,10 @@ void addTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
   if (measured.quality->artifactSecondsOutside > 0)
     warnings.push_back(fmt::format(
         "about {:.0f} s outside the {} volumes that were found look like scan and were not "
-        "corrected. Give the scanner's markers with --volume-markers NAME, or choose one scan at a "
-        "time with --interval START:END.",
-        measured.quality->artifactSecondsOutside, sequence.nrOfVolumes));
+        "corrected. {} one scan at a time with --interval START:END.",
+        measured.quality->artifactSecondsOutside, sequence.nrOfVolumes,
+        hasMarkers(measured.result) ? "Are markers missing there? Choose"
+                                    : "Give the scanner's markers with --volume-markers NAME, or choose"));
 }
 
 void addResidualWarnings(const MeasuredScan& measured, Warnings& warnings) {
@@ -143,12 +166,19 @@ Warnings warningsOnScans(const CorrectionResult& result) {
         "the slices differ from each other: averaging them would leave {:.1f} dB more than averaging "
         "whole volumes. Volumes were averaged, as with --volume-wise.",
         timing.slicesLeaveDb));
+  if (!result.plan.timing.isBlind() && timing.evidence.unlikeVolumes > hardlyAlike)
+    warnings.push_back(fmt::format("volumes of the timing that was given have only {:.0f} % of their power "
+                                   "in common: is it the scanner's? "
+                                   "Without {} the timing is looked for in the EEG.",
+                                   100 * (1 - timing.evidence.unlikeVolumes),
+                                   hasMarkers(result) ? "the markers" : "--tr"));
   for (size_t i = 0; i < timing.scans.size(); ++i) {
     const QualityFigures* const quality =
         i < result.quality.size() && result.quality[i] ? &*result.quality[i] : nullptr;
     const MeasuredScan measured{result, timing.scans[i], quality,
                                 timing.scans.size() > 1 ? fmt::format("scan {}: ", i + 1) : ""};
     addLengthWarning(measured, warnings);
+    addGivenTimingWarnings(measured, warnings);
     // What lies outside is outside of all scans.
     if (i == timing.indexOfLongest() || quality == nullptr) addTimingWarnings(measured, warnings);
     addResidualWarnings(measured, warnings);

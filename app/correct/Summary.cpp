@@ -32,9 +32,12 @@ void printResidual(std::ostream& out, const CorrectionResult& result) {
             [](const Residual& a, const Residual& b) { return a.after < b.after; });
   const Residual& median = residuals[residuals.size() / 2];
   const Residual& worst = residuals.back();
-  fmt::print(out,
-             "Gradient:  {:.3g} uV RMS before, {:.3g} uV left in the median channel; most in {}: {:.3g} uV\n",
-             median.before, median.after, worst.channel, worst.after);
+  const FoundScans& timing = result.found.timing;
+  const std::string where =
+      timing.scans.size() > 1 ? fmt::format("scan {}, the longest: ", timing.indexOfLongest() + 1) : "";
+  fmt::print(
+      out, "Gradient:  {}{:.3g} uV RMS before, {:.3g} uV left in the median channel; most in {}: {:.3g} uV\n",
+      where, median.before, median.after, worst.channel, worst.after);
 }
 
 const char* waysOf(TimingSource source) {

@@ -163,7 +163,7 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
         best = scan;
         bestScore = score;
       }
-      if (isSettled(*best, bestScore)) return best;
+      if (best && isSettled(*best, bestScore)) return best;
     }
   }
   return best;

@@ -176,6 +176,20 @@ TEST_F(KnownBeatsRun, OptionsThatContradictEachOtherOrTheRecording) {
   EXPECT_THAT(problemOf({"--pulse-markers", "R", "--interval", "3:4.5"}), HasSubstr("it takes 3 heart"));
 }
 
+TEST_F(KnownBeatsRun, EmptyNamesAreRefused) {
+  for (const char* option : {"--pulse-markers", "--ecg"})
+    EXPECT_EQ(correct("r.vhdr", {option, ""}).status, 2) << option;
+}
+
+TEST_F(KnownBeatsRun, MarkersThatAllStandAtOnePlaceAreRefused) {
+  const auto copy = copyOf(*recording_);
+  for (int i = 0; i < 20; ++i) copy->addMarker("Comment", "beat", 5000);
+  copy->save(path("one_place.vhdr"));
+  const ProgramRun run = correct("one_place.vhdr", {"--pulse-markers", "beat"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, HasSubstr("\"beat\" stand at 1 places"));
+}
+
 TEST_F(KnownBeatsRun, AnEcgWithoutAHeartEndsTheRun) {
   const auto copy = copyOf(*recording_);
   std::fill(copy->samples[4].begin(), copy->samples[4].end(), 0.0);

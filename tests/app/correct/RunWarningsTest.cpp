@@ -10,6 +10,7 @@ namespace emeg {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -24,6 +25,7 @@ CorrectionResult goodResult() {
   result.plan.channels = planChannels(result.header, {});
   result.plan.nrOfTimePoints = 100000;
   result.found.timing.source = TimingSource::QuietBetweenSlices;
+  result.found.timing.evidence.unlikeVolumes = 0.001;
   result.found.timing.scans.resize(1);
   MRSequence& sequence = result.found.timing.scans[0].sequence;
   sequence.nrOfVolumes = 45;
@@ -70,6 +72,43 @@ TEST(RunWarnings, ScanThatWasNotCounted) {
   CorrectionResult result = goodResult();
   result.quality[0]->artifactSecondsOutside = 30;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("about 30 s outside the 45 volumes")));
+}
+
+TEST(RunWarnings, ScanThatWasNotCountedAlthoughThereAreMarkers) {
+  CorrectionResult result = goodResult();
+  result.plan.timing.markerKind = MarkerKind::Volume;
+  result.quality[0]->artifactSecondsOutside = 30;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("Are markers missing there?")));
+}
+
+TEST(RunWarnings, ANumberOfSlicesThatWasGivenAndNotTaken) {
+  CorrectionResult result = goodResult();
+  result.plan.timing.given.nrOfSlicesPerVolume = 20;
+  EXPECT_THAT(warnings(result), IsEmpty());
+  result.plan.timing.given.nrOfSlicesPerVolume = 10000;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("10000 slices per volume do not fit")));
+}
+
+TEST(RunWarnings, MarkersOfVolumesThatWereSaidToBeThoseOfSlices) {
+  CorrectionResult result = goodResult();
+  result.found.timing.source = TimingSource::SliceMarkers;
+  EXPECT_THAT(warnings(result), IsEmpty());
+  MRSequence& sequence = result.found.timing.scans[0].sequence;
+  sequence.nrOfSlicesPerVolume = 2;
+  sequence.nrOfVolumes = 22;
+  sequence.volumeDuration = 4;
+  sequence.sliceDuration = 2;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("use --volume-markers")));
+}
+
+TEST(RunWarnings, GivenVolumesWithLittleInCommon) {
+  CorrectionResult result = goodResult();
+  result.found.timing.evidence.unlikeVolumes = 0.7;
+  EXPECT_THAT(warnings(result), IsEmpty()) << "whoever searched has judged";
+  result.plan.timing.given.volumeDuration = 2;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("only 30 % of their power in common")));
+  result.found.timing.evidence.unlikeVolumes = 0.4;
+  EXPECT_THAT(warnings(result), IsEmpty());
 }
 
 TEST(RunWarnings, PowerThatWasNotReduced) {

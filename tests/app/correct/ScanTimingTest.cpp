@@ -178,6 +178,17 @@ TEST(ScanTiming, WrongOptionsAreRefusedBeforeAnythingIsWritten) {
   EXPECT_EQ(file.correct({"--volume-markers", "R128", "--tr", "2"}), 2);
   EXPECT_EQ(file.correct({"--first", "2"}), 2);
   EXPECT_EQ(file.correct({"--tr", "0"}), 2);
+  for (const char* option : {"--tr", "--first"})
+    for (const char* number : {"nan", "inf", "2,5", ""}) {
+      std::vector<std::string> options = {option, number};
+      if (options[0] == "--first") options.insert(options.end(), {"--tr", "1.8"});
+      EXPECT_EQ(file.correct(options), 2) << option << " " << number;
+    }
+  for (const char* first : {"1e12", "20.5", "-21"})
+    EXPECT_EQ(file.correct({"--tr", "1.8", "--first", first}), 2) << first;
+  EXPECT_THAT(file.run.err, HasSubstr("give the onset of a volume"));
+  for (const char* option : {"--volume-markers", "--slice-markers"})
+    EXPECT_EQ(file.correct({option, ""}), 2) << option;
   EXPECT_EQ(file.correct({"--tr", "15"}), 2);
   EXPECT_THAT(file.run.err, HasSubstr("two volumes"));
   EXPECT_EQ(file.correct({"--volume-markers", "R128", "--interval", "0:5"}), 2);
