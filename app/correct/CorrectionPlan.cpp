@@ -123,8 +123,8 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
                       *parameters.first, parameters.input, first / header.samplingFrequency,
                       first / header.samplingFrequency + seconds));
   }
-  if (parameters.tr > seconds / 2)
-    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and two volumes "
+  if (parameters.tr > seconds / 3)
+    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
                                     "are needed at least; the TR is given in seconds.",
                                     parameters.tr, parameters.input, seconds));
 

@@ -15,7 +15,7 @@ constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr double longestSlice = 0.5;        // seconds
-constexpr double hardlyAlike = 0.6;         // of a volume's power, sharpened; scans of 40 uV stay below 0.4
+constexpr double hardlyAlike = 0.45;        // of a volume's power, sharpened; scans of 40 uV stay below 0.4
 constexpr size_t mostNames = 8;
 
 /// One scan of a result with its figures.
@@ -145,9 +145,10 @@ bool looksLikeScan(const CorrectionResult& result) {
 std::vector<std::string> notesOnTiming(const FoundScans& timing) {
   std::vector<std::string> notes;
   if (timing.source == TimingSource::SimilarVolumes && !timing.doubt.empty())
-    notes.push_back(fmt::format("the quiet between slices does not tell the scan's timing ({}): it was found "
-                                "by the similarity of volumes.",
-                                timing.doubt));
+    notes.push_back(fmt::format(
+        "the quiet between one channel's slices does not tell the scan's timing ({}): it was found "
+        "by the similarity of volumes.",
+        timing.doubt));
   const bool isChoice = std::any_of(timing.scans.begin(), timing.scans.end(),
                                     [](const FoundScan& scan) { return !scan.isCountIdentifiable; });
   if (isChoice)

@@ -89,6 +89,7 @@ Json timingOf(const CorrectionResult& result) {
           {"DoubtAboutQuietBetweenSlices", timing.doubt.empty() ? Json() : Json(timing.doubt)},
           {"UnexplainedShare", timing.evidence.unexplained},
           {"UnlikeVolumes", timing.evidence.unlikeVolumes},
+          {"UnlikeFarVolumes", timing.evidence.unlikeFar},
           {"UnlikeSlices", timing.evidence.unlikeSlices},
           {"Averaging", result.volumeWise() ? "volume-wise" : "slice-wise"}};
 }

@@ -51,6 +51,9 @@ void SegmentRemoval::estimateScan(size_t index, std::span<const double> channel,
 
   const WholeVolumes whole =
       withWholeVolumes(channel.subspan(static_cast<size_t>(begin), static_cast<size_t>(end - begin)), scan);
+  // Where the recording cuts the scan in its quiet, the activity ends before it.
+  if (scan.beginsInVolume) scan.begin = std::min(scan.begin, static_cast<double>(whole.firstOfScan));
+  if (scan.endsInVolume) scan.end = std::max(scan.end, static_cast<double>(whole.endOfScan));
   MRSequence sequence = sequenceOf(scan, fs_, -static_cast<double>(whole.nrOfAddedBefore));
   sequence.windowHalfLength = windowHalfLengthOf(sequence, windowSlices_);
   const size_t length = whole.samples.size();

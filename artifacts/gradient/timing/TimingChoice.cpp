@@ -16,12 +16,16 @@ constexpr int nrOfWitnesses = 3; // channels that are asked for evidence
 // What makes one look twice at the first detection.
 constexpr double unlikeVolumes = 0.02;
 constexpr double unlikeSlices = 0.05;
+constexpr double unlikeFar = 0.0003;
 
-constexpr double nothingInCommon = 0.8;  // what is so unlike is no scan
-constexpr double clearlyLess = 0.8;      // of what the first detection leaves unexplained
-constexpr double asGood = 1.25;          // of the same ...
+constexpr double nothingInCommon = 0.8; // what is so unlike is no scan
+constexpr double littleInCommon =
+    0.6;                            // the same, where the timing is given: it may be that of something else
+constexpr double clearlyLess = 0.8; // of what the first detection leaves unexplained
+constexpr double asGood = 1.25;     // of the same ...
 constexpr double hardlyAnything = 0.005; // ... and of the power, which the edges of a scan may make
 constexpr double sameDuration = 0.5;     // samples over the whole scan
+constexpr double equalDuration = 0.03;   // of the same: what no average notices
 constexpr double repeatingSlices = 0.02; // unlike share below which slice-wise templates are not in doubt
 constexpr double clearlyMoreDb = 1;
 
@@ -32,10 +36,15 @@ double medianOf(std::vector<double> values) {
   return *middle;
 }
 
+/// Samples by which the one gains on the other from the first to the last volume.
+double lengthsDiffer(const ScanSegment& a, const ScanSegment& b) {
+  return std::abs(a.volumeDuration - b.volumeDuration) * a.nrOfVolumes;
+}
+
 /// Also in being whole.
 bool isSameScan(const ScanSegment& a, const ScanSegment& b) {
   return a.nrOfVolumes == b.nrOfVolumes && a.nrOfSlicesPerVolume == b.nrOfSlicesPerVolume &&
-         std::abs(a.volumeDuration - b.volumeDuration) * a.nrOfVolumes < sameDuration &&
+         lengthsDiffer(a, b) < sameDuration &&
          std::abs(a.firstVolumeOnset - b.firstVolumeOnset) < a.sliceDuration / 2 && !b.beginsInVolume &&
          !b.endsInVolume;
 }
@@ -88,16 +97,22 @@ private:
 
     log_("Looking for scans by the similarity of their volumes");
     const std::vector<ScanSegment> scans = findScans(request_.given);
-    const bool isSame = scans.size() == 1 && isSameScan(first, scans.front());
-    const bool firstStands = isPossible && (scans.empty() ? evidence.unlikeVolumes < nothingInCommon
-                                                          : isSame || !isBetter(evidenceOf(scans), evidence));
-    if (firstStands) return useFirst(first, evidence);
+    if (isPossible && firstStands(first, evidence, scans)) return useFirst(first, evidence);
     use(TimingSource::SimilarVolumes, scans);
+  }
+
+  bool firstStands(const ScanSegment& first, const TimingEvidence& evidence,
+                   const std::vector<ScanSegment>& scans) {
+    if (scans.empty()) return evidence.unlikeVolumes < nothingInCommon;
+    if (scans.size() > 1 || !isSameScan(first, scans.front())) return !isBetter(evidenceOf(scans), evidence);
+    return lengthsDiffer(first, scans.front()) < equalDuration ||
+           evidenceOf(scans).unlikeFar > clearlyLess * evidence.unlikeFar;
   }
 
   static std::string doubtFrom(const TimingEvidence& evidence) {
     if (evidence.unlikeVolumes > unlikeVolumes) return "volumes that differ from each other";
     if (evidence.unlikeSlices > unlikeSlices) return "slices that differ from each other";
+    if (evidence.unlikeFar > unlikeFar) return "volumes that come to differ from each other";
     if (evidence.goesOnOutside) return "a scan that goes on outside its volumes";
     return {};
   }
@@ -119,7 +134,8 @@ private:
   void use(TimingSource source, std::vector<ScanSegment> scans) {
     if (scans.empty()) return;
     choice_.evidence = evidenceOf(scans);
-    if (choice_.evidence.unlikeVolumes > nothingInCommon) return;
+    const double limit = request_.isBlind() ? nothingInCommon : littleInCommon;
+    if (choice_.evidence.unlikeVolumes > limit) return;
     choice_.source = source;
     choice_.scans = std::move(scans);
   }
@@ -135,19 +151,20 @@ private:
 
   /// Evidence of a few channels: of each figure the median.
   TimingEvidence evidenceOf(const std::vector<ScanSegment>& scans) {
-    std::vector<double> unexplained, volumes, slices, strides;
+    std::vector<double> unexplained, volumes, far, slices, strides;
     int goOn = 0;
     for (int i = 0; i < witnesses(); ++i) {
       const std::vector<double>& sharpened = sharpenedWitness(i);
       const TimingEvidence evidence = evidenceFor(sharpened, fs_, scans);
       unexplained.push_back(evidence.unexplained);
       volumes.push_back(evidence.unlikeVolumes);
+      far.push_back(evidence.unlikeFar);
       slices.push_back(evidence.unlikeSlices);
       strides.push_back(evidence.unlikeStrides);
       goOn += evidence.goesOnOutside ? 1 : 0;
     }
-    return {medianOf(unexplained), medianOf(volumes), medianOf(slices), medianOf(strides),
-            2 * goOn > witnesses()};
+    return {medianOf(unexplained), medianOf(volumes), medianOf(far),
+            medianOf(slices),      medianOf(strides), 2 * goOn > witnesses()};
   }
 
   /// Both ways of averaging, tried on a few channels.

@@ -9,9 +9,10 @@ namespace emeg {
 
 namespace {
 
-constexpr double outsideShare = 0.2;      // of the scans' mean power
-constexpr double shortestOutside = 0.05;  // seconds
-constexpr double strideSeconds = 0.35;    // between slices that are averaged with each other
+constexpr double outsideShare = 0.2;     // of the scans' mean power
+constexpr double shortestOutside = 0.05; // seconds
+constexpr double strideSeconds = 0.35;   // between slices that are averaged with each other
+constexpr int32_t farVolumes = 8;
 constexpr int64_t mostSlicePairs = 20000; // enough to tell
 
 /// Mean power of two stretches, and half the power of their difference: the same when they have nothing in
@@ -47,11 +48,11 @@ double powerOf(std::span<const double> signal, double from, double to) {
   return power;
 }
 
-Comparison compareVolumes(std::span<const double> signal, const ScanSegment& scan) {
+Comparison compareVolumes(std::span<const double> signal, const ScanSegment& scan, int32_t lag) {
   Comparison sums;
   std::vector<double> later;
-  for (int32_t v = 0; v + 1 < scan.nrOfVolumes; ++v)
-    compare(signal, scan.volumeOnset(v), scan.volumeDuration, scan.volumeDuration, later, sums);
+  for (int32_t v = 0; v + lag < scan.nrOfVolumes; ++v)
+    compare(signal, scan.volumeOnset(v), scan.volumeDuration, lag * scan.volumeDuration, later, sums);
   return sums;
 }
 
@@ -111,22 +112,27 @@ TimingEvidence evidenceFor(std::span<const double> sharpened, double samplingFre
   TimingEvidence evidence;
   const double total = powerOf(sharpened, 0, static_cast<double>(sharpened.size()));
   if (scans.empty() || !(total > 0)) return evidence;
-  Comparison volumes, slices, strides;
+  Comparison volumes, far, slices, strides;
   double explained = 0, inside = 0, length = 0;
   for (const ScanSegment& scan : scans) {
-    const Comparison own = compareVolumes(sharpened, scan);
+    const Comparison own = compareVolumes(sharpened, scan, 1);
+    const Comparison ownFar =
+        compareVolumes(sharpened, scan, std::clamp(scan.nrOfVolumes / 2, 1, farVolumes));
     const double power = powerOf(sharpened, scan.begin, scan.end);
     explained += (1 - own.share()) * power;
     inside += power;
     length += scan.end - scan.begin;
     volumes.power += own.power;
     volumes.unlike += own.unlike;
+    far.power += ownFar.power;
+    far.unlike += ownFar.unlike;
     compareSlices(sharpened, scan, 1, slices);
     const double stride = std::ceil(strideSeconds * samplingFrequency / std::max(1.0, scan.sliceDuration));
     compareSlices(sharpened, scan, static_cast<int32_t>(std::max(1.0, stride)), strides);
   }
   evidence.unexplained = std::clamp(1 - explained / total, 0.0, 1.0);
   evidence.unlikeVolumes = volumes.share();
+  evidence.unlikeFar = far.share();
   evidence.unlikeSlices = slices.power > 0 ? slices.share() : 0;
   evidence.unlikeStrides = strides.power > 0 ? strides.share() : evidence.unlikeSlices;
   evidence.goesOnOutside = length > 0 && goesOnOutside(sharpened, samplingFrequency, scans, inside / length);

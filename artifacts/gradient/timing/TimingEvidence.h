@@ -15,6 +15,9 @@ struct TimingEvidence {
   /// Within the scans: the share that differs from one volume to the next; 0: they are alike, 1: they have
   /// nothing in common.
   double unlikeVolumes = 1;
+  /// The same over several volumes, as far apart as they are averaged: what a duration that is a little wrong
+  /// makes of them.
+  double unlikeFar = 1;
   /// The same from one inner slice (neither first nor last) to the next; 0 where no volume has two of them.
   double unlikeSlices = 1;
   /// As above, from one slice to the next that the slice-wise templates would average with it.

@@ -190,7 +190,7 @@ TEST(ScanTiming, WrongOptionsAreRefusedBeforeAnythingIsWritten) {
   for (const char* option : {"--volume-markers", "--slice-markers"})
     EXPECT_EQ(file.correct({option, ""}), 2) << option;
   EXPECT_EQ(file.correct({"--tr", "15"}), 2);
-  EXPECT_THAT(file.run.err, HasSubstr("two volumes"));
+  EXPECT_THAT(file.run.err, HasSubstr("three volumes"));
   EXPECT_EQ(file.correct({"--volume-markers", "R128", "--interval", "0:5"}), 2);
   EXPECT_THAT(file.run.err, HasSubstr("3 are needed"));
   EXPECT_FALSE(file.wroteAnything());

@@ -90,6 +90,16 @@ TEST(TimingChoice, ALostVolumeAtTheBeginningIsNoticed) {
   expectTruth(scan, choice);
 }
 
+TEST(TimingChoice, ADurationThatIsALittleWrongIsNoticed) {
+  const SimulatedScan scan = simulateScan(Preset::Gap, 2000, 60);
+  MRSequence found = sequenceFromQuiet(scan);
+  EXPECT_EQ(choose(scan, found).source, TimingSource::QuietBetweenSlices);
+  found.volumeDuration += 0.15 / scan.fs / found.nrOfVolumes;
+  const TimingChoice choice = choose(scan, found);
+  EXPECT_EQ(choice.source, TimingSource::SimilarVolumes);
+  expectTruth(scan, choice);
+}
+
 TEST(TimingChoice, EegAloneHoldsNoScanWhateverWasFound) {
   SimulatedScan scan = simulateScan(Preset::Gap, 1000, 40);
   const MRSequence found = sequenceFromQuiet(scan);

@@ -82,7 +82,9 @@ TEST(TimingEvidence, AWrongVolumeDurationLeavesMore) {
   EXPECT_LT(right.unlikeVolumes, 0.01);
   EXPECT_LT(right.unlikeSlices, 0.01);
   EXPECT_FALSE(right.goesOnOutside);
-  segment.volumeDuration += 0.5;
+  segment.volumeDuration += 0.01;
+  EXPECT_GT(evidenceFor(sharpened, scan.fs, {segment}).unlikeFar, 2 * right.unlikeFar);
+  segment.volumeDuration += 0.49;
   EXPECT_GT(evidenceFor(sharpened, scan.fs, {segment}).unlikeVolumes, 10 * right.unlikeVolumes);
 }
 
