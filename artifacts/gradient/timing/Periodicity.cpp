@@ -93,7 +93,11 @@ void settleSlices(const Autocorrelation& correlation, const std::vector<Correlat
     if (!slices.areNearlyAlike() || !(peak.lag == likeliest.samples || slices.make(likeliest.samples)))
       continue;
     const bool isSlice = peak.lag == likeliest.samples;
-    const std::optional<Period> volume = slices.volume();
+    std::optional<Period> volume = slices.volume();
+    // Shorter ones, which may look like the mains, may be the slices.
+    for (const double parts : {2, 3})
+      if (volume && correlation.peakNear(volume->slice / parts, 1).value > peak.value - largestPartLoss)
+        volume->slice = 0;
     if (!volume && !isSlice && !slices.wouldShow(likeliest.samples)) return;
     std::erase_if(periods, [&](const Period& period) {
       return period.samples == likeliest.samples || slices.make(period.samples);

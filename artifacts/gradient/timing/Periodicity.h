@@ -12,6 +12,7 @@ namespace emeg {
 struct Period {
   double samples = 0;
   double similarity = 0;
+  double slice = 0; ///< samples, of the slices that make it, one after the other; 0: not known
 };
 
 /// Periods after which the signal resembles itself as much as it ever does, the likeliest first: the shortest

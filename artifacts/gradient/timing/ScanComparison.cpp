@@ -12,6 +12,7 @@ constexpr double worthLongerPeriod = 0.01;    // of the explained power
 constexpr double goodEnough = 0.95;           // explained power of a scan beyond which no other is looked for
 constexpr double multiplesMustExplain = 0.05; // more of the power than the volume itself
 constexpr double halfOf = 0.5;
+constexpr int32_t fewestAveraged = 4;
 constexpr double sameSlice = 0.02;         // relative
 constexpr double multipleTolerance = 1e-3; // relative
 
@@ -34,6 +35,12 @@ bool isLongerBetter(const ScanSegment& longer, double longerScore, const ScanSeg
   if (longer.isCountIdentifiable && 1 - longer.explainedByVolume < halfOf * (1 - shorter.explainedByVolume))
     return longerScore > shorterScore;
   return longerScore > shorterScore + worthLongerPeriod;
+}
+
+/// A scan with volumes of its own, enough for one to be averaged from others on both sides: no acquisition of
+/// alike slices between silent delays.
+bool standsAlone(const ScanSegment& scan) {
+  return scan.isCountIdentifiable && scan.nrOfVolumes >= fewestAveraged;
 }
 
 bool isPartOfOneVolume(const ScanSegment& part, const std::vector<ScanSegment>& scans) {
@@ -82,12 +89,13 @@ double scoreOf(const std::vector<ScanSegment>& scans, std::span<const double> sh
 bool areBetter(const std::vector<ScanSegment>& across, const std::vector<ScanSegment>& apart,
                std::span<const double> sharpened) {
   if (across.empty() || apart.empty()) return apart.empty();
-  if (std::all_of(apart.begin(), apart.end(),
-                  [&](const auto& scan) { return isPartOfOneVolume(scan, across); }))
-    return true;
   const double scoreAcross = scoreOf(across, sharpened);
   const double scoreApart = scoreOf(apart, sharpened);
   const double difference = worthLongerPeriod * std::max(scoreAcross, scoreApart);
+  if (std::all_of(apart.begin(), apart.end(), standsAlone)) return scoreAcross > scoreApart + difference;
+  if (std::all_of(apart.begin(), apart.end(),
+                  [&](const auto& scan) { return isPartOfOneVolume(scan, across); }))
+    return true;
   return scoreAcross > scoreApart + difference ||
          (scoreAcross > scoreApart - difference && across.size() < apart.size());
 }

@@ -22,7 +22,8 @@ bool isBetter(const ScanSegment& scan, double score, const ScanSegment& best, do
 double scoreOf(const std::vector<ScanSegment>& scans, std::span<const double> sharpened);
 
 /// Whether scans found across quiet describe a stretch better than those found on either side of it. Scans
-/// that fit into one volume of a larger one are its parts. Where both explain as much, the fewer stand.
+/// that fit into one volume of a larger one are its parts, unless they have volumes of their own and explain
+/// as much. Where both explain as much, the fewer stand.
 bool areBetter(const std::vector<ScanSegment>& across, const std::vector<ScanSegment>& apart,
                std::span<const double> sharpened);
 

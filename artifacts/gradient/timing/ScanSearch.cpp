@@ -105,7 +105,6 @@ std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<SampleRange>&
                                                  const GivenTiming& given) const {
   const SampleRange whole{std::max(stretches.front().begin, limits.begin), stretches.back().end};
   std::vector<ScanSegment> across = scansIn(whole, limits, given);
-  if (across.size() == 1 && isSettled(across.front(), scoreIn(whole, across.front()))) return across;
   std::vector<ScanSegment> apart;
   for (const SampleRange& stretch : stretches)
     addBehind(apart, limits, scansWithin(stretch, limits, gap, given));
@@ -209,7 +208,7 @@ std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, Sample
 
   KnownTiming known;
   known.slices.nrOfSlices = given.nrOfSlicesPerVolume;
-  known.slices.sliceDuration = given.sliceDuration * fs_;
+  known.slices.sliceDuration = given.sliceDuration > 0 ? given.sliceDuration * fs_ : period.slice;
   if (given.firstOnset) known.volumeOnset = *given.firstOnset * fs_;
   if (given.volumeDuration <= 0) makeVolumes(repeats, known);
   return describeScan(sharpened_, fs_, repeats, limits, known);

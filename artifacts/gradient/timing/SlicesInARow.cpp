@@ -13,45 +13,58 @@ constexpr double leastReach = 1;       // samples
 constexpr double fewestTeeth = 3;      // one or two that are highest say nothing
 constexpr double fewestOthers = 6;     // lags that tell how much they differ by chance
 constexpr double leastCombScore = 6;   // standard errors; hundreds of combs are tried
-constexpr double leastContrast = 0.05; // of the loss; less is how the samples happen to hit the waveform
+constexpr double leastContrast = 0.05; // of the loss
+constexpr double samePhase = 0.02;     // samples
 constexpr double leastLoss = 1e-9;
 constexpr int mostLevels = 4;
 constexpr double largestLoss = 0.01; // of correlation ...
 constexpr double mostTimesLoss = 3;  // ... and that of the next slice
 
+struct Contrast {
+  double value = 0;
+  double phase = 0; ///< samples from the next whole one, where what the samples make of a waveform is alike
+};
+
 /// By how much values stand out of both their neighbours, as a share of what they lack to be alike (a spike
 /// or a movement that leaves the overlap is a step); the first two and the last do not count.
-std::vector<double> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
-  std::vector<double> contrasts;
-  for (size_t k = 2; k + 1 < peaks.size(); ++k)
-    contrasts.push_back(std::max(0.0, peaks[k].value - std::max(peaks[k - 1].value, peaks[k + 1].value)) /
-                        std::max(1 - peaks[k].value, leastLoss));
+std::vector<Contrast> contrastsOf(const std::vector<CorrelationPeak>& peaks) {
+  std::vector<Contrast> contrasts;
+  for (size_t k = 2; k + 1 < peaks.size(); ++k) {
+    const double beside = std::max(peaks[k - 1].value, peaks[k + 1].value);
+    contrasts.push_back({std::max(0.0, peaks[k].value - beside) / std::max(1 - peaks[k].value, leastLoss),
+                         std::fabs(peaks[k].lag - std::round(peaks[k].lag))});
+  }
   return contrasts;
 }
 
-/// Student's t of every n-th value (from index n on; the first given is that of index 2) against the others.
-/// Where most teeth are lower than their mean, one of them is not the comb's.
-double combScore(const std::vector<double>& contrasts, size_t n) {
+/// Student's t of every n-th value (from index n on; the first given is that of index 2) against the others
+/// that lie as close to whole samples. Where most teeth are lower than their mean, one of them is not the
+/// comb's.
+double combScore(const std::vector<Contrast>& contrasts, size_t n) {
   struct {
     double count = 0, sum = 0, squares = 0;
+    void add(double value) {
+      count += 1;
+      sum += value;
+      squares += value * value;
+    }
+    double spread() const { return squares - sum * sum / count; }
   } teeth, others;
   std::vector<double> heights;
-  for (size_t i = 0; i < contrasts.size(); ++i) {
-    const bool isTooth = (i + 2) % n == 0;
-    if (isTooth) heights.push_back(contrasts[i]);
-    auto& group = isTooth ? teeth : others;
-    group.count += 1;
-    group.sum += contrasts[i];
-    group.squares += contrasts[i] * contrasts[i];
+  double farthest = 0;
+  for (size_t i = n - 2; i < contrasts.size(); i += n) {
+    teeth.add(contrasts[i].value);
+    heights.push_back(contrasts[i].value);
+    farthest = std::max(farthest, contrasts[i].phase);
   }
+  for (size_t i = 0; i < contrasts.size(); ++i)
+    if ((i + 2) % n != 0 && contrasts[i].phase <= farthest + samePhase) others.add(contrasts[i].value);
   if (teeth.count < fewestTeeth || others.count < fewestOthers) return 0;
   const auto middle = heights.begin() + static_cast<int64_t>(heights.size() / 2);
   std::nth_element(heights.begin(), middle, heights.end());
   const double difference = std::min(teeth.sum / teeth.count, *middle) - others.sum / others.count;
   if (difference < leastContrast) return 0;
-  const double within = teeth.squares - teeth.sum * teeth.sum / teeth.count + others.squares -
-                        others.sum * others.sum / others.count;
-  const double variance = within / (teeth.count + others.count - 2);
+  const double variance = (teeth.spread() + others.spread()) / (teeth.count + others.count - 2);
   return variance > 0 ? difference / std::sqrt(variance * (1 / teeth.count + 1 / others.count)) : 0;
 }
 
@@ -93,7 +106,7 @@ std::optional<Period> SlicesInARow::volume() const {
   std::optional<Period> volume;
   std::vector<CorrelationPeak> peaks = peaks_;
   for (int level = 0; level < mostLevels; ++level) {
-    const std::vector<double> contrasts = contrastsOf(peaks);
+    const std::vector<Contrast> contrasts = contrastsOf(peaks);
     size_t unit = 0;
     double highest = leastCombScore;
     for (size_t n = 2; n < contrasts.size() + 2; ++n)
@@ -102,7 +115,7 @@ std::optional<Period> SlicesInARow::volume() const {
         unit = n;
       }
     if (unit == 0) break;
-    volume = Period{peaks[unit].lag, peaks[unit].value};
+    volume = Period{peaks[unit].lag, peaks[unit].value, peaks[unit].lag / static_cast<double>(unit)};
     std::vector<CorrelationPeak> teeth;
     for (size_t k = 0; k < peaks.size(); k += unit) teeth.push_back(peaks[k]);
     peaks = teeth;

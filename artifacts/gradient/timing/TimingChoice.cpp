@@ -74,8 +74,8 @@ private:
   void chooseDetection() {
     const double seconds = static_cast<double>(witness(0).size()) / fs_;
     choice_.doubt = doubtAbout(found_, seconds, fs_);
-    const int32_t given = request_.given.nrOfSlicesPerVolume;
-    if (choice_.doubt.empty() && given > 0 && given != found_.nrOfSlicesPerVolume)
+    const int32_t slices = request_.given.nrOfSlicesPerVolume;
+    if (choice_.doubt.empty() && slices > 0 && slices != found_.nrOfSlicesPerVolume)
       choice_.doubt = "another number of slices than was given";
     const bool isPossible = choice_.doubt.empty();
     const ScanSegment first = segmentOf(found_, fs_);

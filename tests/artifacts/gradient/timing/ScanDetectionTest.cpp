@@ -56,6 +56,18 @@ TEST(ScanDetection, NeedsNeitherQuietNorDeadTime) {
   }
 }
 
+TEST(ScanDetection, EquallySpacedScansAreNotTheVolumesOfOne) {
+  for (const uint64_t seed : {13u, 14u})
+    expectAllFound(simulateScan(
+        Preset::Gap, 1000, 40,
+        [](auto& p) {
+          p.gradient->nrOfScans = 3;
+          p.gradient->nrOfVolumes = 4;
+          p.gradient->pauseDuration = 3;
+        },
+        seed));
+}
+
 TEST(ScanDetection, CountsSlicesWithTwoBurstsOnce) {
   expectAllFound(simulateScan(Preset::TwoBursts, 2000, 30));
 }

@@ -24,6 +24,7 @@ TEST(SlicesInARow, MakeTheVolumeAtWhoseMultiplesTheyStandOut) {
   const std::optional<Period> volume = slices.volume();
   ASSERT_TRUE(volume);
   EXPECT_NEAR(volume->samples, 1800, 0.05);
+  EXPECT_NEAR(volume->slice, 90, 0.005);
 }
 
 TEST(SlicesInARow, MakeNoVolumeWhereAllAreAlike) {
@@ -48,6 +49,14 @@ TEST(SlicesInARow, MayBeALittleLongerOrShorterThanTheFirstLagSays) {
 TEST(SlicesInARow, AreNoneWhereAGapBreaksThem) {
   const SyntheticSlices scan{0, 1.8, 25, 0.0700, 20, 0.02, 0, 4};
   EXPECT_FALSE(SlicesInARow(correlationOf(scan), 70).areNearlyAlike());
+}
+
+TEST(SlicesInARow, TheSamplesPhaseMakesNoVolume) {
+  // Every third slice is hit at the same phase; frequencies near half of the sampling frequency show it.
+  const SyntheticSlices scan{0, 20 * 86.0 / 900, 25, 86.0 / 900, 20, 0, 0, 6};
+  const std::vector<double> recording = syntheticRecording(375, 25 * 20 * 86.0 / 900, {scan});
+  const SlicesInARow slices(Autocorrelation(recording, 6000), 375 * 86.0 / 900);
+  EXPECT_FALSE(slices.volume());
 }
 
 TEST(SlicesInARow, ASpikeMakesNoVolume) {
