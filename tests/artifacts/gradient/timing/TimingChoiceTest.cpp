@@ -130,18 +130,6 @@ TEST(TimingChoice, GivenDurationsComeFirst) {
   expectTruth(scan, choice);
 }
 
-TEST(TimingChoice, AGivenNumberOfSlicesCountsMoreThanWhatTheQuietShows) {
-  const SimulatedScan scan = simulateScan(Preset::Gap, 2000, 40);
-  TimingRequest request;
-  request.given.nrOfSlicesPerVolume = scan.timing().nrOfSlicesPerVolume;
-  EXPECT_EQ(choose(scan, request).source, TimingSource::QuietBetweenSlices);
-  request.given.nrOfSlicesPerVolume /= 2;
-  const TimingChoice choice = choose(scan, request);
-  EXPECT_EQ(choice.source, TimingSource::SimilarVolumes);
-  ASSERT_EQ(choice.scans.size(), 1u);
-  EXPECT_EQ(choice.scans[0].nrOfSlicesPerVolume, request.given.nrOfSlicesPerVolume);
-}
-
 TEST(TimingChoice, MarkersComeFirst) {
   const SimulatedScan scan = simulateScan(Preset::Continuous, 2000, 40);
   TimingRequest request;
