@@ -20,7 +20,9 @@ constexpr double blockOfVolume = 0.01;  // seconds
 constexpr double leastActive = 0.05;    // of a volume that is a single slice
 constexpr double shortestBurst = 0.2;   // of a slice
 constexpr double edgeOfRecording = 0.1; // of a volume; a scan seen from later on began with one
-constexpr double edgeSlack = 0.3;       // of a slice: what may be missing of a whole volume
+constexpr double edgeSlack = 0.3;       // of a slice: what may be missing of a whole volume ...
+constexpr double endSlack = 0.9;        // ... and at the end of a scan that the recording does not cut
+constexpr double longestEndSlack = 0.1; // seconds
 
 /// Repeats beyond the known ones that still resemble the average, in one direction.
 int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit,
@@ -82,15 +84,22 @@ double explainedByAverage(std::span<const double> signal, const FittedRepeats& f
   return power > 0 && count > 1 ? 1 - rest / power * count / (count - 1) : 0;
 }
 
+/// What may be missing of a whole volume at the end of a scan. The end is known to a block; where the
+/// recording goes on behind it, the scan was not cut: it ends with a volume, the quiet of whose last slice is
+/// not seen.
+double slackAtEnd(const ScanSegment& segment, double nrOfSamples, double samplingFrequency) {
+  const double block = std::min(blockOfVolume * samplingFrequency, segment.sliceDuration / 2);
+  const double slack = edgeSlack * segment.sliceDuration + block;
+  if (nrOfSamples - segment.end < segment.sliceDuration) return slack;
+  return std::max(slack, std::min(endSlack * segment.sliceDuration, longestEndSlack * samplingFrequency));
+}
+
 /// Whole volumes between the edges, and whether parts are left over.
-void countVolumes(ScanSegment& segment, const SliceStructure& slices, double anyOnset,
-                  double samplingFrequency) {
+void countVolumes(ScanSegment& segment, const SliceStructure& slices, double anyOnset, double slackBehind) {
   const double slack = edgeSlack * segment.sliceDuration;
-  // The end is known to a block.
-  const double endSlack = slack + std::min(blockOfVolume * samplingFrequency, segment.sliceDuration / 2);
   const double T = segment.volumeDuration;
   const double first = std::ceil((segment.begin - slack - slices.firstActivity - anyOnset) / T);
-  const double last = std::floor((segment.end + endSlack - slices.lastActivity - anyOnset) / T);
+  const double last = std::floor((segment.end + slackBehind - slices.lastActivity - anyOnset) / T);
   segment.firstVolumeOnset = anyOnset + first * T;
   segment.nrOfVolumes = static_cast<int32_t>(std::clamp(last - first + 1, 0.0, 1e9));
   segment.beginsInVolume = segment.begin + slack < segment.firstVolumeOnset + slices.firstActivity;
@@ -182,7 +191,8 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
     slices.onset = onset - fit.line.onset;
     findActivity(twoVolumes, period, samplingFrequency, slices);
   }
-  countVolumes(segment, slices, onset, samplingFrequency);
+  const auto nrOfSamples = static_cast<double>(sharpened.size());
+  countVolumes(segment, slices, onset, slackAtEnd(segment, nrOfSamples, samplingFrequency));
   return segment;
 }
 
