@@ -18,6 +18,7 @@ constexpr double unlikeVolumes = 0.02;
 constexpr double unlikeSlices = 0.05;
 constexpr double unlikeFar = 0.0003;
 
+constexpr double equalSlices = 0.1;     // samples over a volume: the same
 constexpr double nothingInCommon = 0.8; // what is so unlike is no scan
 constexpr double littleInCommon =
     0.6;                            // the same, where the timing is given: it may be that of something else
@@ -39,6 +40,11 @@ double medianOf(std::vector<double> values) {
 /// Samples by which the one gains on the other from the first to the last volume.
 double lengthsDiffer(const ScanSegment& a, const ScanSegment& b) {
   return std::abs(a.volumeDuration - b.volumeDuration) * a.nrOfVolumes;
+}
+
+/// The same from a volume's first to its last slice.
+double slicesDiffer(const ScanSegment& a, const ScanSegment& b) {
+  return std::abs(a.sliceDuration - b.sliceDuration) * a.nrOfSlicesPerVolume;
 }
 
 /// Also in being whole.
@@ -105,8 +111,12 @@ private:
                    const std::vector<ScanSegment>& scans) {
     if (scans.empty()) return evidence.unlikeVolumes < nothingInCommon;
     if (scans.size() > 1 || !isSameScan(first, scans.front())) return !isBetter(evidenceOf(scans), evidence);
-    return lengthsDiffer(first, scans.front()) < equalDuration ||
-           evidenceOf(scans).unlikeFar > clearlyLess * evidence.unlikeFar;
+    if (lengthsDiffer(first, scans.front()) < equalDuration &&
+        slicesDiffer(first, scans.front()) < equalSlices)
+      return true;
+    const TimingEvidence other = evidenceOf(scans);
+    return other.unlikeFar > clearlyLess * evidence.unlikeFar &&
+           other.unlikeStrides > clearlyLess * evidence.unlikeStrides;
   }
 
   static std::string doubtFrom(const TimingEvidence& evidence) {

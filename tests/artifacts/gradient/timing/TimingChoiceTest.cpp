@@ -100,6 +100,17 @@ TEST(TimingChoice, ADurationThatIsALittleWrongIsNoticed) {
   expectTruth(scan, choice);
 }
 
+TEST(TimingChoice, ASpikeThatSpoilsTheSliceDurationIsNoticed) {
+  const SimulatedScan scan =
+      simulateScan(Preset::Continuous, 2000, 60, [](auto& p) { p.disturbances.nrOfSpikes = 1; });
+  MRSequence found = sequenceFromQuiet(simulateScan(Preset::Continuous, 2000, 60));
+  found.sliceDuration -= 0.05 / scan.fs;
+  const TimingChoice choice = choose(scan, found);
+  EXPECT_EQ(choice.source, TimingSource::SimilarVolumes);
+  expectTruth(scan, choice);
+  EXPECT_NEAR(choice.scans[0].sliceDuration, scan.timing().sliceDuration * scan.fs, 0.002);
+}
+
 TEST(TimingChoice, EegAloneHoldsNoScanWhateverWasFound) {
   SimulatedScan scan = simulateScan(Preset::Gap, 1000, 40);
   const MRSequence found = sequenceFromQuiet(scan);
