@@ -181,10 +181,8 @@ std::optional<ScanSegment> describeScan(std::span<const double> sharpened, doubl
   segment.sliceDuration = slices.sliceDuration;
   segment.isCountIdentifiable = slices.isOnsetKnown || known.slices.nrOfSlices > 0;
   segment.explainedBySlice = slices.explainedBySlice;
-  double onset = fit.line.onset + slices.onset;
-  if (known.volumeOnset) {
-    onset = *known.volumeOnset;
-  } else {
+  double onset = known.volumeOnset.value_or(0);
+  if (!known.volumeOnset) {
     const bool isBeginSeen = segment.begin > edgeOfRecording * period;
     onset = volumeOnset(twoVolumes, fit.line, slices,
                         isBeginSeen ? std::optional<double>(segment.begin) : std::nullopt);

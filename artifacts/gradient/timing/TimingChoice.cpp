@@ -182,6 +182,7 @@ private:
     if (choice_.evidence.unlikeStrides < repeatingSlices) return;
     log_("Comparing slice-wise with volume-wise averaging");
     std::vector<double> differences;
+    differences.reserve(static_cast<size_t>(witnesses()));
     for (int i = 0; i < witnesses(); ++i)
       differences.push_back(leftBy(false, witness(i)) - leftBy(true, witness(i)));
     choice_.slicesLeaveDb = medianOf(differences);
