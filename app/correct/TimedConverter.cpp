@@ -10,6 +10,7 @@ namespace emeg {
 namespace {
 
 constexpr uint64_t searchArrays = 8; // channel, sharpened copy, comparisons
+constexpr uint64_t trialArrays = 4;  // channel, estimate and what they leave, beside the removal's own
 
 FoundScan foundScanOf(const ScanSegment& segment, double samplingFrequency) {
   FoundScan scan;
@@ -100,8 +101,9 @@ void TimedConverter::readInterval(int32_t channel, std::vector<double>& samples)
 
 bool TimedConverter::hasMemory(int64_t nrOfSamples) {
   MachineResources needed;
-  needed.memory = SegmentRemoval::memoryFor(nrOfSamples) +
-                  searchArrays * sizeof(double) * static_cast<uint64_t>(nrOfSamples);
+  const uint64_t array = sizeof(double) * static_cast<uint64_t>(nrOfSamples);
+  needed.memory =
+      std::max(searchArrays * array, SegmentRemoval::memoryFor(nrOfSamples) + trialArrays * array);
   const std::string shortage =
       describeShortage(needed, availableResources(inputPathBuffer.path()), inputPathBuffer.path());
   return shortage.empty() || showError(shortage);

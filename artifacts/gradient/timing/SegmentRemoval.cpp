@@ -24,8 +24,8 @@ SegmentRemoval::SegmentRemoval(std::vector<ScanSegment> segments, double samplin
       windowSlices_(windowSlices) {}
 
 uint64_t SegmentRemoval::memoryFor(int64_t nrOfSamples) {
-  // Completed volumes at both ends add up to two volumes, each no longer than the recording.
-  return 3 * nrOfArrays * sizeof(double) * static_cast<uint64_t>(nrOfSamples);
+  // Completed volumes at both ends add up to two volumes, each a third of the recording at most.
+  return nrOfArrays * sizeof(double) * static_cast<uint64_t>(nrOfSamples) * 5 / 3;
 }
 
 void SegmentRemoval::estimate(std::span<const double> channel, std::span<double> artifactEstimate) {

@@ -20,7 +20,7 @@ public:
   /// Adds the artifact of all scans to `artifactEstimate`, which is as long as the channel.
   void estimate(std::span<const double> channel, std::span<double> artifactEstimate);
 
-  /// Bytes that `estimate` needs at most.
+  /// Bytes that `estimate` needs at most for scans of three volumes and more.
   static uint64_t memoryFor(int64_t nrOfSamples);
 
 private:
