@@ -7,12 +7,13 @@
 #include "dsp/FrequencyFilter.h"
 #include "files/formats/ChunkFiles.h"
 
-#include "artifacts/SinusoidRemoval.h"
-
 #include <cstdint>
 #include <string>
 
 namespace emeg {
+
+class BeatStrategy;
+class TimingStrategy;
 
 /// One run: reads a recording, asks for parameters, corrects it channel by channel and writes the result. An
 /// operation that fails reports the failure and returns false; callers pass false upwards. A converter runs
@@ -56,11 +57,8 @@ public:
   SampleSpan span;
   ChunkLayout chunkLayout;
   ChunkFiles chunkFiles;
-  CorrectionBuffers buffers;
   ProtocolList protocolList;
   MRSequence sequence;
-  SinusoidTables sinusoidTables;
-  CardiacCorrection cardiac;
 
   // --- converter/steps: the run sequence ---
   bool checkHostVersion(int32_t major, int32_t minor, int32_t revision);
@@ -100,24 +98,12 @@ public:
   bool fillFromBlocks(int chunk, std::vector<float>& chunkSamples);
   bool fillFromChannels(int64_t start, int64_t count, std::vector<float>& chunkSamples);
 
-  // --- artifacts/steps: the correction ---
+  // --- converter/correction: the engine's shell ---
   /// The role of an output channel.
   ChannelRole roleOf(int32_t outputChannel) const;
   bool processChannels();
-  /// Finds the scanner's timing in a channel, adds its markers and asks for the window. True also when nothing
-  /// was found (the sequence's sliceDuration stays 0); false when the user cancelled.
-  virtual bool detectSequence(const SplinedSignal& channel);
-  void addGradientTriggers();
-  bool askWindow();
-  /// Adds the channel's gradient artifact to artifactEstimate.
-  virtual void estimateGradient(const SplinedSignal& channel);
-  /// Finds the heart pulses of the recording in bcgSeries and adds their markers. Finding none is no failure.
-  virtual bool detectHeartPulses();
-  bool estimateHeartPeriod();
-  bool buildPulseDetectionSignal();
-  bool checkPulseModelIsPossible();
-  /// Replaces one of the bcgSeries by its artifact estimate; in order from 0.
-  virtual void buildPulseModel(int32_t pulseChannel);
+  /// The same with other ways to the scanner's timing and to the heart beats.
+  bool correctChannels(TimingStrategy& timing, BeatStrategy& beats);
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);
   bool writeProtocols();
   bool writeProtocol(Protocol& protocol);

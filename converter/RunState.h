@@ -1,9 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/HeartPeriod.h"
-#include "artifacts/cardiac/PulseModel.h"
 #include "artifacts/gradient/SequenceDetection.h"
-#include "converter/ChannelRole.h"
+#include "engine/ChannelRole.h"
 #include "dsp/FilterStages.h"
 #include "files/formats/BinaryFile.h"
 #include "files/formats/CcdFile.h"
@@ -161,46 +159,6 @@ struct ProtocolList {
     protocols.push_back(std::move(protocol));
     currentProtocol = static_cast<int>(protocols.size()) - 1;
   }
-};
-
-/// One channel at a time, and what all channels share while they are corrected.
-class CorrectionBuffers {
-public:
-  std::vector<float> chunkBuffer; ///< position 0 holds the first processed time point
-
-  /// The channel being corrected: room for one transform, and one spare value in front.
-  double* channelSignal() { return channelSignal_.data() + 1; }
-  void allocateChannelSignal(int64_t length) { channelSignal_.assign(static_cast<size_t>(length) + 1, 0.0); }
-
-  std::vector<double> splineScratch, splineB, splineC, splineD;
-  std::vector<double> artifactEstimate;              ///< sum of the gradient templates
-  std::vector<std::vector<double>> lowFrequencyRest; ///< per channel, one value per 0.1 s
-  std::vector<float> referenceSum;
-  std::vector<std::vector<double>> bcgSeries; ///< per pulse channel, bcgLength + 1 values at about 250 Hz
-
-  std::vector<double> ecgSeries; ///< the same of the electrocardiogram, bcgLength values; empty without one
-
-  int64_t restStep = 0;
-  int64_t restLength = 0;
-  float bcgLowPassHz = 0;
-  int64_t bcgStep = 0;
-  int64_t bcgLength = 0;
-  float bcgRate = 0;
-  float bcgInterval = 0;
-
-private:
-  std::vector<double> channelSignal_;
-};
-
-/// The heart beats that are found between the two passes of the cardiac correction. Positions in samples of
-/// bcgSeries.
-struct CardiacCorrection {
-  size_t pulseCapacity = 3000;    ///< a program that corrects long recordings may raise it
-  float candidatesPerSecond = 35; ///< the same for many channels, whose detection signal has more minima
-  HeartPeriod period;
-  std::vector<float> pulseDetectionSignal;
-  std::vector<double> pulsePositions;
-  std::unique_ptr<PulseModel> pulseModel; ///< while channels are corrected
 };
 
 } // namespace emeg

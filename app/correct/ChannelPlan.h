@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectParameters.h"
-#include "converter/ChannelRole.h"
+#include "engine/ChannelRole.h"
 #include "files/exchange/Recording.h"
 
 #include <string>

@@ -4,7 +4,7 @@
 #include "app/correct/HostAnswers.h"
 #include "app/correct/KnownBeats.h"
 #include "artifacts/cardiac/PulsePlausibility.h"
-#include "converter/ChannelRole.h"
+#include "engine/ChannelRole.h"
 
 #include <functional>
 #include <optional>

@@ -9,6 +9,7 @@ struct ChannelRole {
   bool takesPartInPulses = true;    ///< heart beats are looked for in it and removed from it
   bool showsHeartBeats = false;     ///< an electrocardiogram: kept for the search for heart beats
   bool takesPartInReference = true; ///< belongs to the average reference, which is subtracted from it
+  bool passesUnchanged = false;     ///< triggers: nothing is removed, filtered or scaled; samples are picked
 };
 
 } // namespace emeg

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "engine/CorrectionSettings.h"
+#include "engine/Findings.h"
+#include "engine/Observer.h"
+#include "engine/RecordingShape.h"
+#include "engine/store/ChannelStore.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace emeg {
+
+/// Takes the corrected recording, block after block.
+class CorrectedSink {
+public:
+  virtual ~CorrectedSink() = default;
+  CorrectedSink() = default;
+  CorrectedSink(const CorrectedSink&) = delete;
+  CorrectedSink& operator=(const CorrectedSink&) = delete;
+
+  /// The next `count` time points, channel after channel: values[c x count + t]. May throw.
+  virtual void take(int64_t count, std::span<const double> values) = 0;
+};
+
+/// Settings that contradict each other or the recording. The message is a sentence.
+class UnusableSettings : public std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// The correction of one recording, in three steps: its samples are taken in, scans and beats are found, the
+/// corrected samples go out. Knows no file and no host. Used by one thread; several corrections may run in
+/// several threads at once.
+class Correction {
+public:
+  /// The store holds as many channels and samples as `shape`; its content is the correction's own.
+  /// Throws UnusableSettings.
+  Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store, Observer& observer);
+  ~Correction();
+  Correction(const Correction&) = delete;
+  Correction& operator=(const Correction&) = delete;
+
+  /// The next `count` time points of all channels, channel after channel: values[c x count + t], in
+  /// microvolts. Samples that are not finite count as 0 and are counted.
+  void takeIn(int64_t count, std::span<const double> values);
+
+  /// When all samples are there: looks for scans and heart beats. The caller may look at the result and go no
+  /// further. Without a scan nothing of the gradient artifact is removed.
+  const Findings& find();
+
+  /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
+  void correct(CorrectedSink& sink);
+
+  /// Time points and rate of the result.
+  int64_t nrOfOutputs() const;
+  double outputRate() const;
+  /// Complete when correct() has returned.
+  const Findings& findings() const;
+
+  /// Bytes that a run will have in memory at most beside the store, and never less than what it allocates.
+  static uint64_t memoryFor(const CorrectionSettings& settings, const RecordingShape& shape);
+
+private:
+  class Run;
+  std::unique_ptr<Run> run_;
+};
+
+} // namespace emeg
