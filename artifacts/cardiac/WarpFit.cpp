@@ -20,6 +20,19 @@ constexpr double scoreRounding = 1e-11;
 
 constexpr size_t rowsAtOnce = 4;
 
+/// The brackets' points lie `step` apart.
+struct WarpRange {
+  double low = 0;
+  double high = 1;
+  double step = 0;
+};
+
+WarpRange widestRange(const BeatTimeBase& base) {
+  const double low = base.warpMargin;
+  const double high = 1 - base.warpMargin;
+  return {low, high, (high - low) / 4};
+}
+
 } // namespace
 
 double warpScore(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table) {
@@ -80,13 +93,19 @@ void resampleInterval(const double* series, int64_t length, const BeatTimeBase& 
   }
 }
 
-WarpFit::WarpFit(const BeatTimeBase& base) : base_(base) {}
+WarpFit::WarpFit(const BeatTimeBase& base) : base_(base) {
+  const WarpRange range = widestRange(base);
+  if (base.nrOfIntervals() == 0 || !(range.step > finestStep)) return;
+  for (size_t k = 0; k < Bracket().size(); ++k) {
+    const double a = range.low + static_cast<double>(k) * range.step;
+    sharedTables_.emplace_back(a, makeWarpTable(a, base));
+  }
+}
 
-const WarpTable& WarpFit::tableOf(double a, bool sharedByChannels) {
-  if (!sharedByChannels) return table_ = makeWarpTable(a, base_);
+double WarpFit::scoreOf(double a, const double* series, int64_t length) const {
   for (const auto& [parameter, table] : sharedTables_)
-    if (parameter == a) return table;
-  return sharedTables_.emplace_back(a, makeWarpTable(a, base_)).second;
+    if (parameter == a) return warpScore(series, length, base_, table);
+  return warpScore(series, length, base_, makeWarpTable(a, base_));
 }
 
 /// The first point of the highest score.
@@ -104,18 +123,16 @@ size_t WarpFit::highestOf(Bracket& bracket, const double* series, int64_t length
   return static_cast<size_t>(std::max_element(plain.begin(), plain.end(), isLower) - plain.begin());
 }
 
-double WarpFit::fit(const double* series, int64_t length) {
-  double low = base_.warpMargin;
-  double high = 1 - base_.warpMargin;
-  double step = (high - low) / 4;
+double WarpFit::fit(const double* series, int64_t length) const {
+  auto [low, high, step] = widestRange(base_);
   double a = 0.5;
   Bracket bracket;
-  for (bool isFirst = true; step > finestStep; isFirst = false) {
+  while (step > finestStep) {
     for (size_t k = 0; k < bracket.size(); ++k) {
       Point& point = bracket[k];
       if (point.isScored) continue;
       point.a = low + static_cast<double>(k) * step;
-      point.score = warpScore(series, length, base_, tableOf(point.a, isFirst));
+      point.score = scoreOf(point.a, series, length);
       point.isScored = true;
     }
     const size_t k = std::clamp<size_t>(highestOf(bracket, series, length), 1, 3);

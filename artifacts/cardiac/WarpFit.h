@@ -13,13 +13,14 @@ namespace emeg {
 /// Finds for each channel the warp parameter under which its resampled intervals look most alike: the energy
 /// of the sum of the intervals, each normalised to unit energy, is largest. A search over brackets of five
 /// points, halved until they lie within 0.001 of each other. Where two scores of a bracket agree to rounding,
-/// plain sums decide.
+/// plain sums decide. Immutable once made: threads may share it.
 class WarpFit {
 public:
+  /// `base` has to stay where it is.
   explicit WarpFit(const BeatTimeBase& base);
 
   /// `series` holds `length` samples and one readable value behind them.
-  double fit(const double* series, int64_t length);
+  double fit(const double* series, int64_t length) const;
 
 private:
   struct Point {
@@ -30,12 +31,11 @@ private:
   using Bracket = std::array<Point, 5>;
 
   size_t highestOf(Bracket& bracket, const double* series, int64_t length) const;
-  const WarpTable& tableOf(double a, bool sharedByChannels);
+  double scoreOf(double a, const double* series, int64_t length) const;
 
   const BeatTimeBase& base_;
   std::vector<std::pair<double, WarpTable>>
       sharedTables_; ///< of the first bracket, the same in every channel
-  WarpTable table_;
 };
 
 /// Energy of the sum of the normalised intervals, resampled by one table.
