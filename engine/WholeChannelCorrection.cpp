@@ -115,7 +115,6 @@ void WholeChannelCorrection::correctInTwoPasses() {
       continue;
     }
     StageRun run = begin(Step::CorrectingForBeats, channel);
-    run.inTwoPasses = true;
     run.pulseChannel = pulseChannel++;
     applyStages(Pass::BeforeBeats, run);
     writeChannel(channel, plan_.nrOfProcessed);
@@ -125,7 +124,6 @@ void WholeChannelCorrection::correctInTwoPasses() {
   beats_->find({shared_.bcgSeries, shared_.bcgLength, shared_.bcgRate}, shared_.ecgSeries, observer_);
   for (size_t k = 0; k < pulseChannels_.size(); ++k) {
     StageRun run = begin(Step::RemovingBeats, pulseChannels_[k]);
-    run.inTwoPasses = true;
     run.pulseChannel = static_cast<int>(k);
     applyStages(Pass::BehindBeats, run);
     writeChannel(run.channel, plan_.nrOfOutputs);

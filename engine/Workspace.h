@@ -17,7 +17,7 @@ public:
 
   std::vector<double> splineScratch, splineB, splineC, splineD;
   std::vector<double> artifactEstimate; ///< sum of the gradient templates
-  std::vector<double> lowFrequencies;   ///< what was split off the stretch at hand
+  std::vector<double> referenceOfStretch; ///< sum of the channels of the reference, per output
 
 private:
   std::vector<double> channelSignal_;
