@@ -1,0 +1,100 @@
+#include "app/correct/RunObserver.h"
+
+#include "app/RunErrors.h"
+#include "app/correct/Interrupt.h"
+#include "engine/store/FreeMemory.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <utility>
+
+namespace emeg {
+
+namespace {
+
+// Where the steps of a run begin, as fractions of its time.
+constexpr double takenIn = 0.15;
+constexpr double scansFound = 0.3;
+constexpr double beatsFound = 0.45;
+constexpr double channelsPrepared = 0.65; // of corrections that take two passes over the channels
+constexpr double beatsFoundBetween = 0.75;
+constexpr double kept = 0.85;
+
+} // namespace
+
+RunObserver::RunObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst)
+    : report_(report), input_(std::move(input)), removesBeats_(plan.settings.heartBeats),
+      isKeptFirst_(isKeptFirst),
+      nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
+      nrOfPulseChannels_(std::max(
+          static_cast<int>(std::count_if(plan.channels.roles.begin(), plan.channels.roles.end(),
+                                         [](const ChannelRole& role) { return role.takesPartInPulses; })),
+          1)) {}
+
+void RunObserver::takesIn() {
+  begin(fmt::format("Reading \"{}\"", input_), {0, takenIn});
+}
+
+void RunObserver::sends(const std::string& output) {
+  begin(fmt::format("Writing \"{}\"", output), {kept, 1});
+}
+
+void RunObserver::stepBegins(Step step, int) {
+  const double end = isKeptFirst_ ? kept : 1;
+  const double gradientBegins = removesBeats_ ? beatsFound : scansFound;
+  switch (step) {
+  case Step::TakingIn:
+    return takesIn();
+  case Step::FindingScans:
+    return begin("Finding the scans", {takenIn, scansFound});
+  case Step::FindingBeats:
+    return begin("Finding heart beats",
+                 nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween} : Part{scansFound, beatsFound});
+  case Step::Correcting:
+    return begin(removesBeats_ ? "Removing the gradient artifact and the heart beat artifact"
+                               : "Removing the gradient artifact",
+                 {gradientBegins, end});
+  case Step::CorrectingChannel:
+  case Step::CorrectingForBeats: {
+    const double last = removesBeats_ ? channelsPrepared : end;
+    const double each = (last - takenIn) / nrOfChannels_;
+    const double from = takenIn + each * std::min(nrOfCorrected_++, nrOfChannels_ - 1);
+    return begin("Removing the gradient artifact", {from, from + each});
+  }
+  case Step::RemovingBeats: {
+    const double each = (end - beatsFoundBetween) / nrOfPulseChannels_;
+    const double from = beatsFoundBetween + each * std::min(nrOfBeatsRemoved_++, nrOfPulseChannels_ - 1);
+    return begin("Removing the heart beat artifact", {from, from + each});
+  }
+  }
+}
+
+void RunObserver::begin(const std::string& name, Part part) {
+  part_ = part;
+  if (name != name_) report_.step(name);
+  name_ = name;
+  progress(0);
+}
+
+void RunObserver::progress(double finished) {
+  InterruptWatch::check();
+  report_.progress(part_.begin + (part_.end - part_.begin) * std::clamp(finished, 0.0, 1.0));
+}
+
+void RunObserver::detail(const std::string& line) {
+  InterruptWatch::check();
+  report_.detail(line);
+}
+
+void RunObserver::memoryNeeded(uint64_t bytes) {
+  const uint64_t free = std::min(freeMemory(), freeMemoryInGroups());
+  if (bytes <= free) return;
+  constexpr double megabyte = 1e6;
+  throw FailedRun(fmt::format("\"{}\": the correction needs {:.0f} MB more memory and {:.0f} MB are free; "
+                              "nothing was written. Close other programs, or correct a part with --interval "
+                              "START:END.",
+                              input_, static_cast<double>(bytes) / megabyte + 0.5,
+                              static_cast<double>(free) / megabyte));
+}
+
+} // namespace emeg
