@@ -9,8 +9,6 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <stdexcept>
-#include <vector>
 
 namespace emeg {
 
@@ -24,12 +22,6 @@ public:
 
   /// The next `count` time points, channel after channel: values[c x count + t]. May throw.
   virtual void take(int64_t count, std::span<const double> values) = 0;
-};
-
-/// Smallest and largest value of a channel; both 0 for one without finite values.
-struct SampleRange {
-  double smallest = 0;
-  double largest = 0;
 };
 
 /// Settings that contradict each other or the recording. The message is a sentence.
@@ -60,18 +52,10 @@ public:
   /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
   void correct(CorrectedSink& sink);
 
-  /// As correct() for formats that must know the ranges of all channels before their first sample: the
-  /// corrected recording stays in the store, which has room for nrOfOutputs() samples per channel where that
-  /// is more than the recording has, and is sent with readCorrected(). `ranges` become those of what will be
-  /// sent, one per channel.
-  void correctIntoStore(std::vector<SampleRange>& ranges);
-  void readCorrected(CorrectedSink& sink);
-
   /// Time points and rate of the result.
   int64_t nrOfOutputs() const;
   double outputRate() const;
-  /// Scans, beats and stretches without model are complete when find() has returned, so that a file's header
-  /// can hold them; the rest when correct() has.
+  /// Complete when correct() has returned.
   const Findings& findings() const;
 
   /// Bytes that a run will have in memory at most beside the store, and never less than what it allocates.

@@ -3,7 +3,6 @@
 #include "artifacts/cardiac/KnownPulses.h"
 #include "artifacts/cardiac/PulsePlausibility.h"
 #include "artifacts/gradient/timing/TimingChoice.h"
-#include "engine/figures/ChannelQuality.h"
 
 #include <cstdint>
 #include <optional>
@@ -77,10 +76,6 @@ struct Findings {
   std::vector<PulseChannelFigures> pulseFigures; ///< per channel with heart beats to remove, in their order
   std::vector<Stretch> withoutModel;             ///< where the heart beat artifact, if there is one, is left
   bool pulseListIsFull = false;
-
-  /// Per scan; nothing where it is too short to tell. Their channels are those that do not pass unchanged, in
-  /// their order.
-  std::vector<std::optional<QualityFigures>> quality;
 
   bool hasSequence() const { return !timing.scans.empty(); }
 };

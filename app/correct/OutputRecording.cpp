@@ -30,9 +30,8 @@ void OutputRecording::write(Correction& correction, InputRecording& input, RunOb
   options.overwrite = parameters_.force;
   const bool isKeptFirst = needsRanges(result_);
   if (isKeptFirst) {
-    std::vector<SampleRange> ranges;
-    correction.correctIntoStore(ranges);
-    for (const SampleRange& range : ranges) options.ranges.push_back({range.smallest, range.largest});
+    for (const ValueBounds& bounds : correction.correctIntoStore())
+      options.ranges.push_back({bounds.smallest, bounds.largest});
     observer.sends(result_.place.recording);
   }
   writer_ = createRecording(result_.place.recording, header_, options);

@@ -24,8 +24,7 @@ constexpr double kept = 0.85;
 
 RunObserver::RunObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst)
     : report_(report), input_(std::move(input)), removesBeats_(plan.settings.heartBeats),
-      isKeptFirst_(isKeptFirst),
-      nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
+      isKeptFirst_(isKeptFirst), nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
       nrOfPulseChannels_(std::max(
           static_cast<int>(std::count_if(plan.channels.roles.begin(), plan.channels.roles.end(),
                                          [](const ChannelRole& role) { return role.takesPartInPulses; })),
@@ -48,8 +47,8 @@ void RunObserver::stepBegins(Step step, int) {
   case Step::FindingScans:
     return begin("Finding the scans", {takenIn, scansFound});
   case Step::FindingBeats:
-    return begin("Finding heart beats",
-                 nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween} : Part{scansFound, beatsFound});
+    return begin("Finding heart beats", nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween}
+                                                           : Part{scansFound, beatsFound});
   case Step::Correcting:
     return begin(removesBeats_ ? "Removing the gradient artifact and the heart beat artifact"
                                : "Removing the gradient artifact",
