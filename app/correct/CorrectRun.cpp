@@ -3,7 +3,7 @@
 #include "app/correct/InputRecording.h"
 #include "app/correct/OutputRecording.h"
 #include "app/correct/RunNotes.h"
-#include "app/correct/RunObserver.h"
+#include "app/correct/ProgressObserver.h"
 #include "app/correct/RunStore.h"
 #include "app/correct/RunWarnings.h"
 #include "engine/Correction.h"
@@ -26,7 +26,7 @@ CorrectionResult run(const CorrectParameters& parameters, RunReport& report) {
 
   const RecordingShape shape = result.plan.shapeOf(result.header);
   RunStore store(parameters, result, shape, report);
-  RunObserver observer(report, result.plan, parameters.input, OutputRecording::needsRanges(result));
+  ProgressObserver observer(report, result.plan, parameters.input, OutputRecording::needsRanges(result));
   Correction correction(result.plan.settings, shape, store.channels(), observer);
 
   input.takeInto(correction, result.plan, observer);
