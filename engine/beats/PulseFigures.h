@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/correct/ConverterRun.h"
+#include "engine/Findings.h"
 
 #include <cstdint>
 #include <vector>

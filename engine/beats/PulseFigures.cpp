@@ -1,4 +1,4 @@
-#include "app/correct/PulseFigures.h"
+#include "engine/beats/PulseFigures.h"
 
 #include <algorithm>
 #include <cmath>
