@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/CorrectedSink.h"
 #include "engine/CorrectionSettings.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"
@@ -13,24 +14,6 @@
 #include <vector>
 
 namespace emeg {
-
-/// Takes the corrected recording, block after block.
-class CorrectedSink {
-public:
-  virtual ~CorrectedSink() = default;
-  CorrectedSink() = default;
-  CorrectedSink(const CorrectedSink&) = delete;
-  CorrectedSink& operator=(const CorrectedSink&) = delete;
-
-  /// The next `count` time points, channel after channel: values[c x count + t]. May throw.
-  virtual void take(int64_t count, std::span<const double> values) = 0;
-};
-
-/// The smallest and largest value of a channel.
-struct ValueBounds {
-  double smallest = 0;
-  double largest = 0;
-};
 
 /// Settings that contradict each other or the recording. The message is a sentence.
 class UnusableSettings : public std::runtime_error {

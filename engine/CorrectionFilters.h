@@ -1,6 +1,7 @@
 #pragma once
 
 #include "artifacts/SinusoidTracking.h"
+#include "dsp/FilterStages.h"
 #include "dsp/FirFilter.h"
 #include "dsp/Resampler.h"
 #include "engine/CorrectionSettings.h"
@@ -17,6 +18,15 @@ FirFilter templateSplit(double rate);
 /// a sentence, for edges that the rate does not hold.
 std::vector<FirFilter> outputFilters(const CorrectionSettings& settings, double rate);
 std::vector<SinusoidTracker> lineTrackers(const CorrectionSettings& settings, double rate);
+
+/// The edges of whole-channel filters as the plug-in's dialogues make them of the same numbers (32-bit
+/// floats): an anti-aliasing edge at the new Nyquist frequency first. False in `isComplete` where there are
+/// more than a filter holds.
+struct PairedEdges {
+  FilterStageList stages;
+  bool isComplete = true;
+};
+PairedEdges pairedEdges(const CorrectionSettings& settings, double rate);
 
 /// Nothing where the rate stays. Throws std::invalid_argument for rates that cannot be.
 std::optional<Resampler> outputResampler(const CorrectionSettings& settings, double rate);

@@ -41,10 +41,10 @@ private:
   const bool repairsSaturation_;
   int64_t taken_ = 0;
   int64_t notFinite_ = 0;
-  std::vector<int64_t> saturated_;                ///< per channel
-  std::vector<int> pulseNumber_;                  ///< per channel: its number in the series, or -1
-  int ecg_ = -1;                                  ///< the channel with the electrocardiogram
-  std::vector<BandlimitedDecimator> decimators_;  ///< per channel, empty without series
+  std::vector<int64_t> saturated_;               ///< per channel
+  std::vector<int> pulseNumber_;                 ///< per channel: its number in the series, or -1
+  int ecg_ = -1;                                 ///< the channel with the electrocardiogram
+  std::vector<BandlimitedDecimator> decimators_; ///< per channel, empty without series
   HeartSeries series_;
   std::vector<float> asStored_;
   std::vector<double> finite_;

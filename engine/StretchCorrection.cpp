@@ -23,22 +23,22 @@ public:
 StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& stretchPlan, ChannelStore& store,
                                      int64_t offset, GradientMeter* meter, Observer& observer)
     : plan_(plan), stretchPlan_(stretchPlan), store_(store), offset_(offset), meter_(meter),
-      observer_(observer), nrOfOutputs_(plan.nrOfOutputs),
-      state_{stretchPlan,
-             SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency, stretchPlan.volumeWise,
-                            stretchPlan.windowSlices),
-             {},
-             {},
-             {},
-             {},
-             {},
-             {},
-             {}} {
+      observer_(observer),
+      nrOfOutputs_(plan.nrOfOutputs), state_{stretchPlan,
+                                             SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
+                                                            stretchPlan.volumeWise, stretchPlan.windowSlices),
+                                             {},
+                                             {},
+                                             {},
+                                             {},
+                                             {},
+                                             {},
+                                             {}} {
   outputRate_ = plan.outputRate;
   int pulseChannels = 0;
   for (const ChannelRole& role : plan.roles)
-    pulseNumber_.push_back(plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++
-                                                                                             : -1);
+    pulseNumber_.push_back(
+        plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++ : -1);
 }
 
 /// Not much shorter than what its stages need around it.
@@ -52,6 +52,14 @@ int64_t StretchCorrection::stretchLength() const {
   const auto channels = static_cast<int64_t>(plan_.roles.size());
   const auto longest = static_cast<int64_t>(std::ceil(longestStretch * plan_.samplingFrequency));
   return std::max<int64_t>(std::min(largestBlock / channels, longest), context + 1);
+}
+
+uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency) {
+  constexpr uint64_t arrays = 10;    // of a channel's stretch: samples, above 1 Hz, spline, estimate
+  constexpr double mostContext = 60; // seconds on both sides, with usual filters and windows
+  const auto longest = static_cast<uint64_t>((longestStretch + 2 * mostContext) * samplingFrequency);
+  const uint64_t block = std::min(static_cast<uint64_t>(largestBlock), nrOfSamples * nrOfChannels);
+  return (arrays * std::min(nrOfSamples, longest) + block) * sizeof(double);
 }
 
 void StretchCorrection::run(CorrectedSink& sink) {
@@ -75,10 +83,10 @@ void StretchCorrection::correctStretch(PositionRange stretch, CorrectedSink& sin
   work_.referenceOfStretch.assign(count, 0.0);
   int number = 0;
   for (int channel = 0; channel < static_cast<int>(plan_.roles.size()); ++channel) {
-    const double done = (static_cast<double>(stretch.begin) +
-                         static_cast<double>(stretch.length()) * channel /
-                             static_cast<double>(plan_.roles.size())) /
-                        static_cast<double>(n);
+    const double done =
+        (static_cast<double>(stretch.begin) +
+         static_cast<double>(stretch.length()) * channel / static_cast<double>(plan_.roles.size())) /
+        static_cast<double>(n);
     observer_.progress(done);
     if (plan_.roleOf(channel).passesUnchanged) {
       passUnchanged(channel, outputs);

@@ -22,6 +22,9 @@ public:
 
   void run(CorrectedSink& sink);
 
+  /// Bytes that this takes, a little generously.
+  static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
+
 private:
   int64_t stretchLength() const;
   void correctStretch(PositionRange stretch, CorrectedSink& sink);

@@ -179,12 +179,8 @@ private:
     if (scans.empty()) return;
     const auto before = openRecording(inputPath());
     const auto after = openRecording(convertedPath_);
-    const double part = (measuringEnds - convertingEnds) / static_cast<double>(scans.size());
-    for (size_t i = 0; i < scans.size(); ++i) {
-      const double begin = convertingEnds + part * static_cast<double>(i);
-      result_.quality.push_back(
-          measureQuality(*before, *after, result_.plan, scans, i, partOfRun(begin, begin + part)));
-    }
+    result_.quality =
+        measureQuality(*before, *after, result_.plan, scans, partOfRun(convertingEnds, measuringEnds));
   }
 
   /// Something was detected that is no scan: its templates are EEG.
@@ -283,6 +279,10 @@ private:
 };
 
 } // namespace
+
+bool looksLikeScan(const CorrectionResult& result) {
+  return result.found.hasSequence() && looksLikeScan(result.found.timing.source, result.qualityOfLongest());
+}
 
 CorrectionResult correctRecording(const CorrectParameters& parameters, RunReport& report) {
   return Correction(parameters, report).run();

@@ -42,6 +42,9 @@ struct CorrectionResult {
   bool volumeWise() const { return plan.dialogue.volumeWise || found.timing.slicesDoNotRepeat; }
 };
 
+/// Whether a timing was found whose scan shows in the recording.
+bool looksLikeScan(const CorrectionResult& result);
+
 /// One run from a recording to the corrected recording: copy into a scratch folder, converter, warnings,
 /// output. Nothing stands under a final name unless it is complete. Throws UnusableInput, FailedRun and
 /// Interrupted.

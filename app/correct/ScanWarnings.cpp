@@ -11,7 +11,6 @@ namespace {
 
 using Warnings = std::vector<std::string>;
 
-constexpr double scanLineToBackground = 10;
 constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr double longestSlice = 0.5;        // seconds
@@ -130,16 +129,6 @@ std::string listOf(const std::vector<std::string>& names) {
       fmt::format("{}", fmt::join(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(shown), ", "));
   if (names.size() > shown) text += fmt::format(" and {} more", names.size() - shown);
   return text;
-}
-
-bool looksLikeScan(const CorrectionResult& result) {
-  if (!result.found.hasSequence()) return false;
-  if (result.found.timing.source != TimingSource::QuietBetweenSlices) return true;
-  const QualityFigures* const quality = result.qualityOfLongest();
-  if (quality == nullptr) return true;
-  return std::any_of(quality->channels.begin(), quality->channels.end(), [](const ChannelQuality& channel) {
-    return channel.before.medianSliceToBackground > scanLineToBackground;
-  });
 }
 
 std::vector<std::string> notesOnTiming(const FoundScans& timing) {

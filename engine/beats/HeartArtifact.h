@@ -1,5 +1,6 @@
 #pragma once
 
+#include "artifacts/gradient/timing/ScanSegment.h"
 #include "engine/CorrectionSettings.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"
@@ -16,6 +17,12 @@ struct HeartSeries {
   double rate = 0;                           ///< Hz
   int64_t length = 0;
 };
+
+/// Splits off what lies below 1 Hz and removes the gradient artifact at the low rate: what lies below 35 Hz
+/// of it repeats with the scans like all of it. `scans` in samples of the recording, `step` of which make one
+/// of the series.
+void removeGradientFromSeries(HeartSeries& series, std::vector<ScanSegment> scans, double step,
+                              bool volumeWise, int windowSlices, Observer& observer);
 
 /// Finds the heart beats as the request says, and replaces every channel of the series by its heart beat
 /// artifact: 0 where no beat is modelled. What was found goes into the findings. Where there are too few

@@ -23,6 +23,7 @@ const std::vector<Floor> floors = {
     {"files/formats/", 1},
     {"files/exchange/", 4},
     {"artifacts/", 1},
+    {"engine/", 2},
     {"converter/", 2},
     {"converter/steps/", 3},
     {"files/steps/", 3},
@@ -66,7 +67,7 @@ std::vector<std::string> projectIncludesOf(const fs::path& file) {
 std::vector<std::string> sourceFiles() {
   std::vector<std::string> files;
   const fs::path root = EMEG_SOURCE_DIR;
-  for (const char* folder : {"dsp", "files", "artifacts", "converter", "plugin", "host", "app"}) {
+  for (const char* folder : {"dsp", "files", "artifacts", "engine", "converter", "plugin", "host", "app"}) {
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
       const std::string extension = entry.path().extension().string();
       if (extension == ".h" || extension == ".cpp")
@@ -112,6 +113,17 @@ TEST(Includes, ComputationsIncludeNothingOfTheHostBridgeOrTheMessages) {
     if (floorOf(file) != 1) continue;
     for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file))
       EXPECT_NE(floorOf(include), 0) << file << " includes " << include;
+  }
+}
+
+TEST(Includes, TheEngineIncludesOnlyComputationsAndItself) {
+  for (const std::string& file : sourceFiles()) {
+    if (file.rfind("engine/", 0) != 0) continue;
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file)) {
+      const bool isAllowed = include.rfind("engine/", 0) == 0 || include.rfind("artifacts/", 0) == 0 ||
+                             include.rfind("dsp/", 0) == 0;
+      EXPECT_TRUE(isAllowed) << file << " includes " << include;
+    }
   }
 }
 

@@ -1,25 +1,11 @@
 #pragma once
 
 #include "artifacts/gradient/SequenceDetection.h"
-#include "files/exchange/RecordingReader.h"
+#include "engine/figures/WelchSpectrum.h"
 
 #include <array>
-#include <functional>
-#include <vector>
 
 namespace emeg {
-
-/// Power spectral density of one channel, square microvolts per bin; bin k lies at k x hzPerBin.
-struct PowerSpectrum {
-  double hzPerBin = 0;
-  std::vector<double> powers; ///< empty: the stretch holds no window
-};
-
-/// Spectra of all channels in a stretch (seconds), up to `highest` Hz, by Welch's method with Hann windows of
-/// about eight seconds (Welch: The use of fast Fourier transform for the estimation of power spectra, IEEE
-/// Trans. Audio Electroacoust. 15 (1967)), at most 100 windows spread over the stretch.
-std::vector<PowerSpectrum> measureSpectra(RecordingReader& recording, double from, double to, double highest,
-                                          const std::function<void(double)>& progress);
 
 /// A frequency band of the EEG.
 struct Band {
