@@ -15,8 +15,8 @@ namespace emeg {
 /// down at the edge, 80 dB down from 8/7 of it (40 Hz) on, aliases included. Where the recording holds
 /// nothing above that frequency (sampled at 80 Hz or less, for 35 Hz), the samples are taken as they are.
 ///
-/// Memory: twice to three times the filter's length. A sample that is not a number spoils the outputs within
-/// half the filter's length.
+/// Memory: five times the filter's length, or 12288 samples and twice its length. A sample that is not a
+/// number spoils the outputs within half the filter's length.
 class BandlimitedDecimator {
 public:
   /// `rate` of the samples and low-pass `edge` in Hz. std::invalid_argument for rates that are not positive

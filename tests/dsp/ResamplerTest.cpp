@@ -153,7 +153,7 @@ TEST(Resampler, OutputsAreTheSumThatDefinesThem) {
         sum += weight * reference::continued(x, p);
         weights += weight;
       }
-      EXPECT_NEAR(outputs[k], sum / weights, 2e-6) << describe(rates) << ", output " << k;
+      EXPECT_NEAR(outputs[k], sum / weights, 1e-6) << describe(rates) << ", output " << k;
     }
   }
 }
