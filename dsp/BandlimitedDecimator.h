@@ -11,7 +11,7 @@ namespace emeg {
 /// ends the signal continues as RecordingStretch says. The outputs' bits do not depend on the lengths of the
 /// blocks.
 ///
-/// Low-pass (Kaiser-windowed sinc of 0.58 s for 35 Hz): within 0.1 dB up to 6/7 of the edge (30 Hz), 6 dB
+/// Low-pass (Kaiser-windowed sinc of 0.54 s for 35 Hz): within 0.1 dB up to 6/7 of the edge (30 Hz), 6 dB
 /// down at the edge, 80 dB down from 8/7 of it (40 Hz) on, aliases included. Where the recording holds
 /// nothing above that frequency (sampled at 80 Hz or less, for 35 Hz), the samples are taken as they are.
 ///

@@ -107,9 +107,8 @@ std::vector<double> bandStopTaps(double lowEdge, double highEdge, double transit
   if (!(transition <= (highEdge - lowEdge) * (1 + 1e-9)))
     refuse("A transition of ", transition, " Hz is wider than the band from ", lowEdge, " to ", highEdge,
            " Hz, whose middle would not be stopped.");
-  // In the middle of a narrow band both edges add up.
-  const double narrower = std::min({undisturbed(lowEdge, transition, rate),
-                                    undisturbed(highEdge, transition, rate), 0.8 * (highEdge - lowEdge)});
+  const double narrower =
+      std::min(undisturbed(lowEdge, transition, rate), undisturbed(highEdge, transition, rate));
   const int64_t half = halfLengthOf(narrower, rate);
   std::vector<double> band = windowedLowPass(highEdge, half, rate);
   const std::vector<double> below = windowedLowPass(lowEdge, half, rate);

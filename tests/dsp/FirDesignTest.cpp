@@ -135,6 +135,20 @@ TEST(FirDesign, AnyBandThatIsTakenKeepsTheLimits) {
   }
 }
 
+TEST(FirDesign, FiltersOfAFewTapsKeepTheLimits) {
+  for (double edge = 150; edge < 350; edge += 3.1)
+    for (double transition = 120; transition <= 2 * std::min(edge, 500 - edge); transition += 3.7) {
+      checkLowPass(edge, transition, 1000);
+      checkHighPass(edge, transition, 1000);
+    }
+}
+
+TEST(FirDesign, ABandAsNarrowAsItsTransitionIsStoppedInItsMiddle) {
+  for (double low = 100; low < 330; low += 7.3)
+    for (double width = 20; width <= 120; width += 3.1)
+      if (width <= std::min(low, 500 - low - width)) checkBandStop(low, low + width, width, 1000);
+}
+
 TEST(FirDesign, TheTapsAreASincInAHammingWindowScaledToGainOne) {
   const double rate = 500;
   const double edge = 40;

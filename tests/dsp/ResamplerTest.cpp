@@ -191,6 +191,20 @@ TEST(Resampler, TheLastOutputOfAnExactRatioIsNeverLost) {
   }
 }
 
+TEST(Resampler, TheLastOutputIsNotLostWhereTheRatesHaveASmallCommonMeasure) {
+  std::mt19937 random(25);
+  std::uniform_int_distribution<int64_t> part(2000000, 9000000);
+  for (int i = 0; i < 2000; ++i) {
+    const int64_t samples = part(random);
+    const int64_t outputs = part(random);
+    const int64_t measure = std::gcd(samples, outputs);
+    if (std::max(samples, outputs) / measure <= 1048576) continue;
+    const OutputInstants instants(static_cast<double>(samples) / 1000, static_cast<double>(outputs) / 1000);
+    EXPECT_EQ(instants.phases(), 0);
+    EXPECT_EQ(instants.countUpTo(samples), outputs + 1) << samples << " to " << outputs;
+  }
+}
+
 TEST(Resampler, InstantsDoNotDriftInALongRecording) {
   const OutputInstants exact(1000, 512);
   const int64_t k = 64 * int64_t{10000000000} + 1;
