@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/CorrectedSink.h"
 #include "engine/CorrectionSettings.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"
@@ -9,20 +10,10 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <stdexcept>
+#include <vector>
 
 namespace emeg {
-
-/// Takes the corrected recording, block after block.
-class CorrectedSink {
-public:
-  virtual ~CorrectedSink() = default;
-  CorrectedSink() = default;
-  CorrectedSink(const CorrectedSink&) = delete;
-  CorrectedSink& operator=(const CorrectedSink&) = delete;
-
-  /// The next `count` time points, channel after channel: values[c x count + t]. May throw.
-  virtual void take(int64_t count, std::span<const double> values) = 0;
-};
 
 /// Settings that contradict each other or the recording. The message is a sentence.
 class UnusableSettings : public std::runtime_error {
@@ -34,8 +25,8 @@ class UnusableSettings : public std::runtime_error {
 /// several threads at once.
 class Correction {
 public:
-  /// The store holds as many channels and samples as `shape`; its content is the correction's own.
-  /// Throws UnusableSettings.
+  /// The store holds the channels of `shape` with storeLength() samples each; its content is the correction's
+  /// own. Throws UnusableSettings.
   Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store, Observer& observer);
   ~Correction();
   Correction(const Correction&) = delete;
@@ -52,12 +43,20 @@ public:
   /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
   void correct(CorrectedSink& sink);
 
+  /// The same in two steps, for files that must know the smallest and largest value of every channel before
+  /// the first: the corrected recording, as 32-bit floats, takes the recording's place in the store, and is
+  /// read back from there.
+  std::vector<ValueBounds> correctIntoStore();
+  void readCorrected(CorrectedSink& sink);
+
   /// Time points and rate of the result.
   int64_t nrOfOutputs() const;
   double outputRate() const;
   /// Complete when correct() has returned.
   const Findings& findings() const;
 
+  /// Samples per channel that the store must hold.
+  static int64_t storeLength(const CorrectionSettings& settings, const RecordingShape& shape);
   /// Bytes that a run will have in memory at most beside the store, and never less than what it allocates.
   static uint64_t memoryFor(const CorrectionSettings& settings, const RecordingShape& shape);
 

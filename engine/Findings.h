@@ -4,6 +4,8 @@
 #include "artifacts/cardiac/PulsePlausibility.h"
 #include "artifacts/gradient/timing/TimingChoice.h"
 
+#include "engine/figures/ChannelQuality.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -66,6 +68,10 @@ struct Findings {
   std::vector<RepairedChannel> repaired;
 
   FoundScans timing;
+
+  /// Figures of merit per scan, complete when the correction is; nothing where a scan is too short to tell.
+  /// Channels in the recording's order, without those that pass unchanged.
+  std::vector<std::optional<QualityFigures>> quality;
 
   double beatsPerMinute = 0;
   std::vector<double> pulseTimes;  ///< seconds from the first corrected sample

@@ -14,7 +14,7 @@ struct MRSequence {
   double volumeDuration = 0;    ///< seconds
   double sliceDuration = 0;     ///< seconds; 0: not (yet) detected
   double firstTriggerTime = 0;  ///< seconds from the start of the processed interval
-  int32_t windowHalfLength = 0; ///< half-width of the averaging window, whole seconds
+  double windowHalfLength = 0;  ///< half-width of the averaging window, seconds
   bool hasVolumeGaps = false;   ///< quiet between volumes; false: continuous acquisition
 
   /// Onset in samples of slice `slice` of volume `volume`, a real number.

@@ -24,18 +24,24 @@ int64_t ceilOf(double value) {
   return wholeNumber(std::ceil(value));
 }
 
+/// Slices from one to the next that is averaged with it.
+int64_t sliceStrideOf(const MRSequence& sequence) {
+  return std::max<int64_t>(ceilOf(0.35 / sequence.sliceDuration), 1);
+}
+
 /// One channel's templates. Indices: v, s the current volume and slice, v2, s2 a neighbour's.
 class TemplateRemoval {
 public:
   TemplateRemoval(const SplinedSignal& signal, const MRSequence& sequence, double samplingFrequency,
-                  double* artifactEstimate)
+                  VolumeRange range, double* artifactEstimate)
       : signal_(signal), sequence_(sequence), fs_(samplingFrequency), artifactEstimate_(artifactEstimate),
-        volumes_(sequence.nrOfVolumes), slices_(sequence.nrOfSlicesPerVolume) {
+        volumes_(sequence.nrOfVolumes), slices_(sequence.nrOfSlicesPerVolume),
+        first_(std::max<int64_t>(range.first, 0)), end_(std::min<int64_t>(range.end, volumes_)) {
     const double windowSeconds = sequence.windowHalfLength;
     gaussianWidth_ = sequence.windowHalfLength > 0 ? windowSeconds * fs_ : 1.0;
     sliceReach_ = ceilOf(2 * windowSeconds * fs_ / (fs_ * sequence.sliceDuration));
     volumeReach_ = volumes_ >= 2 ? ceilOf(2 * windowSeconds * fs_ / (fs_ * sequence.volumeDuration)) : 0;
-    sliceStride_ = std::max<int64_t>(ceilOf(0.35 / sequence.sliceDuration), 1);
+    sliceStride_ = sliceStrideOf(sequence);
     sliceRamp_ = ceilOf(fs_ * 0.33333 * sequence.sliceDuration);
     volumeRamp_ = std::max<int64_t>(
         ceilOf((sequence.volumeDuration - (static_cast<double>(slices_) - 0.5) * sequence.sliceDuration) *
@@ -44,9 +50,9 @@ public:
   }
 
   void addSliceTemplates() {
-    for (int64_t v = 0; v < volumes_; ++v)
+    for (int64_t v = first_; v < end_; ++v)
       for (int64_t s = 1; s <= slices_ - 2; ++s) addInnerSlice(v, s);
-    for (int64_t v = 0; v < volumes_; ++v) {
+    for (int64_t v = first_; v < end_; ++v) {
       addEdgeSlice(v, 0, firstSliceWindow(v));
       if (slices_ > 1) addEdgeSlice(v, slices_ - 1, sliceWindow(v, slices_ - 1));
       addSlotBehindLastSlice(v);
@@ -54,7 +60,7 @@ public:
   }
 
   void addVolumeTemplates() {
-    for (int64_t v = 0; v < volumes_; ++v) {
+    for (int64_t v = first_; v < end_; ++v) {
       const double onset = onsetOf(v, 0);
       const TemplateWindow window{floorOf(onset), floorOf(onset + fs_ * sequence_.volumeDuration),
                                   volumeRamp_};
@@ -161,7 +167,8 @@ private:
   double* const artifactEstimate_;
   const int64_t volumes_;
   const int64_t slices_;
-  double gaussianWidth_ = 1; // samples
+  const int64_t first_, end_; // volumes whose templates are made
+  double gaussianWidth_ = 1;  // samples
   int64_t sliceReach_ = 0;
   int64_t volumeReach_ = 0;
   int64_t sliceStride_ = 1;
@@ -179,12 +186,33 @@ private:
 
 void estimateGradientArtifact(const SplinedSignal& signal, const MRSequence& sequence,
                               double samplingFrequency, bool volumeWise, double* artifactEstimate) {
-  TemplateRemoval removal(signal, sequence, samplingFrequency, artifactEstimate);
+  estimateGradientArtifact(signal, sequence, samplingFrequency, volumeWise, {0, sequence.nrOfVolumes},
+                           artifactEstimate);
+}
+
+void estimateGradientArtifact(const SplinedSignal& signal, const MRSequence& sequence,
+                              double samplingFrequency, bool volumeWise, VolumeRange volumes,
+                              double* artifactEstimate) {
+  TemplateRemoval removal(signal, sequence, samplingFrequency, volumes, artifactEstimate);
   if (volumeWise) {
     removal.addVolumeTemplates();
   } else {
     removal.addSliceTemplates();
   }
+}
+
+double windowSecondsOf(const MRSequence& sequence, int slices, bool volumeWise) {
+  const double secondsPerSlice = sequence.volumeDuration / sequence.nrOfSlicesPerVolume;
+  const double neighbours = volumeWise
+                                ? sequence.volumeDuration
+                                : static_cast<double>(sliceStrideOf(sequence)) * sequence.sliceDuration;
+  // A volume's first and last slice are averaged with those of other volumes: their weights must not vanish.
+  constexpr double leastOfVolume = 0.04;
+  return std::max(std::hypot(slices * secondsPerSlice, neighbours), leastOfVolume * sequence.volumeDuration);
+}
+
+double templateReachOf(const MRSequence& sequence) {
+  return 2 * sequence.windowHalfLength + 3 * sequence.volumeDuration;
 }
 
 } // namespace emeg

@@ -21,10 +21,21 @@ void findSequence(StageRun& run, const SplinedSignal& channel) {
   run.shared.sequence.windowHalfLength = windowHalfLengthOf(*found, window);
 }
 
+void removeFromStretch(StretchState& stretch) {
+  if (stretch.plan.scans.empty()) return;
+  const PositionRange range = stretch.ranges.withLines;
+  stretch.estimate.assign(static_cast<size_t>(range.length()), 0.0);
+  stretch.templates.estimate({stretch.high, stretch.ranges.high.begin, stretch.plan.recordingLength}, range,
+                             stretch.estimate);
+  const std::span<double> samples = stretch.at(range);
+  for (size_t i = 0; i < samples.size(); ++i) samples[i] -= stretch.estimate[i];
+}
+
 } // namespace
 
 /// A channel without any known timing stays as it is.
 void removeGradientArtifact(StageRun& run) {
+  if (run.stretch != nullptr) return removeFromStretch(*run.stretch);
   Workspace& work = run.work;
   const int64_t n = run.plan.nrOfSamples;
   double* const signal = run.signal();

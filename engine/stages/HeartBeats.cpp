@@ -1,3 +1,4 @@
+#include "artifacts/CubicSplines.h"
 #include "engine/stages/KnotSpline.h"
 #include "engine/stages/Stages.h"
 
@@ -31,15 +32,43 @@ void keepChannel(StageRun& run) {
     run.work.chunkBuffer[static_cast<size_t>(run.plan.margin + i)] = static_cast<float>(run.signal()[i]);
 }
 
+/// The artifact's spline, from the knots around the stretch.
+void removeFromStretch(StretchState& stretch, const std::vector<double>& knots) {
+  constexpr int64_t beside = 64; // knots behind which a spline does not feel where it was cut
+  const PositionRange range = stretch.ranges.signal;
+  const int64_t step = stretch.plan.beatStep;
+  const auto nrOfKnots = static_cast<int64_t>(knots.size());
+  const int64_t first = std::max<int64_t>(range.begin / step - beside, 0);
+  const int64_t end = std::min(range.end / step + 2 + beside, nrOfKnots);
+  if (end - first < 2 || range.length() == 0) return;
+  const double* const a = knots.data() + first;
+  std::vector<double>& coefficients = stretch.estimate;
+  const auto n = static_cast<size_t>(end - first);
+  coefficients.resize(3 * n);
+  double* const b = coefficients.data();
+  double* const c = b + n;
+  double* const d = c + n;
+  computeSplineCoefficients(a, b, c, d, end - first);
+  const std::span<double> samples = stretch.at(range);
+  for (int64_t t = range.begin; t < range.end; ++t) {
+    const int64_t k = std::min(t / step, nrOfKnots - 1) - first;
+    const double f = static_cast<double>(t - (k + first) * step) / static_cast<double>(step);
+    samples[static_cast<size_t>(t - range.begin)] -= ((d[k] * f + c[k]) * f + b[k]) * f + a[k];
+  }
+}
+
 } // namespace
 
 void keepHeartSeries(StageRun& run) {
-  if (!run.inTwoPasses) return keepElectrocardiogram(run);
+  if (!run.removesBeats()) return keepElectrocardiogram(run);
   keepChannel(run);
   reduceForBeats(run, run.shared.bcgSeries[static_cast<size_t>(run.pulseChannel)]);
 }
 
 void removeHeartBeats(StageRun& run) {
+  if (run.stretch != nullptr)
+    return removeFromStretch(*run.stretch,
+                             run.stretch->plan.beatArtifacts[static_cast<size_t>(run.pulseChannel)]);
   SharedState& shared = run.shared;
   std::vector<double>& series = shared.bcgSeries[static_cast<size_t>(run.pulseChannel)];
   run.beats->replaceByEstimate(run.pulseChannel, series, shared.bcgLength, run.observer);

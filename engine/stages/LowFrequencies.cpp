@@ -23,19 +23,32 @@ void subtractHighPassedSignal(StageRun& run) {
   }
 }
 
+/// Templates are made from what lies above 1 Hz and subtracted from all of the channel: nothing has to come
+/// back.
+void splitStretch(StretchState& stretch) {
+  const PositionRange range = stretch.ranges.high;
+  stretch.high.resize(static_cast<size_t>(range.length()));
+  stretch.plan.split.apply(stretch.stretch(), range, stretch.high);
+}
+
 } // namespace
 
 void splitOffLowFrequencies(StageRun& run) {
+  if (run.stretch != nullptr) {
+    if (!run.stretch->plan.scans.empty()) splitStretch(*run.stretch);
+    return;
+  }
   filterSignalFFT(run.signal(), run.plan.nrOfSamples, run.shared.artifactHighPassFilter);
-  if (run.inTwoPasses)
+  if (run.removesBeats())
     keepLowFrequencyRest(run);
   else
     subtractHighPassedSignal(run);
 }
 
 void addLowFrequencies(StageRun& run) {
+  if (run.stretch != nullptr) return;
   const SharedState& shared = run.shared;
-  if (run.inTwoPasses)
+  if (run.removesBeats())
     return combineWithSpline(run, shared.lowFrequencyRest[static_cast<size_t>(run.channel)],
                              shared.restLength, shared.restStep, 1);
   for (int64_t i = 0; i < run.plan.nrOfSamples; ++i)

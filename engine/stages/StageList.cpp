@@ -13,6 +13,12 @@ bool always(const StageRun&) {
   return true;
 }
 
+/// Stretch after stretch the series are made while samples are taken in.
+bool keepsHeartSeries(const StageRun& run) {
+  if (run.stretch != nullptr) return false;
+  return run.removesBeats() || (run.plan.correctBCG && run.role().showsHeartBeats);
+}
+
 constexpr Stage stages[] = {
     {"samples that are not numbers", before, always, zeroSamplesThatAreNotNumbers},
     {"saturated samples", before, [](const StageRun& r) { return r.plan.correctSaturations; },
@@ -22,10 +28,8 @@ constexpr Stage stages[] = {
     {"gradient artifact", before, [](const StageRun& r) { return r.plan.correctGradient; },
      removeGradientArtifact},
     {"line noise", before, [](const StageRun& r) { return r.plan.removeLineSinusoids; }, removeLineNoise},
-    {"series for the search for heart beats", before,
-     [](const StageRun& r) { return r.inTwoPasses || (r.plan.correctBCG && r.role().showsHeartBeats); },
-     keepHeartSeries},
-    {"heart beat artifact", behind, [](const StageRun& r) { return r.inTwoPasses; }, removeHeartBeats},
+    {"series for the search for heart beats", before, keepsHeartSeries, keepHeartSeries},
+    {"heart beat artifact", behind, [](const StageRun& r) { return r.removesBeats(); }, removeHeartBeats},
     {"low frequencies come back", behind, [](const StageRun& r) { return r.plan.correctsArtifacts(); },
      addLowFrequencies},
     {"filters", behind, [](const StageRun& r) { return r.plan.filteringNeeded; }, filterOutput},

@@ -6,6 +6,7 @@
 #include "engine/Workspace.h"
 #include "engine/beats/BeatStrategy.h"
 #include "engine/stages/RunPlan.h"
+#include "engine/stages/StretchState.h"
 #include "engine/timing/TimingStrategy.h"
 
 #include <cstdint>
@@ -43,9 +44,10 @@ struct StageRun {
   BeatStrategy* beats = nullptr; ///< null where beats are not corrected
 
   int channel = 0;
-  int pulseChannel = -1;    ///< its number among those with heart beats; -1: none of them
-  bool inTwoPasses = false; ///< the search for heart beats stands between its stages
+  int pulseChannel = -1;           ///< its number among those whose heart beats are removed; -1: none of them
+  StretchState* stretch = nullptr; ///< null where the channel is corrected as a whole
 
+  bool removesBeats() const { return pulseChannel >= 0; }
   double* signal() const { return work.channelSignal(); }
   const ChannelRole& role() const { return plan.roleOf(channel); }
 };

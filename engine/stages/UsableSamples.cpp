@@ -6,6 +6,7 @@ namespace emeg {
 
 /// One sample that is not a number would spread over the whole channel in the first transform.
 void zeroSamplesThatAreNotNumbers(StageRun& run) {
+  if (run.stretch != nullptr) return; // done when they were taken in
   int64_t count = 0;
   const RunPlan& plan = run.plan;
   for (int64_t i = 0; i < plan.nrOfProcessed; ++i) {
@@ -19,7 +20,7 @@ void zeroSamplesThatAreNotNumbers(StageRun& run) {
 }
 
 void repairChannelSaturations(StageRun& run) {
-  if (!run.plan.saturationLimits) return;
+  if (run.stretch != nullptr || !run.plan.saturationLimits) return;
   Workspace& work = run.work;
   repairSaturations(run.signal(), run.plan.nrOfSamples, *run.plan.saturationLimits, work.splineScratch.data(),
                     work.splineB.data(), work.splineC.data(), work.splineD.data(),

@@ -15,6 +15,17 @@ namespace {
 constexpr double fadeSeconds = 0.01; // beyond the scan's activity
 constexpr uint64_t nrOfArrays = 5;   // samples, spline and estimate
 constexpr int64_t fewestSamples = 16;
+constexpr int64_t splineContext = 64; // samples behind which a spline does not feel where it was cut
+
+/// The volumes whose templates reach into samples from ... to - 1.
+VolumeRange volumesAround(const MRSequence& sequence, double samplingFrequency, int64_t from, int64_t to) {
+  const auto volumeAt = [&](int64_t sample) {
+    const double volume = (static_cast<double>(sample) / samplingFrequency - sequence.firstTriggerTime) /
+                          sequence.volumeDuration;
+    return static_cast<int64_t>(std::floor(std::clamp(volume, -1e9, 1e9)));
+  };
+  return {volumeAt(from) - 1, volumeAt(to) + 2};
+}
 
 } // namespace
 
@@ -29,33 +40,56 @@ uint64_t SegmentRemoval::memoryFor(int64_t nrOfSamples) {
 }
 
 void SegmentRemoval::estimate(std::span<const double> channel, std::span<double> artifactEstimate) {
-  for (size_t i = 0; i < segments_.size(); ++i) estimateScan(i, channel, artifactEstimate);
+  estimate(wholeRecording(channel), {0, static_cast<int64_t>(channel.size())}, artifactEstimate);
+}
+
+void SegmentRemoval::estimate(const RecordingStretch& stretch, PositionRange outputs,
+                              std::span<double> artifactEstimate) {
+  for (size_t i = 0; i < segments_.size(); ++i) estimateScan(i, stretch, outputs, artifactEstimate);
+}
+
+MRSequence SegmentRemoval::windowed(MRSequence sequence) const {
+  sequence.windowHalfLength = windowSecondsOf(sequence, windowSlices_, volumeWise_);
+  return sequence;
+}
+
+int64_t SegmentRemoval::context() const {
+  double seconds = 0;
+  for (const ScanSegment& segment : segments_)
+    seconds = std::max(seconds, templateReachOf(windowed(sequenceOf(segment, fs_))));
+  return static_cast<int64_t>(std::ceil(seconds * fs_)) + splineContext;
 }
 
 /// A scan and the stretch around it that is nearer to it than to any other, a volume at most.
-void SegmentRemoval::estimateScan(size_t index, std::span<const double> channel,
+void SegmentRemoval::estimateScan(size_t index, const RecordingStretch& stretch, PositionRange outputs,
                                   std::span<double> artifactEstimate) {
-  const auto n = static_cast<double>(channel.size());
   ScanSegment scan = segments_[index];
   double from = scan.begin - scan.volumeDuration;
   double to = scan.end + scan.volumeDuration;
   if (index > 0) from = std::max(from, (segments_[index - 1].end + scan.begin) / 2);
   if (index + 1 < segments_.size()) to = std::min(to, (scan.end + segments_[index + 1].begin) / 2);
-  const auto begin = static_cast<int64_t>(std::clamp(std::floor(from), 0.0, n));
-  const auto end = static_cast<int64_t>(std::clamp(std::ceil(to), 0.0, n));
-  if (end - begin < fewestSamples) return;
-  const auto offset = static_cast<double>(begin);
+  const auto n = static_cast<double>(stretch.recordingLength);
+  const PositionRange wanted{static_cast<int64_t>(std::clamp(std::floor(from), 0.0, n)),
+                             static_cast<int64_t>(std::clamp(std::ceil(to), 0.0, n))};
+  const PositionRange held{std::max(wanted.begin, stretch.first),
+                           std::min(wanted.end, stretch.positions().end)};
+  if (held.length() < fewestSamples || outputs.end <= held.begin || outputs.begin >= held.end) return;
+  // What the stretch does not reach is not there to be completed.
+  scan.beginsInVolume = scan.beginsInVolume && held.begin == wanted.begin;
+  scan.endsInVolume = scan.endsInVolume && held.end == wanted.end;
+  const auto offset = static_cast<double>(held.begin);
   scan.begin -= offset;
   scan.end -= offset;
   scan.firstVolumeOnset -= offset;
 
   const WholeVolumes whole =
-      withWholeVolumes(channel.subspan(static_cast<size_t>(begin), static_cast<size_t>(end - begin)), scan);
+      withWholeVolumes(stretch.samples.subspan(static_cast<size_t>(held.begin - stretch.first),
+                                               static_cast<size_t>(held.length())),
+                       scan);
   // Where the recording cuts the scan in its quiet, the activity ends before it.
   if (scan.beginsInVolume) scan.begin = std::min(scan.begin, static_cast<double>(whole.firstOfScan));
   if (scan.endsInVolume) scan.end = std::max(scan.end, static_cast<double>(whole.endOfScan));
-  MRSequence sequence = sequenceOf(scan, fs_, -static_cast<double>(whole.nrOfAddedBefore));
-  sequence.windowHalfLength = windowHalfLengthOf(sequence, windowSlices_);
+  const MRSequence sequence = windowed(sequenceOf(scan, fs_, -static_cast<double>(whole.nrOfAddedBefore)));
   const size_t length = whole.samples.size();
   for (std::vector<double>* array : {&b_, &c_, &d_}) array->resize(length);
   estimate_.assign(length, 0.0);
@@ -63,9 +97,14 @@ void SegmentRemoval::estimateScan(size_t index, std::span<const double> channel,
                             static_cast<int64_t>(length));
   estimateGradientArtifact(
       {whole.samples.data(), b_.data(), c_.data(), d_.data(), static_cast<int64_t>(length)}, sequence, fs_,
-      volumeWise_, estimate_.data());
-  for (int64_t t = whole.firstOfScan; t < whole.endOfScan; ++t)
-    artifactEstimate[static_cast<size_t>(begin + t)] +=
+      volumeWise_,
+      volumesAround(sequence, fs_, outputs.begin - held.begin + whole.nrOfAddedBefore,
+                    outputs.end - held.begin + whole.nrOfAddedBefore),
+      estimate_.data());
+  const int64_t first = std::max(whole.firstOfScan, outputs.begin - held.begin);
+  const int64_t end = std::min(whole.endOfScan, outputs.end - held.begin);
+  for (int64_t t = first; t < end; ++t)
+    artifactEstimate[static_cast<size_t>(held.begin + t - outputs.begin)] +=
         weightAt(scan, static_cast<double>(t)) * estimate_[static_cast<size_t>(t + whole.nrOfAddedBefore)];
 }
 

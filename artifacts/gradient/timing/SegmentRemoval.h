@@ -2,6 +2,8 @@
 
 #include "artifacts/gradient/timing/ScanSegment.h"
 
+#include "dsp/RecordingStretch.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -20,11 +22,20 @@ public:
   /// Adds the artifact of all scans to `artifactEstimate`, which is as long as the channel.
   void estimate(std::span<const double> channel, std::span<double> artifactEstimate);
 
+  /// The same for the positions `outputs` alone, from a stretch that holds them and context() samples on both
+  /// sides of them as far as the recording goes.
+  void estimate(const RecordingStretch& stretch, PositionRange outputs, std::span<double> artifactEstimate);
+  int64_t context() const;
+
+  const std::vector<ScanSegment>& segments() const { return segments_; }
+
   /// Bytes that `estimate` needs at most for scans of three volumes and more.
   static uint64_t memoryFor(int64_t nrOfSamples);
 
 private:
-  void estimateScan(size_t index, std::span<const double> channel, std::span<double> artifactEstimate);
+  void estimateScan(size_t index, const RecordingStretch& stretch, PositionRange outputs,
+                    std::span<double> artifactEstimate);
+  MRSequence windowed(MRSequence sequence) const;
   double weightAt(const ScanSegment& segment, double position) const;
 
   std::vector<ScanSegment> segments_;
