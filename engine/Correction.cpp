@@ -63,22 +63,21 @@ public:
     if (intake_.nrOfSamples() != shape_.nrOfSamples)
       throw std::logic_error("samples of the recording are missing");
     findings_.nrOfNotFinite = intake_.nrOfNotFinite();
-    if (settings_.method.wholeChannels) return findings_;
+    if (settings_.method.wholeChannels) {
+      correctWholeChannels();
+      return findings_;
+    }
     if (settings_.repairSaturation) {
       observer_.memoryNeeded(memoryForRepair(shape_.nrOfSamples));
       findings_.repaired = intake_.repair();
     }
     if (settings_.gradient) findScansInStore();
+    if (settings_.heartBeats) findHeart();
     return findings_;
   }
 
   void correct(CorrectedSink& sink) {
-    if (settings_.method.wholeChannels) {
-      correctWholeChannels();
-      readCorrected(sink);
-      return;
-    }
-    if (settings_.heartBeats && !hasHeartArtifact_) findHeart();
+    if (settings_.method.wholeChannels) return readCorrected(sink);
     const RunPlan plan = planOfStages();
     const std::unique_ptr<GradientMeter> meter = meterOfScans();
     StretchCorrection(plan, stretches_, store_, offset_, meter.get(), observer_).run(sink);
@@ -86,9 +85,7 @@ public:
   }
 
   std::vector<ValueBounds> correctIntoStore() {
-    if (settings_.method.wholeChannels) {
-      correctWholeChannels();
-    } else {
+    if (!settings_.method.wholeChannels) {
       InPlaceSink sink(store_, shape_.roles.size());
       correct(sink);
       sink.finish();
@@ -152,7 +149,6 @@ private:
   }
 
   void findHeart() {
-    hasHeartArtifact_ = true;
     HeartSeries series = intake_.heartSeries();
     const double step = shape_.samplingFrequency / series.rate;
     stretches_.beatStep = static_cast<int64_t>(std::llround(step));
@@ -243,7 +239,6 @@ private:
   Intake intake_;
   StretchPlan stretches_;
   Findings findings_;
-  bool hasHeartArtifact_ = false;
 };
 
 Correction::Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store,
