@@ -54,6 +54,7 @@ BandlimitedDecimator::BandlimitedDecimator(double rate, double edge) : rate_(rat
 void BandlimitedDecimator::add(std::span<const double> samples, std::vector<double>& out) {
   // Pieces of the filter's length, so that a long block does not lie here a second time.
   const std::size_t piece = std::max<std::size_t>(taps_.size(), 4096);
+  kept_.reserve(3 * piece);
   while (!samples.empty()) {
     const std::span<const double> next = samples.first(std::min(piece, samples.size()));
     samples = samples.subspan(next.size());

@@ -11,12 +11,12 @@ namespace emeg {
 /// ends the signal continues as RecordingStretch says. The outputs' bits do not depend on the lengths of the
 /// blocks.
 ///
-/// Low-pass (Kaiser-windowed sinc of 0.58 s for 35 Hz): within 0.1 dB up to 6/7 of the edge (30 Hz), 6 dB
+/// Low-pass (Kaiser-windowed sinc of 0.54 s for 35 Hz): within 0.1 dB up to 6/7 of the edge (30 Hz), 6 dB
 /// down at the edge, 80 dB down from 8/7 of it (40 Hz) on, aliases included. Where the recording holds
 /// nothing above that frequency (sampled at 80 Hz or less, for 35 Hz), the samples are taken as they are.
 ///
-/// Memory: twice to three times the filter's length. A sample that is not a number spoils the outputs within
-/// half the filter's length.
+/// Memory: five times the filter's length, or 12288 samples and twice its length. A sample that is not a
+/// number spoils the outputs within half the filter's length.
 class BandlimitedDecimator {
 public:
   /// `rate` of the samples and low-pass `edge` in Hz. std::invalid_argument for rates that are not positive

@@ -41,17 +41,25 @@ void checkTransition(double edge, double transition, double rate) {
            "sampling rate, ", rate / 2, " Hz.");
 }
 
-/// Taps on each side of the middle one.
+/// Taps on each side of the middle one. What 3.3 promises for long filters takes a few taps more in short
+/// ones.
 int64_t halfLengthOf(double transition, double rate) {
   const double length = std::ceil(3.3 * rate / transition);
   if (!(length <= static_cast<double>(longestFir)))
     refuse("A filter with a transition of ", transition, " Hz at ", rate, " Hz needs ", length,
            " taps; at most ", longestFir, " are possible.");
-  return std::max<int64_t>(static_cast<int64_t>(length) / 2, 1);
+  constexpr double shortLength = 100;
+  constexpr int64_t moreOnEachSide = 2;
+  return static_cast<int64_t>(length) / 2 + (length < shortLength ? moreOnEachSide : 0);
 }
 
-std::vector<double> windowedLowPass(double edge, double transition, double rate) {
-  const int64_t half = halfLengthOf(transition, rate);
+/// A transition that comes closer to 0 Hz or rate/2 than this meets its own mirror image there: both would
+/// add up. A filter for a narrower one keeps the limits.
+double undisturbed(double edge, double transition, double rate) {
+  return std::min({transition, edge, rate / 2 - edge});
+}
+
+std::vector<double> windowedLowPass(double edge, int64_t half, double rate) {
   const double zerosPerTap = 2 * edge / rate;
   std::vector<double> taps(static_cast<std::size_t>(2 * half + 1));
   double* middle = taps.data() + half;
@@ -80,7 +88,7 @@ double defaultTransition(double edge, double rate) {
 std::vector<double> lowPassTaps(double edge, double transition, double rate) {
   checkEdge(edge, rate);
   checkTransition(edge, transition, rate);
-  return windowedLowPass(edge, transition, rate);
+  return windowedLowPass(edge, halfLengthOf(undisturbed(edge, transition, rate), rate), rate);
 }
 
 std::vector<double> highPassTaps(double edge, double transition, double rate) {
@@ -99,8 +107,11 @@ std::vector<double> bandStopTaps(double lowEdge, double highEdge, double transit
   if (!(transition <= (highEdge - lowEdge) * (1 + 1e-9)))
     refuse("A transition of ", transition, " Hz is wider than the band from ", lowEdge, " to ", highEdge,
            " Hz, whose middle would not be stopped.");
-  std::vector<double> band = windowedLowPass(highEdge, transition, rate);
-  const std::vector<double> below = windowedLowPass(lowEdge, transition, rate);
+  const double narrower =
+      std::min(undisturbed(lowEdge, transition, rate), undisturbed(highEdge, transition, rate));
+  const int64_t half = halfLengthOf(narrower, rate);
+  std::vector<double> band = windowedLowPass(highEdge, half, rate);
+  const std::vector<double> below = windowedLowPass(lowEdge, half, rate);
   for (std::size_t i = 0; i < band.size(); ++i) band[i] -= below[i];
   complement(band);
   return band;

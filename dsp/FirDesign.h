@@ -9,10 +9,12 @@ namespace emeg {
 /// MNE-Python (Widmann, Schroeger, Maess: Digital filter design for electrophysiological data - a practical
 /// approach, J. Neurosci. Methods 250, 2015).
 ///
-/// Edges, transition widths and sampling rates are in Hz. At an edge the amplitude is 0.5 (6 dB down); half a
+/// Edges, transition widths and sampling rates are in Hz. At an edge the amplitude is 0.5 within 0.01; half a
 /// transition beyond it the gain is at least 40 dB down, half a transition before it within 0.1 dB of 1. The
-/// taps are symmetric, odd in number and last at least 3.3/transition seconds. A low-pass and a band-stop
-/// have gain 1 at 0 Hz, a high-pass has gain 0 there, to rounding.
+/// taps are symmetric, odd in number and last 3.3/w seconds (four taps more below 100). The width w is the
+/// transition, or the way from an edge to 0 Hz or rate/2 where that is less: beyond, an edge would meet its
+/// own mirror image. A low-pass and a band-stop have gain 1 at 0 Hz, a high-pass has gain 0 there, to
+/// rounding.
 ///
 /// std::invalid_argument, with a sentence: an edge outside of 0 ... rate/2 (both excluded), a transition that
 /// is not positive or reaches below 0 Hz or above rate/2, anything that is not a finite number, and filters

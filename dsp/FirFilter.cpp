@@ -30,6 +30,7 @@ FirFilter::FirFilter(std::vector<double> taps) : taps_(std::move(taps)) {
 }
 
 PositionRange FirFilter::inputFor(PositionRange outputs, int64_t recordingLength) const {
+  outputs.end = std::min(outputs.end, recordingLength);
   if (outputs.begin >= outputs.end) return {};
   const int64_t block = blockLength();
   const int64_t firstBlock = outputs.begin / block;

@@ -15,7 +15,9 @@ namespace emeg {
 /// Filters of up to longestDirect taps are summed sample by sample; longer ones go through transforms of
 /// blocks that lie at fixed places of the recording (multiples of blockLength() from sample 0). Either way an
 /// output has the same bits however the recording is cut into stretches. A sample that is not a number spoils
-/// the outputs that it reaches: halfLength() to both sides, or all of the blocks that contain it.
+/// the outputs that it reaches: halfLength() to both sides, or all of the blocks that contain it. Filters
+/// with blocks follow the rules of dsp/RealFFT.h on transforms at the same time; others can be used by many
+/// threads.
 ///
 /// Cost for n outputs and t taps: n t multiplications, or n log t with 2 to 4 t doubles for a block and half
 /// as many for the response. 1.65 million taps (0.01 Hz at 5 kHz): blocks of 2^22 samples, 48 MB beside the

@@ -59,11 +59,15 @@ void Resampler::tabulateKernel(double oldRate, double newRate) {
   kernelStepsPerSample_ = kernelStepsPerCrossing / kernel.crossingDistance();
   const double last = std::ceil(static_cast<double>(halfTaps_) * kernelStepsPerSample_) + 1;
   kernel_.resize(static_cast<std::size_t>(last) + 1);
+  // The kernel jumps to 0 at its end. Straight lines must not cross that jump: the table goes on behind it.
+  kernelEnd_ = kernel.halfWidth();
+  const double lastInside = std::nextafter(kernelEnd_, 0.0);
   for (std::size_t i = 0; i < kernel_.size(); ++i)
-    kernel_[i] = kernel(static_cast<double>(i) / kernelStepsPerSample_);
+    kernel_[i] = kernel(std::min(static_cast<double>(i) / kernelStepsPerSample_, lastInside));
 }
 
 double Resampler::kernelAt(double distance) const {
+  if (distance >= kernelEnd_) return 0;
   const double step = distance * kernelStepsPerSample_;
   const auto i = static_cast<std::size_t>(step);
   return kernel_[i] + (step - static_cast<double>(i)) * (kernel_[i + 1] - kernel_[i]);

@@ -63,6 +63,7 @@ private:
   /// The kernel at multiples of 1/kernelStepsPerSample_ of a sample from its middle on; or nothing.
   std::vector<double> kernel_;
   double kernelStepsPerSample_ = 0;
+  double kernelEnd_ = 0;
 };
 
 } // namespace emeg

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/CorrectedSink.h"
 #include "engine/CorrectionSettings.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"
@@ -14,24 +15,6 @@
 
 namespace emeg {
 
-/// Takes the corrected recording, block after block.
-class CorrectedSink {
-public:
-  virtual ~CorrectedSink() = default;
-  CorrectedSink() = default;
-  CorrectedSink(const CorrectedSink&) = delete;
-  CorrectedSink& operator=(const CorrectedSink&) = delete;
-
-  /// The next `count` time points, channel after channel: values[c x count + t]. May throw.
-  virtual void take(int64_t count, std::span<const double> values) = 0;
-};
-
-/// Smallest and largest value of a channel; both 0 for one without finite values.
-struct SampleRange {
-  double smallest = 0;
-  double largest = 0;
-};
-
 /// Settings that contradict each other or the recording. The message is a sentence.
 class UnusableSettings : public std::runtime_error {
   using std::runtime_error::runtime_error;
@@ -42,8 +25,8 @@ class UnusableSettings : public std::runtime_error {
 /// several threads at once.
 class Correction {
 public:
-  /// The store holds as many channels and samples as `shape`; its content is the correction's own.
-  /// Throws UnusableSettings.
+  /// The store holds the channels of `shape` with storeLength() samples each; its content is the correction's
+  /// own. Throws UnusableSettings.
   Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store, Observer& observer);
   ~Correction();
   Correction(const Correction&) = delete;
@@ -54,26 +37,28 @@ public:
   void takeIn(int64_t count, std::span<const double> values);
 
   /// When all samples are there: looks for scans and heart beats. The caller may look at the result and go no
-  /// further. Without a scan nothing of the gradient artifact is removed.
+  /// further. Without a scan nothing of the gradient artifact is removed. Whole-channel methods find what
+  /// they find while they correct: they do it here, in place.
   const Findings& find();
 
   /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
   void correct(CorrectedSink& sink);
 
-  /// As correct() for formats that must know the ranges of all channels before their first sample: the
-  /// corrected recording stays in the store, which has room for nrOfOutputs() samples per channel where that
-  /// is more than the recording has, and is sent with readCorrected(). `ranges` become those of what will be
-  /// sent, one per channel.
-  void correctIntoStore(std::vector<SampleRange>& ranges);
+  /// The same in two steps, for files that must know the smallest and largest value of every channel before
+  /// the first: the corrected recording, as 32-bit floats, takes the recording's place in the store, and is
+  /// read back from there.
+  std::vector<ValueBounds> correctIntoStore();
   void readCorrected(CorrectedSink& sink);
 
   /// Time points and rate of the result.
   int64_t nrOfOutputs() const;
   double outputRate() const;
-  /// Scans, beats and stretches without model are complete when find() has returned, so that a file's header
-  /// can hold them; the rest when correct() has.
+  /// All but the figures of merit are complete when find() has returned, so that a file's header can hold
+  /// them; these when the recording was corrected.
   const Findings& findings() const;
 
+  /// Samples per channel that the store must hold.
+  static int64_t storeLength(const CorrectionSettings& settings, const RecordingShape& shape);
   /// Bytes that a run will have in memory at most beside the store, and never less than what it allocates.
   static uint64_t memoryFor(const CorrectionSettings& settings, const RecordingShape& shape);
 

@@ -3,6 +3,7 @@
 #include "artifacts/cardiac/KnownPulses.h"
 #include "artifacts/cardiac/PulsePlausibility.h"
 #include "artifacts/gradient/timing/TimingChoice.h"
+
 #include "engine/figures/ChannelQuality.h"
 
 #include <cstdint>
@@ -68,6 +69,10 @@ struct Findings {
 
   FoundScans timing;
 
+  /// Figures of merit per scan, complete when the correction is; nothing where a scan is too short to tell.
+  /// Channels in the recording's order, without those that pass unchanged.
+  std::vector<std::optional<QualityFigures>> quality;
+
   double beatsPerMinute = 0;
   std::vector<double> pulseTimes;  ///< seconds from the first corrected sample
   std::vector<double> pulseDelays; ///< of known beats: seconds to the artifact, per channel as pulseFigures
@@ -77,10 +82,6 @@ struct Findings {
   std::vector<PulseChannelFigures> pulseFigures; ///< per channel with heart beats to remove, in their order
   std::vector<Stretch> withoutModel;             ///< where the heart beat artifact, if there is one, is left
   bool pulseListIsFull = false;
-
-  /// Per scan; nothing where it is too short to tell. Their channels are those that do not pass unchanged, in
-  /// their order.
-  std::vector<std::optional<QualityFigures>> quality;
 
   bool hasSequence() const { return !timing.scans.empty(); }
 };

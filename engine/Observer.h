@@ -52,7 +52,8 @@ public:
   /// The half-length of the averaging window in slices.
   virtual int windowFor(double /*slicesPerSecond*/, int proposed) { return proposed; }
   virtual void heartPeriodFound(double /*beatsPerMinute*/) {}
-  virtual void beatsFound(const FoundBeats&) {}
+  /// `rate` (Hz) is that of the samples in which the beats are told.
+  virtual void beatsFound(const FoundBeats&, float /*rate*/) {}
   /// The heart beat model of the last channel is done: channels, samples of the series, epochs and their
   /// length.
   virtual void beatModelsMade(int /*channels*/, int64_t /*length*/, int /*epochs*/, int /*epochLength*/) {}

@@ -48,12 +48,26 @@ void WholeChannelCorrection::run() {
     for (const int channel : order_) correctInOnePass(channel);
   }
   if (plan_.useAverageReference) subtractReference();
+  for (int channel = 0; channel < static_cast<int>(plan_.roles.size()); ++channel)
+    if (plan_.roleOf(channel).passesUnchanged) passUnchanged(channel);
+}
+
+/// Of what goes out, only the rate changes.
+void WholeChannelCorrection::passUnchanged(int channel) {
+  std::vector<float>& samples = work_.chunkBuffer;
+  store_.read(channel, 0, std::span(samples).first(static_cast<size_t>(plan_.nrOfProcessed)));
+  for (int64_t k = 0, j = plan_.margin; k < plan_.nrOfOutputs; ++k, j += plan_.decimationFactor)
+    samples[static_cast<size_t>(k)] = samples[static_cast<size_t>(j)];
+  writeChannel(channel, plan_.nrOfOutputs);
 }
 
 /// The scanner's timing is found before it is needed: channels that cannot show it come last.
 void WholeChannelCorrection::orderChannels() {
   order_.resize(plan_.roles.size());
   std::iota(order_.begin(), order_.end(), 0);
+  order_.erase(std::remove_if(order_.begin(), order_.end(),
+                              [this](int channel) { return plan_.roleOf(channel).passesUnchanged; }),
+               order_.end());
   std::stable_partition(order_.begin(), order_.end(),
                         [this](int channel) { return plan_.roleOf(channel).showsSequence; });
   if (!plan_.correctBCG) return;

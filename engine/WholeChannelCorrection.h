@@ -36,6 +36,7 @@ private:
   void correctInOnePass(int channel);
   void correctInTwoPasses();
   void subtractReference();
+  void passUnchanged(int channel);
   StageRun begin(Step step, int channel);
   void writeChannel(int channel, int64_t nrOfSamples);
 

@@ -16,7 +16,7 @@ public:
   void allocateChannelSignal(int64_t length) { channelSignal_.assign(static_cast<size_t>(length) + 1, 0.0); }
 
   std::vector<double> splineScratch, splineB, splineC, splineD;
-  std::vector<double> artifactEstimate; ///< sum of the gradient templates
+  std::vector<double> artifactEstimate;   ///< sum of the gradient templates
   std::vector<double> referenceOfStretch; ///< sum of the channels of the reference, per output
 
 private:

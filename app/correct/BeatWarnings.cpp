@@ -97,10 +97,10 @@ void addCoverageWarnings(const CorrectionResult& result, Warnings& warnings) {
                                  : "the heart beat artifact, if there is one, is left there";
   for (const Stretch& stretch : result.found.withoutModel) {
     if (stretch.seconds() <= shortStretch) continue;
-    warnings.push_back(
-        fmt::format("the chain of heart beats does not cover {:.1f} to {:.1f} s: {}. The stretch is annotated "
-                    "\"{}\": leave it out of the analysis, or correct the rest with --interval START:END.{}",
-                    stretch.start, stretch.end, effect, unmodelledMarkerName, remedy));
+    warnings.push_back(fmt::format(
+        "the chain of heart beats does not cover {:.1f} to {:.1f} s: {}. The stretch is annotated "
+        "\"{}\": leave it out of the analysis, or correct the rest with --interval START:END.{}",
+        stretch.start, stretch.end, effect, unmodelledMarkerName, remedy));
   }
 }
 

@@ -74,8 +74,8 @@ ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters&
   for (int c = 0; c < header.nrOfChannels(); ++c) {
     const RecordingChannel& channel = header.channels[static_cast<size_t>(c)];
     const bool asEeg = treatAll || isOneOf(parameters.treatAsEeg, channel.name);
-    const ChannelRole role = c == ecg ? electrocardiogramRole()
-                                      : roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
+    const ChannelRole role =
+        c == ecg ? electrocardiogramRole() : roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
     if (!role.passesUnchanged) plan.corrected.push_back(c);
     hasEeg = hasEeg || role.showsSequence;
     plan.roles.push_back(role);

@@ -3,7 +3,7 @@
 #include "app/correct/InputRecording.h"
 #include "app/correct/OutputRecording.h"
 #include "app/correct/RunNotes.h"
-#include "app/correct/RunObserver.h"
+#include "app/correct/ProgressObserver.h"
 #include "app/correct/RunStore.h"
 #include "app/correct/RunWarnings.h"
 #include "engine/Correction.h"
@@ -26,7 +26,7 @@ CorrectionResult run(const CorrectParameters& parameters, RunReport& report) {
 
   const RecordingShape shape = result.plan.shapeOf(result.header);
   RunStore store(parameters, result, shape, report);
-  RunObserver observer(report, result.plan, parameters.input, OutputRecording::needsRanges(result));
+  ProgressObserver observer(report, result.plan, parameters.input, OutputRecording::needsRanges(result));
   Correction correction(result.plan.settings, shape, store.channels(), observer);
 
   input.takeInto(correction, result.plan, observer);
@@ -52,16 +52,18 @@ CorrectionResult correctRecording(const CorrectParameters& parameters, RunReport
   } catch (const UnusableSettings& error) {
     throw UnusableInput(fmt::format("\"{}\" cannot be corrected so: {}", parameters.input, error.what()));
   } catch (const StoreError& error) {
-    throw FailedRun(fmt::format("{} Nothing was written. Make room there, choose another folder with --scratch "
-                                "FOLDER, or let the recording stay in memory with --memory MB.",
-                                error.what()));
+    throw FailedRun(
+        fmt::format("{} Nothing was written. Make room there, choose another folder with --scratch "
+                    "FOLDER, or let the recording stay in memory with --memory MB.",
+                    error.what()));
   } catch (const RecordingError& error) {
     throw FailedRun(error.what());
   } catch (const std::bad_alloc&) {
-    throw FailedRun(fmt::format("there is not enough memory to correct \"{}\"; nothing was written. Close other "
-                                "programs, keep the samples in a file with --memory 0, or choose a part with "
-                                "--interval START:END.",
-                                parameters.input));
+    throw FailedRun(
+        fmt::format("there is not enough memory to correct \"{}\"; nothing was written. Close other "
+                    "programs, keep the samples in a file with --memory 0, or choose a part with "
+                    "--interval START:END.",
+                    parameters.input));
   }
 }
 

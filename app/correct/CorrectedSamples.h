@@ -25,7 +25,8 @@ public:
 
 private:
   void readAgain(int64_t count, std::span<double> values);
-  void readPart(int64_t firstOutput, int64_t start, int64_t partLength, int64_t count, std::span<double> values);
+  void readPart(int64_t firstOutput, int64_t start, int64_t partLength, int64_t count,
+                std::span<double> values);
 
   RecordingWriter& writer_;
   InputRecording& input_;

@@ -62,9 +62,10 @@ void checkRate(double samplingFrequency, double rate, bool onlyDivisors) {
   const double highest = largestIncrease * samplingFrequency;
   const double lowest = samplingFrequency / OutputInstants::steepestRatio;
   if (!(rate > lowest && rate <= highest))
-    throw UnusableInput(fmt::format("--rate {:g}: from the recording's {:g} Hz, rates above {:g} and up to {:g} "
-                                    "Hz can be made; give one of these, in Hz.",
-                                    rate, samplingFrequency, lowest, highest));
+    throw UnusableInput(
+        fmt::format("--rate {:g}: from the recording's {:g} Hz, rates above {:g} and up to {:g} "
+                    "Hz can be made; give one of these, in Hz.",
+                    rate, samplingFrequency, lowest, highest));
   if (onlyDivisors && wholeDivisor(samplingFrequency, rate) == 0)
     throw UnusableInput(
         fmt::format("--rate {:g}: with --as-plugin the recording's {:g} Hz can only be divided by whole "
@@ -86,8 +87,7 @@ void chooseRate(const RecordingHeader& header, const CorrectParameters& paramete
   } else {
     plan.outputRate = *parameters.rate;
     plan.samplesPerOutput = samplingFrequency / plan.outputRate;
-    plan.nrOfOutputs =
-        OutputInstants(samplingFrequency, plan.outputRate).countUpTo(plan.nrOfTimePoints - 1);
+    plan.nrOfOutputs = OutputInstants(samplingFrequency, plan.outputRate).countUpTo(plan.nrOfTimePoints - 1);
   }
   CorrectionSettings& settings = plan.settings;
   if (parameters.asPlugin)
@@ -183,9 +183,10 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
                       first / header.samplingFrequency + seconds));
   }
   if (parameters.tr > seconds / 3)
-    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
-                                    "are needed at least; the TR is given in seconds.",
-                                    parameters.tr, parameters.input, seconds));
+    throw UnusableInput(
+        fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
+                    "are needed at least; the TR is given in seconds.",
+                    parameters.tr, parameters.input, seconds));
 
   const bool areVolumes = !parameters.volumeMarkers.empty();
   if (!areVolumes && parameters.sliceMarkers.empty()) return timing;

@@ -17,11 +17,11 @@ struct CorrectionPlan {
   int64_t firstTimePoint = 0; ///< of the recording
   int64_t nrOfTimePoints = 0; ///< from there on, at the recording's rate
   bool hasInterval = false;
-  double samplesPerOutput = 1;   ///< of the recording, at the new rate
-  double outputRate = 0;         ///< Hz
-  int64_t nrOfOutputs = 0;       ///< time points at that rate
-  CorrectionSettings settings;   ///< times from `firstTimePoint` on
-  std::string suffix;            ///< of the output's name
+  double samplesPerOutput = 1; ///< of the recording, at the new rate
+  double outputRate = 0;       ///< Hz
+  int64_t nrOfOutputs = 0;     ///< time points at that rate
+  CorrectionSettings settings; ///< times from `firstTimePoint` on
+  std::string suffix;          ///< of the output's name
 
   int64_t endTimePoint() const { return firstTimePoint + nrOfTimePoints; }
   /// What the correction is told of the recording.

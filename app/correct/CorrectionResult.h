@@ -22,9 +22,7 @@ struct CorrectionResult {
   std::string sidecar; ///< text of the file beside the output
 
   /// Of what is corrected.
-  double seconds() const {
-    return static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
-  }
+  double seconds() const { return static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency; }
   /// Null when there is none.
   const QualityFigures* qualityOfLongest() const {
     if (found.quality.empty() || !found.hasSequence()) return nullptr;

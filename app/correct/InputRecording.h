@@ -2,7 +2,7 @@
 
 #include "app/correct/CorrectionPlan.h"
 #include "app/correct/FileChecksums.h"
-#include "app/correct/RunObserver.h"
+#include "app/correct/ProgressObserver.h"
 #include "engine/Correction.h"
 #include "files/exchange/RecordingReader.h"
 
@@ -21,7 +21,7 @@ public:
   const RecordingHeader& header() const { return header_; }
 
   /// Hands the samples of the plan's stretch to a correction. Throws UnusableInput when they cannot be read.
-  void takeInto(Correction& correction, const CorrectionPlan& plan, RunObserver& observer);
+  void takeInto(Correction& correction, const CorrectionPlan& plan, ProgressObserver& observer);
 
   /// Of all files. Reads what taking in has not.
   std::vector<InputFile> checksums();

@@ -64,7 +64,8 @@ RecordingHeader outputHeaderOf(const RecordingHeader& input, const CorrectionPla
   header.nrOfTimePoints = plan.nrOfOutputs;
   header.markers = std::move(markers);
   // Corrected values are no whole steps of the input any more.
-  for (const int channel : plan.channels.corrected) header.channels[static_cast<size_t>(channel)].stored.reset();
+  for (const int channel : plan.channels.corrected)
+    header.channels[static_cast<size_t>(channel)].stored.reset();
   if (header.start && plan.firstTimePoint > 0) {
     const double offset = static_cast<double>(plan.firstTimePoint) / input.samplingFrequency;
     header.start = later(*header.start, offset);

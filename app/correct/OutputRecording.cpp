@@ -25,14 +25,13 @@ OutputRecording::OutputRecording(const CorrectParameters& parameters, Correction
                            transferMarkers(result.header, result.plan, result.found, atWholeSamples));
 }
 
-void OutputRecording::write(Correction& correction, InputRecording& input, RunObserver& observer) {
+void OutputRecording::write(Correction& correction, InputRecording& input, ProgressObserver& observer) {
   WriteOptions options;
   options.overwrite = parameters_.force;
   const bool isKeptFirst = needsRanges(result_);
   if (isKeptFirst) {
-    std::vector<SampleRange> ranges;
-    correction.correctIntoStore(ranges);
-    for (const SampleRange& range : ranges) options.ranges.push_back({range.smallest, range.largest});
+    for (const ValueBounds& bounds : correction.correctIntoStore())
+      options.ranges.push_back({bounds.smallest, bounds.largest});
     observer.sends(result_.place.recording);
   }
   writer_ = createRecording(result_.place.recording, header_, options);

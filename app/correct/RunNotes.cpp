@@ -12,17 +12,17 @@ namespace {
 void requireScan(const CorrectionResult& result, const CorrectParameters& parameters) {
   if (result.found.hasSequence() || parameters.allowUncorrected) return;
   if (!result.plan.settings.timing.isBlind())
-    throw FailedRun(
-        fmt::format("nothing in \"{}\" repeats with the timing that was given, so nothing was written. Are they "
-                    "the scanner's markers, is the TR in seconds? Without these options the timing is looked "
-                    "for in the EEG; --allow-uncorrected writes the output all the same.",
-                    parameters.input));
-  throw FailedRun(
-      fmt::format("no scanner sequence was found in \"{}\", so nothing was written. Is it a recording "
-                  "with the scanner running, for three volumes at least? --interval START:END chooses the part "
-                  "with the scan, --channels NAME,... channels that show it; --volume-markers NAME or --tr "
-                  "SECONDS --slices N tell its timing; --allow-uncorrected writes the output all the same.",
-                  parameters.input));
+    throw FailedRun(fmt::format(
+        "nothing in \"{}\" repeats with the timing that was given, so nothing was written. Are they "
+        "the scanner's markers, is the TR in seconds? Without these options the timing is looked "
+        "for in the EEG; --allow-uncorrected writes the output all the same.",
+        parameters.input));
+  throw FailedRun(fmt::format(
+      "no scanner sequence was found in \"{}\", so nothing was written. Is it a recording "
+      "with the scanner running, for three volumes at least? --interval START:END chooses the part "
+      "with the scan, --channels NAME,... channels that show it; --volume-markers NAME or --tr "
+      "SECONDS --slices N tell its timing; --allow-uncorrected writes the output all the same.",
+      parameters.input));
 }
 
 } // namespace
@@ -36,9 +36,10 @@ std::vector<std::string> notesBefore(const CorrectionResult& planned, const Corr
                     "channel; what changes during the recording stays.",
                     hz));
   if (plan.samplesPerOutput > 1 && !plan.channels.changesAll())
-    notes.push_back(fmt::format("of trigger and status channels one sample in {:g} is kept: shorter pulses get "
-                                "lost there. Markers keep their times.",
-                                plan.samplesPerOutput));
+    notes.push_back(
+        fmt::format("of trigger and status channels one sample in {:g} is kept: shorter pulses get "
+                    "lost there. Markers keep their times.",
+                    plan.samplesPerOutput));
   return notes;
 }
 

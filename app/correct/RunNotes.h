@@ -11,8 +11,8 @@ namespace emeg {
 /// at.
 std::vector<std::string> notesBefore(const CorrectionResult& planned, const CorrectParameters& parameters);
 
-/// Throws FailedRun when what was found is not what the output needs: no scan (unless --allow-uncorrected), or
-/// no heart beats where known ones were to be used.
+/// Throws FailedRun when what was found is not what the output needs: no scan (unless --allow-uncorrected),
+/// or no heart beats where known ones were to be used.
 void checkWhatWasFound(const CorrectionResult& result, const CorrectParameters& parameters);
 
 /// What is worth knowing of a result; no reason to distrust it.

@@ -21,10 +21,10 @@ uint64_t inMegabytes(uint64_t bytes) {
 
 void checkMemory(const CorrectParameters& parameters, uint64_t needed, uint64_t free) {
   if (needed <= free) return;
-  throw FailedRun(
-      fmt::format("correcting \"{}\" needs {} MB of memory and {} MB are free; nothing was written. Close other "
-                  "programs, choose fewer channels with --channels NAME,... or a part with --interval START:END.",
-                  parameters.input, inMegabytes(needed), inMegabytes(free)));
+  throw FailedRun(fmt::format(
+      "correcting \"{}\" needs {} MB of memory and {} MB are free; nothing was written. Close other "
+      "programs, choose fewer channels with --channels NAME,... or a part with --interval START:END.",
+      parameters.input, inMegabytes(needed), inMegabytes(free)));
 }
 
 } // namespace
@@ -41,7 +41,7 @@ RunStore::RunStore(const CorrectParameters& parameters, const CorrectionResult& 
   for (const std::string& stale : staleScratchFolders(scratchParent))
     report.note(fmt::format("\"{}\" was left by a run that was killed; it may be removed.", stale));
 
-  const int64_t length = std::max(shape.nrOfSamples, plan.nrOfOutputs);
+  const int64_t length = Correction::storeLength(plan.settings, shape);
   const auto perSample = sizeof(float) * shape.roles.size();
   const uint64_t stored = static_cast<uint64_t>(length) * perSample;
   const uint64_t allowed = std::min(static_cast<uint64_t>(parameters.memory) * megabyte, free - working);

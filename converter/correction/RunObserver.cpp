@@ -2,7 +2,7 @@
 
 #include "converter/messages/Text.h"
 #include "converter/steps/MachineResources.h"
-#include "engine/beats/BeatStrategy.h"
+#include "artifacts/cardiac/BeatSearch.h"
 #include "files/formats/TriggerMarkers.h"
 #include "plugin/bridge/HostFunctions.h"
 
@@ -61,9 +61,9 @@ void RunObserver::heartPeriodFound(double beatsPerMinute) {
   c_.log.logProgress("Heart pulsations per minute: %.2f", beatsPerMinute);
 }
 
-void RunObserver::beatsFound(const FoundBeats& beats) {
+void RunObserver::beatsFound(const FoundBeats& beats, float rate) {
   c_.log.logProgress("Writing heart pulse triggers");
-  const double sampleIntervalUs = static_cast<double>(1 / beats.rate) * c_.protocolList.timeFactor;
+  const double sampleIntervalUs = static_cast<double>(1 / rate) * c_.protocolList.timeFactor;
   addHeartPulseMarkers(c_.protocolList.current(), beats.positions, sampleIntervalUs, intervalStartUs());
   if (beats.listIsFull) {
     c_.log.logProgress(

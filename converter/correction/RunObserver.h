@@ -21,7 +21,7 @@ public:
   void sequenceFound(const MRSequence& sequence) override;
   int windowFor(double slicesPerSecond, int proposed) override;
   void heartPeriodFound(double beatsPerMinute) override;
-  void beatsFound(const FoundBeats& beats) override;
+  void beatsFound(const FoundBeats& beats, float rate) override;
   void beatModelsMade(int channels, int64_t length, int epochs, int epochLength) override;
   void memoryNeeded(uint64_t bytes) override;
 

@@ -1,6 +1,6 @@
 #include "converter/Converter.h"
 #include "converter/messages/Text.h"
-#include "converter/steps/PowerOfTen.h"
+#include "dsp/PowerOfTen.h"
 #include "plugin/bridge/HostFunctions.h"
 
 namespace emeg {
@@ -9,17 +9,6 @@ namespace {
 constexpr int maxScalingOrder = 10; // of the question; the dialogue may hold more
 constexpr int maxPowerOfTen = 308;  // of a double
 } // namespace
-
-double powerOfTen(int32_t order) {
-  double power = 1;
-  double square = 10;
-  for (uint32_t rest = order < 0 ? 0u - static_cast<uint32_t>(order) : static_cast<uint32_t>(order);
-       rest != 0; rest /= 2) {
-    if (rest % 2 != 0) power *= square;
-    square *= square;
-  }
-  return order < 0 ? 1 / power : power;
-}
 
 bool LMTRPluginEMEGFileConverter::askScalingAndReference() {
   switches.useAverageReference = false;

@@ -45,6 +45,7 @@ struct RunPlan {
   int32_t log2FftLength = 0;
   int64_t fftLength = 0;
   int64_t nrOfOutputs = 0; ///< samples behind the decimation
+  double outputRate = 0;   ///< Hz
 
   const ChannelRole& roleOf(int channel) const { return roles[static_cast<size_t>(channel)]; }
 };

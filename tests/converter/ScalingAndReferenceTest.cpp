@@ -1,6 +1,6 @@
 #include "tests/converter/Converters.h"
 
-#include "converter/steps/PowerOfTen.h"
+#include "dsp/PowerOfTen.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/correct/RunObserver.h"
+#include "app/correct/ProgressObserver.h"
 
 #include "app/RunErrors.h"
 #include "app/correct/Interrupt.h"
@@ -22,24 +22,23 @@ constexpr double kept = 0.85;
 
 } // namespace
 
-RunObserver::RunObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst)
+ProgressObserver::ProgressObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst)
     : report_(report), input_(std::move(input)), removesBeats_(plan.settings.heartBeats),
-      isKeptFirst_(isKeptFirst),
-      nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
+      isKeptFirst_(isKeptFirst), nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
       nrOfPulseChannels_(std::max(
           static_cast<int>(std::count_if(plan.channels.roles.begin(), plan.channels.roles.end(),
                                          [](const ChannelRole& role) { return role.takesPartInPulses; })),
           1)) {}
 
-void RunObserver::takesIn() {
+void ProgressObserver::takesIn() {
   begin(fmt::format("Reading \"{}\"", input_), {0, takenIn});
 }
 
-void RunObserver::sends(const std::string& output) {
+void ProgressObserver::sends(const std::string& output) {
   begin(fmt::format("Writing \"{}\"", output), {kept, 1});
 }
 
-void RunObserver::stepBegins(Step step, int) {
+void ProgressObserver::stepBegins(Step step, int) {
   const double end = isKeptFirst_ ? kept : 1;
   const double gradientBegins = removesBeats_ ? beatsFound : scansFound;
   switch (step) {
@@ -48,8 +47,8 @@ void RunObserver::stepBegins(Step step, int) {
   case Step::FindingScans:
     return begin("Finding the scans", {takenIn, scansFound});
   case Step::FindingBeats:
-    return begin("Finding heart beats",
-                 nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween} : Part{scansFound, beatsFound});
+    return begin("Finding heart beats", nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween}
+                                                           : Part{scansFound, beatsFound});
   case Step::Correcting:
     return begin(removesBeats_ ? "Removing the gradient artifact and the heart beat artifact"
                                : "Removing the gradient artifact",
@@ -69,24 +68,24 @@ void RunObserver::stepBegins(Step step, int) {
   }
 }
 
-void RunObserver::begin(const std::string& name, Part part) {
+void ProgressObserver::begin(const std::string& name, Part part) {
   part_ = part;
   if (name != name_) report_.step(name);
   name_ = name;
   progress(0);
 }
 
-void RunObserver::progress(double finished) {
+void ProgressObserver::progress(double finished) {
   InterruptWatch::check();
   report_.progress(part_.begin + (part_.end - part_.begin) * std::clamp(finished, 0.0, 1.0));
 }
 
-void RunObserver::detail(const std::string& line) {
+void ProgressObserver::detail(const std::string& line) {
   InterruptWatch::check();
   report_.detail(line);
 }
 
-void RunObserver::memoryNeeded(uint64_t bytes) {
+void ProgressObserver::memoryNeeded(uint64_t bytes) {
   const uint64_t free = std::min(freeMemory(), freeMemoryInGroups());
   if (bytes <= free) return;
   constexpr double megabyte = 1e6;

@@ -10,10 +10,10 @@ namespace emeg {
 
 /// Turns what a correction does into the words, and its steps into the parts of the whole run, that its user
 /// sees. Ends the run when the user wants that.
-class RunObserver : public Observer {
+class ProgressObserver : public Observer {
 public:
   /// `isKeptFirst`: the corrected samples are sent to the output in a step of its own.
-  RunObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst);
+  ProgressObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst);
 
   void stepBegins(Step step, int channel) override;
   void progress(double finished) override;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "engine/Correction.h"
+#include "engine/Workspace.h"
+#include "engine/figures/GradientMeter.h"
+#include "engine/stages/StageRun.h"
+#include "engine/stages/StretchPlan.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace emeg {
+
+/// Sends a recording through the stages stretch after stretch, all channels of a stretch together. Stretches
+/// lie at places that follow from the recording alone: the result does not depend on memory.
+class StretchCorrection {
+public:
+  /// `plan` says which stages are on, `stretchPlan` what they take; both outlive this. `offset`: the store's
+  /// sample at which the recording begins. `meter` may be null.
+  StretchCorrection(const RunPlan& plan, const StretchPlan& stretchPlan, ChannelStore& store, int64_t offset,
+                    GradientMeter* meter, Observer& observer);
+
+  void run(CorrectedSink& sink);
+
+  /// Bytes that this takes, a little generously.
+  static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
+
+private:
+  int64_t stretchLength() const;
+  void correctStretch(PositionRange stretch, CorrectedSink& sink);
+  void correctChannel(int channel, PositionRange outputs);
+  void passUnchanged(int channel, PositionRange outputs);
+  void subtractReference(size_t count);
+  void measureBefore(int number, PositionRange stretch);
+  void load(int channel);
+
+  const RunPlan& plan_;
+  const StretchPlan& stretchPlan_;
+  ChannelStore& store_;
+  const int64_t offset_;
+  GradientMeter* const meter_;
+  Observer& observer_;
+  double outputRate_;
+  int64_t nrOfOutputs_;
+  std::vector<int> pulseNumber_; ///< per channel, -1 without heart beats to remove
+  StretchState state_;
+  Workspace work_;
+  SharedState shared_;
+  FigureWorkspace figureWork_;
+  std::vector<double> block_;
+};
+
+} // namespace emeg

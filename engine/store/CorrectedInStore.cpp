@@ -1,0 +1,52 @@
+#include "engine/store/CorrectedInStore.h"
+
+#include <algorithm>
+
+namespace emeg {
+
+void BoundsSink::take(int64_t count, std::span<const double> values) {
+  if (count == 0) return;
+  const auto length = static_cast<size_t>(count);
+  for (size_t c = 0; c < bounds_.size(); ++c) {
+    const auto samples = values.subspan(c * length, length);
+    const auto [low, high] = std::minmax_element(samples.begin(), samples.end());
+    if (isFirst_) bounds_[c] = {*low, *high};
+    bounds_[c] = {std::min(bounds_[c].smallest, *low), std::max(bounds_[c].largest, *high)};
+  }
+  isFirst_ = false;
+}
+
+void InPlaceSink::take(int64_t count, std::span<const double> values) {
+  flush();
+  pending_.assign(values.begin(), values.end());
+  pendingLength_ = static_cast<size_t>(count);
+}
+
+void InPlaceSink::flush() {
+  for (size_t c = 0; c < nrOfChannels_ && pendingLength_ > 0; ++c)
+    store_.write(static_cast<int>(c), written_,
+                 std::span<const float>(pending_).subspan(c * pendingLength_, pendingLength_));
+  written_ += static_cast<int64_t>(pendingLength_);
+  pendingLength_ = 0;
+}
+
+void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double> factors,
+                CorrectedSink& sink) {
+  constexpr int64_t valuesOfBlock = int64_t{1} << 22;
+  const int64_t longest = std::max<int64_t>(valuesOfBlock / static_cast<int64_t>(factors.size()), 1);
+  std::vector<float> stored;
+  std::vector<double> values;
+  for (int64_t done = 0; done < nrOfSamples; done += longest) {
+    const auto length = static_cast<size_t>(std::min(longest, nrOfSamples - done));
+    stored.resize(length);
+    values.resize(length * factors.size());
+    for (size_t c = 0; c < factors.size(); ++c) {
+      store.read(static_cast<int>(c), done, stored);
+      for (size_t i = 0; i < length; ++i)
+        values[c * length + i] = static_cast<double>(stored[i]) * factors[c];
+    }
+    sink.take(static_cast<int64_t>(length), values);
+  }
+}
+
+} // namespace emeg
