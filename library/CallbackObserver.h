@@ -4,9 +4,6 @@
 
 #include <emeg/emeg.h>
 
-#include <cstdint>
-#include <map>
-
 namespace emeg {
 
 /// Tells a caller's function how far a correction is, and ends the correction where it says so.
@@ -16,17 +13,12 @@ public:
 
   void stepBegins(Step step, int channel) override;
   void progress(double part) override;
-  void notFiniteFound(int channel, int64_t count) override { notFinite_[channel] += count; }
-
-  /// Samples that were no numbers, by channel.
-  const std::map<int, int64_t>& notFinite() const { return notFinite_; }
 
 private:
   emeg_progress callback_ = nullptr;
   void* user_ = nullptr;
   Step step_ = Step::TakingIn;
   int channel_ = -1;
-  std::map<int, int64_t> notFinite_;
 };
 
 } // namespace emeg

@@ -58,7 +58,8 @@ void emeg_correction::prepare(const std::string& scratchFile) {
   if (names.empty()) throw Refusal(EMEG_BAD_SETTING, "The recording has no channels.");
   chooseElectrocardiogram(*this);
   chooseRate(*this);
-  store = emeg::makeScratchStore(scratchFile, shape.nrOfChannels(), shape.nrOfSamples);
+  store = emeg::makeScratchStore(scratchFile, shape.nrOfChannels(),
+                                 emeg::Correction::storeLength(settings, shape));
   run = std::make_unique<emeg::Correction>(settings, shape, *store, observer);
 }
 

@@ -18,7 +18,30 @@ void writeStretches(JsonText& json, const std::vector<Stretch>& stretches) {
   json.closeArray();
 }
 
-void writeScan(JsonText& json, const FoundScan& scan) {
+/// Figures of merit of a scan; null where it is too short for them, or not corrected yet.
+void writeQuality(JsonText& json, const emeg_correction& correction, const QualityFigures* figures) {
+  if (figures == nullptr) return json.null();
+  json.openObject();
+  json.member("Drift", figures->drift);
+  json.member("ArtifactSecondsOutside", figures->artifactSecondsOutside);
+  json.key("Channels");
+  json.openArray();
+  size_t next = 0;
+  for (const ChannelQuality& channel : figures->channels) {
+    while (next < correction.names.size() && correction.shape.roles[next].passesUnchanged) ++next;
+    json.openObject();
+    json.member("Channel", correction.names.at(next++));
+    json.member("ArtifactBefore", channel.artifactBefore());
+    json.member("ArtifactAfter", channel.artifactAfter());
+    json.member("RemainingArtifact", channel.remaining());
+    json.closeObject();
+  }
+  json.closeArray();
+  json.closeObject();
+}
+
+void writeScan(JsonText& json, const emeg_correction& correction, const FoundScan& scan,
+               const QualityFigures* figures) {
   const MRSequence& sequence = scan.sequence;
   json.openObject();
   json.member("NumberOfVolumes", int64_t{sequence.nrOfVolumes});
@@ -37,6 +60,8 @@ void writeScan(JsonText& json, const FoundScan& scan) {
   for (int32_t volume = 0; volume < sequence.nrOfVolumes; ++volume)
     json.value(sequence.onsetOf(volume, 0, 1));
   json.closeArray();
+  json.key("Quality");
+  writeQuality(json, correction, figures);
   json.closeObject();
 }
 
@@ -137,7 +162,10 @@ std::string findingsJson(const emeg_correction& correction) {
   json.openObject();
   json.key("Scans");
   json.openArray();
-  for (const FoundScan& scan : found.timing.scans) writeScan(json, scan);
+  for (size_t i = 0; i < found.timing.scans.size(); ++i) {
+    const bool isMeasured = i < found.quality.size() && found.quality[i].has_value();
+    writeScan(json, correction, found.timing.scans[i], isMeasured ? &*found.quality[i] : nullptr);
+  }
   json.closeArray();
   json.key("Timing");
   found.hasSequence() ? writeTiming(json, found.timing) : json.null();

@@ -9,10 +9,9 @@ namespace {
 using Warnings = std::vector<FindingsWarning>;
 
 void warnOfSamples(const emeg_correction& correction, const Findings& found, Warnings& warnings) {
-  for (const auto& [channel, count] : correction.observer.notFinite())
-    warnings.push_back({"NotFinite", std::to_string(count) + " samples of channel " +
-                                         correction.names.at(static_cast<size_t>(channel)) +
-                                         " are not finite and count as 0."});
+  if (found.nrOfNotFinite > 0)
+    warnings.push_back(
+        {"NotFinite", std::to_string(found.nrOfNotFinite) + " samples are not finite and count as 0."});
   for (const RepairedChannel& channel : found.repaired)
     if (channel.nrOfLeft > 0)
       warnings.push_back({"SaturationLeft", std::to_string(channel.nrOfLeft) +

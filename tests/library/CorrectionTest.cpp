@@ -180,3 +180,25 @@ TEST(LibraryCorrection, ARecordingLargerThanMemoryIsAnError) {
   EXPECT_TRUE(status == EMEG_NO_MEMORY || status == EMEG_BAD_SETTING) << status;
   emeg_correction_free(correction);
 }
+
+TEST(LibraryCorrection, RaisesTheRateAndSaysHowLongTheResultIs) {
+  const SimulatedSignal signal;
+  const SettingsHandle settings = newSettings();
+  ASSERT_EQ(emeg_settings_set(settings.get(), "rate", "3000"), EMEG_OK);
+  const CorrectionHandle correction = correctionOf(signal, settings.get());
+  EXPECT_EQ(resultOf(correction.get(), signal.channels).size(), static_cast<size_t>(2 * ((samples - 1) * 3 / 2 + 1)));
+}
+
+TEST(LibraryCorrection, AsThePluginDividesTheRate) {
+  const SimulatedSignal signal;
+  const SettingsHandle settings = newSettings();
+  ASSERT_EQ(emeg_settings_set(settings.get(), "as-plugin", "1"), EMEG_OK);
+  ASSERT_EQ(emeg_settings_set(settings.get(), "rate", "500"), EMEG_OK);
+  const CorrectionHandle correction = correctionOf(signal, settings.get());
+  EXPECT_EQ(resultOf(correction.get(), signal.channels).size(), static_cast<size_t>(2 * samples / 4));
+  ASSERT_EQ(emeg_settings_set(settings.get(), "rate", "600"), EMEG_OK);
+  emeg_correction* created = nullptr;
+  EXPECT_EQ(emeg_correction_create(settings.get(), describe(signal).get(), nullptr, &created),
+            EMEG_BAD_SETTING);
+  emeg_correction_free(created);
+}

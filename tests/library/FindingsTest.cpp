@@ -47,6 +47,9 @@ TEST(LibraryFindings, StandInTheJsonText) {
   EXPECT_EQ(scan.at("VolumeOnsets").size(), static_cast<size_t>(SimulatedSignal::volumes));
   EXPECT_NEAR(scan.at("VolumeOnsets").at(3).get<double>(),
               SimulatedSignal::firstOnset + 3 * SimulatedSignal::volumeDuration, 0.02);
+  ASSERT_EQ(scan.at("Quality").at("Channels").size(), 2u);
+  EXPECT_EQ(scan.at("Quality").at("Channels").at(1).at("Channel"), "EEG1");
+  EXPECT_LT(scan.at("Quality").at("Channels").at(1).at("RemainingArtifact"), 1);
   EXPECT_FALSE(findings.at("Timing").at("Source").get<std::string>().empty());
   EXPECT_TRUE(findings.at("HeartBeats").is_null());
   EXPECT_FALSE(warns(findings, "NoScan"));
