@@ -78,20 +78,14 @@ public:
       readCorrected(sink);
       return;
     }
-    if (settings_.heartBeats && !hasHeartArtifact_) findHeart();
-    const RunPlan plan = planOfStages();
-    const std::unique_ptr<GradientMeter> meter = meterOfScans();
-    StretchCorrection(plan, stretches_, store_, offset_, meter.get(), observer_).run(sink);
-    if (meter) findings_.quality = meter->figures();
+    correctStretches([&sink](StretchCorrection& correction) { correction.run(sink); });
   }
 
   std::vector<ValueBounds> correctIntoStore() {
     if (settings_.method.wholeChannels) {
       correctWholeChannels();
     } else {
-      InPlaceSink sink(store_, shape_.roles.size());
-      correct(sink);
-      sink.finish();
+      correctStretches([](StretchCorrection& correction) { correction.runIntoStore(); });
     }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
@@ -114,6 +108,16 @@ public:
   const Findings& findings() const { return findings_; }
 
 private:
+  template <typename Way>
+  void correctStretches(const Way& way) {
+    if (settings_.heartBeats && !hasHeartArtifact_) findHeart();
+    const RunPlan plan = planOfStages();
+    const std::unique_ptr<GradientMeter> meter = meterOfScans();
+    StretchCorrection correction(plan, stretches_, store_, offset_, meter.get(), observer_);
+    way(correction);
+    if (meter) findings_.quality = meter->figures();
+  }
+
   void prepareFilters() {
     const double rate = shape_.samplingFrequency;
     stretches_.recordingLength = shape_.nrOfSamples;
