@@ -4,6 +4,7 @@
 #include "artifacts/cardiac/PulseModel.h"
 #include "artifacts/gradient/SequenceDetection.h"
 #include "converter/ChannelRole.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FilterStages.h"
 #include "files/formats/BinaryFile.h"
 #include "files/formats/CcdFile.h"
@@ -166,6 +167,7 @@ struct ProtocolList {
 /// One channel at a time, and what all channels share while they are corrected.
 class CorrectionBuffers {
 public:
+  FFTWorkspace fftWorkspace;
   std::vector<float> chunkBuffer; ///< position 0 holds the first processed time point
 
   /// The channel being corrected: room for one transform, and one spare value in front.

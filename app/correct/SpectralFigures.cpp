@@ -1,5 +1,6 @@
 #include "app/correct/SpectralFigures.h"
 
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <algorithm>
@@ -41,8 +42,7 @@ std::vector<PowerSpectrum> measureSpectra(RecordingReader& recording, double fro
   const auto nrOfBins =
       std::min(static_cast<size_t>(highest / hzPerBin) + 1, static_cast<size_t>(length) / 2);
   for (PowerSpectrum& spectrum : spectra) spectrum = {hzPerBin, std::vector<double>(nrOfBins, 0.0)};
-  initFFTTables();
-  makeCosineTable(log2Length);
+  FFTWorkspace workspace;
   const auto samples = static_cast<size_t>(length);
   const std::vector<double> window = hannWindow(samples);
   double windowPower = 0;
@@ -63,7 +63,7 @@ std::vector<PowerSpectrum> measureSpectra(RecordingReader& recording, double fro
         mean += std::isfinite(value) ? value / static_cast<double>(length) : 0;
       for (size_t i = 0; i < samples; ++i)
         signal[i] = std::isfinite(channel[i]) ? (channel[i] - mean) * window[i] : 0;
-      realFFTForward(signal.data(), log2Length);
+      realFFTForward(signal.data(), log2Length, workspace);
       for (size_t k = 1; k < nrOfBins; ++k)
         spectra[c].powers[k] +=
             scale * (signal[2 * k] * signal[2 * k] + signal[2 * k + 1] * signal[2 * k + 1]);

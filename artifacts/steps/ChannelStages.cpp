@@ -83,7 +83,7 @@ void CorrectionDriver::keepElectrocardiogram() {
 
 /// Leaves the current channel low-passed.
 void CorrectionDriver::reduceForPulses(std::vector<double>& series) {
-  filterSignalFFT(signal_, samples_, bcgLowPassFilter_);
+  filterSignalFFT(signal_, samples_, bcgLowPassFilter_, buffers_.fftWorkspace);
   for (int64_t k = 0, j = 0; j < samples_; ++k, j += buffers_.bcgStep)
     series[static_cast<size_t>(k)] = static_cast<double>(static_cast<float>(signal_[j]));
 }
@@ -113,7 +113,7 @@ void CorrectionDriver::combineWithSpline(const std::vector<double>& knots, int64
 
 /// Output filter, decimation, reference sum, and back into the chunk files.
 bool CorrectionDriver::finishChannel(int32_t channel) {
-  if (c_.switches.filteringNeeded) filterSignalFFT(signal_, samples_, outputFilter_);
+  if (c_.switches.filteringNeeded) filterSignalFFT(signal_, samples_, outputFilter_, buffers_.fftWorkspace);
   const int64_t outputs = c_.span.nrOfOutputTimePoints;
   for (int64_t k = 0, j = 0; j < samples_; ++k, j += c_.filters.decimationFactor)
     buffers_.chunkBuffer[static_cast<size_t>(k)] = static_cast<float>(signal_[j]);

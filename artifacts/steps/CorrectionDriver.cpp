@@ -127,7 +127,7 @@ bool CorrectionDriver::correctInOnePass(int32_t channel) {
   zeroSamplesThatAreNotNumbers(channel);
   if (stages.correctSaturations) repairChannelSaturations();
   if (stages.anyArtifactCorrection) {
-    filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
+    filterSignalFFT(signal_, samples_, artifactHighPassFilter_, buffers_.fftWorkspace);
     subtractHighPassedSignal();
   }
   if (stages.correctGradient && !removeGradientArtifact(channel)) return false;
@@ -158,7 +158,7 @@ bool CorrectionDriver::preprocess(int32_t channel, int32_t pulseChannel) {
   if (!readChannel(channel)) return false;
   zeroSamplesThatAreNotNumbers(channel);
   if (stages.correctSaturations) repairChannelSaturations();
-  filterSignalFFT(signal_, samples_, artifactHighPassFilter_);
+  filterSignalFFT(signal_, samples_, artifactHighPassFilter_, buffers_.fftWorkspace);
   keepLowFrequencyRest(channel);
   if (stages.correctGradient && !removeGradientArtifact(channel)) return false;
   if (stages.removeLineSinusoids) removeLineSinusoids();

@@ -39,7 +39,7 @@ bool CorrectionDriver::removeGradientArtifact(int32_t channel) {
 }
 
 bool LMTRPluginEMEGFileConverter::detectSequence(const SplinedSignal& channel) {
-  sequence = detectMRSequence(channel, values.samplingFrequency, span.log2FftLength,
+  sequence = detectMRSequence(channel, values.samplingFrequency, span.log2FftLength, buffers.fftWorkspace,
                               [this](const std::string& line) { log.logProgress("%s", line.c_str()); });
   if (sequence.sliceDuration == 0) return true;
   addGradientTriggers();
