@@ -74,7 +74,7 @@ void TimedConverter::estimateGradient(const SplinedSignal& channel) {
 }
 
 MRSequence TimedConverter::sequenceFromQuiet(const SplinedSignal& channel) {
-  return detectMRSequence(channel, values.samplingFrequency, span.log2FftLength,
+  return detectMRSequence(channel, values.samplingFrequency, span.log2FftLength, buffers.fftWorkspace,
                           [this](const std::string& line) { log.logProgress("%s", line.c_str()); });
 }
 
