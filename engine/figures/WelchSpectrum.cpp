@@ -107,7 +107,7 @@ void WelchSpectrum::collect(std::span<const double> samples) {
 void WelchSpectrum::beginNextWindow(int64_t start) {
   ++window_;
   if (window_ == windows_->count()) {
-    pending_ = {};
+    pending_ = std::vector<float>(); // braces alone would keep the memory
     return;
   }
   const int64_t gone = windows_->startOf(window_) - start;

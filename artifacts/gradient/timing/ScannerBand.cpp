@@ -3,6 +3,7 @@
 #include "artifacts/gradient/timing/BandLimitedShift.h"
 #include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,14 +88,9 @@ double explainedInScannerBand(std::span<const double> sharpened, double sampling
     for (size_t t = 0; t < average.size(); ++t) repeat[t] -= average[t];
     rest.push_back(bandPower.of(repeat));
   }
-  const auto medianOf = [](std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-  };
-  const double power = medianOf(all);
+  const double power = upperMedian(all);
   const auto count = static_cast<double>(volumes);
-  return power > 0 ? 1 - medianOf(rest) / power * count / (count - 1) : 0;
+  return power > 0 ? 1 - upperMedian(rest) / power * count / (count - 1) : 0;
 }
 
 } // namespace emeg
