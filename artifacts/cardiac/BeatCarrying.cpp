@@ -16,7 +16,7 @@ constexpr double reach = 0.4;             // of the interval, on either side of 
 constexpr double reachBetween = 0.15;     // the same at beats, and in the middle between two
 constexpr double rankBetween = 0.8; // of the likenesses between beats, the one that counts as usual there
 constexpr double rankAtBeats = 0.5;
-constexpr double clearly = 0.5;        // of the way from there to that of beats
+constexpr double clearly = 0.6;        // of the way from there to that of beats
 constexpr double leastDistance = 0.15; // between the two, for beats that stand out at all
 
 double ranked(std::vector<double> values, double rank) {
