@@ -1,10 +1,11 @@
 #pragma once
 
+#include "artifacts/cardiac/BeatSearch.h"
 #include "converter/RunState.h"
 #include "converter/messages/Messages.h"
 #include "converter/messages/PathBuffer.h"
 #include "converter/messages/RunValues.h"
-#include "dsp/FrequencyFilter.h"
+#include "engine/Method.h"
 #include "files/formats/ChunkFiles.h"
 
 #include <cstdint>
@@ -58,7 +59,9 @@ public:
   ChunkLayout chunkLayout;
   ChunkFiles chunkFiles;
   ProtocolList protocolList;
+  Method method = asThePluginDoes; ///< of the engine
   MRSequence sequence;
+  FoundBeats beats; ///< positions in samples of the series at the reduced rate
 
   // --- converter/steps: the run sequence ---
   bool checkHostVersion(int32_t major, int32_t minor, int32_t revision);
@@ -101,9 +104,9 @@ public:
   // --- converter/correction: the engine's shell ---
   /// The role of an output channel.
   ChannelRole roleOf(int32_t outputChannel) const;
-  bool processChannels();
+  virtual bool processChannels();
   /// The same with other ways to the scanner's timing and to the heart beats.
-  bool correctChannels(TimingStrategy& timing, BeatStrategy& beats);
+  bool correctChannels(TimingStrategy& timing, BeatStrategy& beatStrategy);
   bool writeCtc(int32_t dataType, int32_t dataOrganisation);
   bool writeProtocols();
   bool writeProtocol(Protocol& protocol);

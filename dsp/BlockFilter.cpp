@@ -30,7 +30,8 @@ BlockFilter::BlockFilter(std::span<const double> taps) {
   const auto half = static_cast<std::size_t>(count / 2);
   for (std::size_t i = 0; i <= half; ++i) spectrum[i] = taps[half + i];
   for (std::size_t i = 1; i <= half; ++i) spectrum[spectrum.size() - i] = taps[half - i];
-  realFFTForward(spectrum.data(), log2Length_);
+  FFTWorkspace workspace;
+  realFFTForward(spectrum.data(), log2Length_, workspace);
 
   const double scale = 2 / static_cast<double>(blockLength_);
   const std::size_t bins = spectrum.size() / 2;
@@ -40,8 +41,8 @@ BlockFilter::BlockFilter(std::span<const double> taps) {
   for (std::size_t k = 1; k < bins; ++k) gains_[k] = spectrum[2 * k] * scale;
 }
 
-void BlockFilter::apply(std::span<double> block) const {
-  realFFTForward(block.data(), log2Length_);
+void BlockFilter::apply(std::span<double> block, FFTWorkspace& workspace) const {
+  realFFTForward(block.data(), log2Length_, workspace);
   const std::size_t bins = gains_.size() - 1;
   block[0] *= gains_[0];
   block[1] *= gains_[bins];
@@ -49,7 +50,7 @@ void BlockFilter::apply(std::span<double> block) const {
     block[2 * k] *= gains_[k];
     block[2 * k + 1] *= gains_[k];
   }
-  realFFTInverse(block.data(), log2Length_);
+  realFFTInverse(block.data(), log2Length_, workspace);
 }
 
 } // namespace emeg

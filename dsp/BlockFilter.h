@@ -1,13 +1,15 @@
 #pragma once
 
+#include "dsp/FFTWorkspace.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace emeg {
 
-/// Overlap-save: a symmetric filter applied to blocks of a power-of-two length through the real transform
-/// (dsp/RealFFT.h, whose rules on transforms at the same time apply). All transforms of the filters are here.
+/// Overlap-save: a symmetric filter applied to blocks of a power-of-two length through the real transform. All
+/// transforms of the filters are here. Immutable: threads may share it, each with a workspace of its own.
 /// (Stockham: High-speed convolution and correlation, AFIPS 1966.)
 class BlockFilter {
 public:
@@ -23,7 +25,7 @@ public:
 
   /// `block` (blockLength() samples) becomes the filtered one with the filter's delay taken out; the first
   /// and last half filter are spoilt.
-  void apply(std::span<double> block) const;
+  void apply(std::span<double> block, FFTWorkspace& workspace) const;
 
 private:
   int64_t blockLength_ = 0;

@@ -63,6 +63,7 @@ void FirFilter::applyDirectly(const RecordingStretch& in, PositionRange outputs,
 
 void FirFilter::applyInBlocks(const RecordingStretch& in, PositionRange outputs,
                               std::span<double> out) const {
+  FFTWorkspace workspace; // small beside the block
   const int64_t hop = blocks_.hop();
   const int64_t half = halfLength();
   std::vector<double> block(static_cast<std::size_t>(blocks_.blockLength()));
@@ -71,7 +72,7 @@ void FirFilter::applyInBlocks(const RecordingStretch& in, PositionRange outputs,
     const int64_t needed = std::min(hop, in.recordingLength - blockBegin) + 2 * half;
     copyContinued(in, blockBegin - half, std::span(block).first(static_cast<std::size_t>(needed)));
     std::fill(block.begin() + needed, block.end(), 0.0);
-    blocks_.apply(block);
+    blocks_.apply(block, workspace);
     const int64_t begin = std::max(blockBegin, outputs.begin);
     const int64_t end = std::min(blockBegin + hop, outputs.end);
     std::copy_n(block.begin() + (begin - blockBegin + half), end - begin,

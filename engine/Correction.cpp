@@ -78,18 +78,12 @@ public:
 
   void correct(CorrectedSink& sink) {
     if (settings_.method.wholeChannels) return readCorrected(sink);
-    const RunPlan plan = planOfStages();
-    const std::unique_ptr<GradientMeter> meter = meterOfScans();
-    StretchCorrection(plan, stretches_, store_, offset_, meter.get(), observer_).run(sink);
-    if (meter) findings_.quality = meter->figures();
+    correctStretches([&sink](StretchCorrection& correction) { correction.run(sink); });
   }
 
   std::vector<ValueBounds> correctIntoStore() {
-    if (!settings_.method.wholeChannels) {
-      InPlaceSink sink(store_, shape_.roles.size());
-      correct(sink);
-      sink.finish();
-    }
+    if (!settings_.method.wholeChannels)
+      correctStretches([](StretchCorrection& correction) { correction.runIntoStore(); });
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
     return bounds.bounds();
@@ -111,6 +105,15 @@ public:
   const Findings& findings() const { return findings_; }
 
 private:
+  template <typename Way>
+  void correctStretches(const Way& way) {
+    const RunPlan plan = planOfStages();
+    const std::unique_ptr<GradientMeter> meter = meterOfScans();
+    StretchCorrection correction(plan, stretches_, store_, offset_, meter.get(), observer_);
+    way(correction);
+    if (meter) findings_.quality = meter->figures();
+  }
+
   void prepareFilters() {
     const double rate = shape_.samplingFrequency;
     stretches_.recordingLength = shape_.nrOfSamples;

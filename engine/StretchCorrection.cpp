@@ -9,7 +9,7 @@ namespace emeg {
 
 namespace {
 
-constexpr int64_t largestBlock = int64_t{1} << 24; // values of all channels together: 128 MB
+constexpr int64_t largestBlock = int64_t{1} << 24; // values of all channels together: 64 MB
 constexpr double longestStretch = 120;             // seconds
 
 /// Has no part in a correction stretch by stretch, where the timing is known before.
@@ -59,22 +59,48 @@ uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannel
   constexpr double mostContext = 60; // seconds on both sides, with usual filters and windows
   const auto longest = static_cast<uint64_t>((longestStretch + 2 * mostContext) * samplingFrequency);
   const uint64_t block = std::min(static_cast<uint64_t>(largestBlock), nrOfSamples * nrOfChannels);
-  return (arrays * std::min(nrOfSamples, longest) + block) * sizeof(double);
+  return arrays * std::min(nrOfSamples, longest) * sizeof(double) + block * sizeof(float);
 }
 
-void StretchCorrection::run(CorrectedSink& sink) {
+/// `emit` gets the number of time points of the block that is complete.
+template <typename Emit>
+void StretchCorrection::runStretches(const Emit& emit) {
   const int64_t n = stretchPlan_.recordingLength;
   const int64_t length = stretchLength();
   observer_.stepBegins(Step::Correcting, -1);
   for (int64_t begin = 0; begin < n; begin += length) {
     // What would be left at the end is no stretch of its own.
     const int64_t end = n - begin < length + length / 4 ? n : begin + length;
-    correctStretch({begin, end}, sink);
+    emit(correctStretch({begin, end}));
     if (end == n) break;
   }
 }
 
-void StretchCorrection::correctStretch(PositionRange stretch, CorrectedSink& sink) {
+void StretchCorrection::run(CorrectedSink& sink) {
+  runStretches([&](size_t count) { send(count, sink); });
+}
+
+/// A block is written when the next one is complete: until then the stages may still need what it replaces.
+void StretchCorrection::runIntoStore() {
+  std::vector<float> pending;
+  size_t pendingCount = 0;
+  int64_t written = 0;
+  const auto writePending = [&] {
+    for (size_t c = 0; c < plan_.roles.size() && pendingCount > 0; ++c)
+      store_.write(static_cast<int>(c), written,
+                   std::span<const float>(pending).subspan(c * pendingCount, pendingCount));
+    written += static_cast<int64_t>(pendingCount);
+  };
+  runStretches([&](size_t count) {
+    writePending();
+    pending.swap(block_);
+    pendingCount = count;
+  });
+  writePending();
+}
+
+/// Returns the number of time points that the block holds.
+size_t StretchCorrection::correctStretch(PositionRange stretch) {
   const int64_t n = stretchPlan_.recordingLength;
   const PositionRange outputs =
       stretchPlan_.resampler ? stretchPlan_.resampler->outputsIn(stretch, n) : stretch;
@@ -98,11 +124,33 @@ void StretchCorrection::correctStretch(PositionRange stretch, CorrectedSink& sin
     correctChannel(channel, outputs);
   }
   if (plan_.useAverageReference) subtractReference(count);
-  number = 0;
-  for (size_t c = 0; meter_ != nullptr && c < plan_.roles.size(); ++c)
-    if (!plan_.roles[c].passesUnchanged)
-      meter_->addAfter(number++, std::span<const double>(block_).subspan(c * count, count), figureWork_);
-  sink.take(outputs.length(), block_);
+  measureAfter(count);
+  return count;
+}
+
+void StretchCorrection::measureAfter(size_t count) {
+  int number = 0;
+  for (size_t c = 0; meter_ != nullptr && c < plan_.roles.size(); ++c) {
+    if (plan_.roles[c].passesUnchanged) continue;
+    const std::span<const float> samples = std::span<const float>(block_).subspan(c * count, count);
+    values_.assign(samples.begin(), samples.end());
+    meter_->addAfter(number++, values_, figureWork_);
+  }
+}
+
+/// In parts, so that the doubles take little memory.
+void StretchCorrection::send(size_t count, CorrectedSink& sink) {
+  constexpr size_t valuesOfPart = size_t{1} << 20;
+  const size_t channels = plan_.roles.size();
+  const size_t longest = std::max<size_t>(valuesOfPart / channels, 1);
+  for (size_t done = 0; done < count; done += longest) {
+    const size_t length = std::min(longest, count - done);
+    values_.resize(length * channels);
+    for (size_t c = 0; c < channels; ++c)
+      std::copy_n(block_.begin() + static_cast<std::ptrdiff_t>(c * count + done), length,
+                  values_.begin() + static_cast<std::ptrdiff_t>(c * length));
+    sink.take(static_cast<int64_t>(length), values_);
+  }
 }
 
 /// Also what lies between the outputs' input and the stretch itself, for the figures.
@@ -126,8 +174,9 @@ void StretchCorrection::correctChannel(int channel, PositionRange outputs) {
   run.stretch = &state_;
   applyStages(Pass::BeforeBeats, run);
   applyStages(Pass::BehindBeats, run);
-  std::copy(state_.output.begin(), state_.output.end(),
-            block_.begin() + static_cast<std::ptrdiff_t>(channel * outputs.length()));
+  std::transform(state_.output.begin(), state_.output.end(),
+                 block_.begin() + static_cast<std::ptrdiff_t>(channel * outputs.length()),
+                 [](double value) { return static_cast<float>(value); });
 }
 
 /// The sample that is nearest in time.
@@ -141,16 +190,17 @@ void StretchCorrection::passUnchanged(int channel, PositionRange outputs) {
   const int64_t first = inputOf(outputs.begin);
   state_.asStored.resize(static_cast<size_t>(inputOf(outputs.end - 1) - first + 1));
   store_.read(channel, offset_ + first, state_.asStored);
-  double* const values = block_.data() + channel * outputs.length();
+  float* const values = block_.data() + channel * outputs.length();
   for (int64_t k = 0; k < outputs.length(); ++k)
-    values[k] = static_cast<double>(state_.asStored[static_cast<size_t>(inputOf(outputs.begin + k) - first)]);
+    values[k] = state_.asStored[static_cast<size_t>(inputOf(outputs.begin + k) - first)];
 }
 
 void StretchCorrection::subtractReference(size_t count) {
   for (size_t c = 0; c < plan_.roles.size(); ++c) {
     if (!plan_.roles[c].takesPartInReference || plan_.roles[c].passesUnchanged) continue;
-    double* const values = block_.data() + c * count;
-    for (size_t i = 0; i < count; ++i) values[i] -= work_.referenceOfStretch[i];
+    float* const values = block_.data() + c * count;
+    for (size_t i = 0; i < count; ++i)
+      values[i] = static_cast<float>(static_cast<double>(values[i]) - work_.referenceOfStretch[i]);
   }
 }
 

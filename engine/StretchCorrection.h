@@ -22,15 +22,22 @@ public:
 
   void run(CorrectedSink& sink);
 
+  /// Puts the result where the recording was, from the store's first sample on.
+  void runIntoStore();
+
   /// Bytes that this takes, a little generously.
   static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
 
 private:
   int64_t stretchLength() const;
-  void correctStretch(PositionRange stretch, CorrectedSink& sink);
+  template <typename Emit>
+  void runStretches(const Emit& emit);
+  size_t correctStretch(PositionRange stretch);
   void correctChannel(int channel, PositionRange outputs);
   void passUnchanged(int channel, PositionRange outputs);
   void subtractReference(size_t count);
+  void measureAfter(size_t count);
+  void send(size_t count, CorrectedSink& sink);
   void measureBefore(int number, PositionRange stretch);
   void load(int channel);
 
@@ -47,7 +54,8 @@ private:
   Workspace work_;
   SharedState shared_;
   FigureWorkspace figureWork_;
-  std::vector<double> block_;
+  std::vector<float> block_; ///< the result of a stretch, channel after channel
+  std::vector<double> values_;
 };
 
 } // namespace emeg

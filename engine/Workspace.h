@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dsp/FFTWorkspace.h"
+
 #include <cstdint>
 #include <vector>
 
@@ -9,6 +11,7 @@ namespace emeg {
 /// what is asked for and are used again.
 class Workspace {
 public:
+  FFTWorkspace fft;
   std::vector<float> chunkBuffer; ///< samples as the store holds them; position 0 is the first processed one
 
   /// The channel being corrected, with one spare value in front.

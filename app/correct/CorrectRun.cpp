@@ -2,8 +2,8 @@
 
 #include "app/correct/InputRecording.h"
 #include "app/correct/OutputRecording.h"
-#include "app/correct/RunNotes.h"
 #include "app/correct/ProgressObserver.h"
+#include "app/correct/RunNotes.h"
 #include "app/correct/RunStore.h"
 #include "app/correct/RunWarnings.h"
 #include "engine/Correction.h"

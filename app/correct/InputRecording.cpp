@@ -29,7 +29,8 @@ InputRecording::InputRecording(const CorrectParameters& parameters) {
   checksums_ = std::make_unique<FileChecksums>(header_.files);
 }
 
-void InputRecording::takeInto(Correction& correction, const CorrectionPlan& plan, ProgressObserver& observer) {
+void InputRecording::takeInto(Correction& correction, const CorrectionPlan& plan,
+                              ProgressObserver& observer) {
   observer.takesIn();
   reader_->showBytesTo(checksums_.get());
   const int64_t blockLength = convenientBlockLength(header_.nrOfChannels());

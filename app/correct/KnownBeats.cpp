@@ -1,6 +1,7 @@
 #include "app/correct/KnownBeats.h"
 
 #include "app/markers/NamedMarkers.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -24,9 +25,7 @@ std::vector<double> differentTimes(std::vector<double> times) {
 double medianInterval(const std::vector<double>& times) {
   std::vector<double> intervals;
   for (size_t i = 1; i < times.size(); ++i) intervals.push_back(times[i] - times[i - 1]);
-  const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 2);
-  std::nth_element(intervals.begin(), middle, intervals.end());
-  return *middle;
+  return upperMedianReordering(intervals);
 }
 
 BeatRequest beatsOfMarkers(const RecordingHeader& header, const CorrectParameters& parameters,

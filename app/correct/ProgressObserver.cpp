@@ -12,17 +12,18 @@ namespace emeg {
 
 namespace {
 
-// Where the steps of a run begin, as fractions of its time.
-constexpr double takenIn = 0.15;
-constexpr double scansFound = 0.3;
-constexpr double beatsFound = 0.45;
-constexpr double channelsPrepared = 0.65; // of corrections that take two passes over the channels
-constexpr double beatsFoundBetween = 0.75;
-constexpr double kept = 0.85;
+// Where the steps of a run begin or end, as fractions of its time.
+constexpr double readingEnds = 0.15;
+constexpr double scansAreFound = 0.3;
+constexpr double beatsAreFound = 0.45;
+constexpr double firstPassEnds = 0.65; // of corrections that take two passes over the channels
+constexpr double secondPassBegins = 0.75;
+constexpr double sendingBegins = 0.85;
 
 } // namespace
 
-ProgressObserver::ProgressObserver(RunReport& report, const CorrectionPlan& plan, std::string input, bool isKeptFirst)
+ProgressObserver::ProgressObserver(RunReport& report, const CorrectionPlan& plan, std::string input,
+                                   bool isKeptFirst)
     : report_(report), input_(std::move(input)), removesBeats_(plan.settings.heartBeats),
       isKeptFirst_(isKeptFirst), nrOfChannels_(std::max(static_cast<int>(plan.channels.corrected.size()), 1)),
       nrOfPulseChannels_(std::max(
@@ -31,38 +32,38 @@ ProgressObserver::ProgressObserver(RunReport& report, const CorrectionPlan& plan
           1)) {}
 
 void ProgressObserver::takesIn() {
-  begin(fmt::format("Reading \"{}\"", input_), {0, takenIn});
+  begin(fmt::format("Reading \"{}\"", input_), {0, readingEnds});
 }
 
 void ProgressObserver::sends(const std::string& output) {
-  begin(fmt::format("Writing \"{}\"", output), {kept, 1});
+  begin(fmt::format("Writing \"{}\"", output), {sendingBegins, 1});
 }
 
 void ProgressObserver::stepBegins(Step step, int) {
-  const double end = isKeptFirst_ ? kept : 1;
-  const double gradientBegins = removesBeats_ ? beatsFound : scansFound;
+  const double end = isKeptFirst_ ? sendingBegins : 1;
+  const double gradientBegins = removesBeats_ ? beatsAreFound : scansAreFound;
   switch (step) {
   case Step::TakingIn:
     return takesIn();
   case Step::FindingScans:
-    return begin("Finding the scans", {takenIn, scansFound});
+    return begin("Finding the scans", {readingEnds, scansAreFound});
   case Step::FindingBeats:
-    return begin("Finding heart beats", nrOfCorrected_ > 0 ? Part{channelsPrepared, beatsFoundBetween}
-                                                           : Part{scansFound, beatsFound});
+    return begin("Finding heart beats", nrOfCorrected_ > 0 ? Part{firstPassEnds, secondPassBegins}
+                                                           : Part{scansAreFound, beatsAreFound});
   case Step::Correcting:
     return begin(removesBeats_ ? "Removing the gradient artifact and the heart beat artifact"
                                : "Removing the gradient artifact",
                  {gradientBegins, end});
   case Step::CorrectingChannel:
   case Step::CorrectingForBeats: {
-    const double last = removesBeats_ ? channelsPrepared : end;
-    const double each = (last - takenIn) / nrOfChannels_;
-    const double from = takenIn + each * std::min(nrOfCorrected_++, nrOfChannels_ - 1);
+    const double last = removesBeats_ ? firstPassEnds : end;
+    const double each = (last - readingEnds) / nrOfChannels_;
+    const double from = readingEnds + each * std::min(nrOfCorrected_++, nrOfChannels_ - 1);
     return begin("Removing the gradient artifact", {from, from + each});
   }
   case Step::RemovingBeats: {
-    const double each = (end - beatsFoundBetween) / nrOfPulseChannels_;
-    const double from = beatsFoundBetween + each * std::min(nrOfBeatsRemoved_++, nrOfPulseChannels_ - 1);
+    const double each = (end - secondPassBegins) / nrOfPulseChannels_;
+    const double from = secondPassBegins + each * std::min(nrOfBeatsRemoved_++, nrOfPulseChannels_ - 1);
     return begin("Removing the heart beat artifact", {from, from + each});
   }
   }

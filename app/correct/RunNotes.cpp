@@ -30,7 +30,7 @@ void requireScan(const CorrectionResult& result, const CorrectParameters& parame
 std::vector<std::string> notesBefore(const CorrectionResult& planned, const CorrectParameters& parameters) {
   std::vector<std::string> notes = planned.header.warnings;
   const CorrectionPlan& plan = planned.plan;
-  for (const double hz : parameters.lineNoise)
+  for (const double hz : parameters.asPlugin ? parameters.lineNoise : std::vector<double>())
     notes.push_back(
         fmt::format("--line-noise {:g} subtracts one sinusoid of constant amplitude and phase per "
                     "channel; what changes during the recording stays.",

@@ -1,5 +1,6 @@
 #include "app/correct/Sidecar.h"
 
+#include "app/correct/KnownBeats.h"
 #include "app/correct/MarkerTransfer.h"
 #include "engine/settings/SettingList.h"
 #include "files/exchange/PendingFiles.h"

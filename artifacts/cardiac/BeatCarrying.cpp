@@ -12,11 +12,12 @@ namespace {
 constexpr size_t fewestBeats = 8;
 constexpr size_t mostBeatsCompared = 150; // enough for ranks, and quick
 constexpr size_t nearestIntervals = 5;    // tell where the next beat may be
-constexpr double reach = 0.2;             // of the interval, on either side of the place
-constexpr double rankBetween = 0.98;      // of the likenesses between beats, the one that counts as highest
+constexpr double reach = 0.4;             // of the interval, on either side of the place
+constexpr double reachBetween = 0.15;     // the same at beats, and in the middle between two
+constexpr double rankBetween = 0.8; // of the likenesses between beats, the one that counts as usual there
 constexpr double rankAtBeats = 0.5;
-constexpr double clearly = 0.5;       // of the way from there to that of beats
-constexpr double leastDistance = 0.1; // between the two, for beats that stand out at all
+constexpr double clearly = 0.6;        // of the way from there to that of beats
+constexpr double leastDistance = 0.15; // between the two, for beats that stand out at all
 
 double ranked(std::vector<double> values, double rank) {
   const auto place =
@@ -37,23 +38,58 @@ struct Place {
   bool isPeak = false; ///< the likeness falls on either side
 };
 
+/// Highest likenesses at beats, and between them.
+struct Likenesses {
+  std::vector<double> atBeats;
+  std::vector<double> between;
+};
+
+int32_t medianInterval(const std::vector<double>& positions) {
+  return static_cast<int32_t>(ranked(intervalsOf(positions), 0.5) + 0.5);
+}
+
+/// The place of the highest likeness within `distance` samples of the one that is expected.
+Place bestPlace(const MeanBeats& beats, int64_t length, double expected, double distance) {
+  const auto from = std::max<int64_t>(static_cast<int64_t>(expected - distance), 0);
+  const auto to = std::min<int64_t>(static_cast<int64_t>(expected + distance), length - 1);
+  Place place;
+  for (int64_t sample = from; sample <= to; ++sample) {
+    const double likeness = beats.likenessAt(sample);
+    if (likeness > place.likeness) place = {sample, likeness, false};
+  }
+  place.isPeak = place.sample > from && place.sample < to;
+  return place;
+}
+
+/// Every second beat, from `first` on, compared with the mean of all others: a beat resembles a mean that it
+/// is part of.
+void compareWithOthers(const BcgSeries& series, const std::vector<double>& positions, size_t first,
+                       Likenesses& likenesses) {
+  std::vector<double> others;
+  for (size_t i = 1 - first; i < positions.size(); i += 2) others.push_back(positions[i]);
+  const MeanBeats beats(series, others, medianInterval(positions));
+  const size_t step = 2 * ((positions.size() + mostBeatsCompared - 1) / mostBeatsCompared);
+  for (size_t i = first; i + 1 < positions.size(); i += step) {
+    const double interval = positions[i + 1] - positions[i];
+    const auto highest = [&](double place) {
+      return bestPlace(beats, series.length, place, reachBetween * interval).likeness;
+    };
+    likenesses.atBeats.push_back(highest(positions[i]));
+    likenesses.between.push_back(highest(positions[i] + interval / 2));
+  }
+}
+
 class BeatCarrier {
 public:
   BeatCarrier(const BcgSeries& series, const std::vector<double>& positions)
-      : length_(series.length),
-        beats_(series, positions, static_cast<int32_t>(ranked(intervalsOf(positions), 0.5) + 0.5)) {
-    std::vector<double> atBeats;
-    std::vector<double> between;
-    const size_t step = (positions.size() + mostBeatsCompared - 1) / mostBeatsCompared;
-    for (size_t i = 0; i + 1 < positions.size(); i += step) {
-      const double interval = positions[i + 1] - positions[i];
-      atBeats.push_back(best(positions[i], interval).likeness);
-      between.push_back(best(positions[i] + interval / 2, interval).likeness);
-    }
-    const double highest = ranked(between, rankBetween);
-    const double usual = ranked(atBeats, rankAtBeats);
-    standOut_ = usual > highest + leastDistance;
-    limit_ = highest + clearly * (usual - highest);
+      : length_(series.length), beats_(series, positions, medianInterval(positions)) {
+    Likenesses likenesses;
+    compareWithOthers(series, positions, 0, likenesses);
+    compareWithOthers(series, positions, 1, likenesses);
+    const double without = ranked(likenesses.between, rankBetween);
+    const double usual = ranked(likenesses.atBeats, rankAtBeats);
+    standOut_ = usual > without + leastDistance;
+    limit_ = without + clearly * (usual - without);
   }
 
   /// Beats on one side (`step` -1: in front), the nearest first.
@@ -64,7 +100,7 @@ public:
           ranked({intervals.end() - static_cast<std::ptrdiff_t>(std::min(nearestIntervals, intervals.size())),
                   intervals.end()},
                  0.5);
-      const Place place = best(from + step * interval, interval);
+      const Place place = bestPlace(beats_, length_, from + step * interval, reach * interval);
       if (!place.isPeak || place.likeness < limit_) break;
       const auto beat = static_cast<double>(place.sample);
       intervals.push_back(std::abs(beat - from));
@@ -74,20 +110,6 @@ public:
   }
 
 private:
-  /// The place of the highest likeness around `expected`.
-  Place best(double expected, double interval) const {
-    const auto from = std::max<int64_t>(static_cast<int64_t>(expected - reach * interval), 0);
-    const auto to = std::min<int64_t>(static_cast<int64_t>(expected + reach * interval), length_ - 1);
-    Place place;
-    std::vector<double> likenesses;
-    for (int64_t sample = from; sample <= to; ++sample) {
-      likenesses.push_back(beats_.likenessAt(sample));
-      if (likenesses.back() > place.likeness) place = {sample, likenesses.back(), false};
-    }
-    place.isPeak = to > from && place.sample > from && place.sample < to;
-    return place;
-  }
-
   int64_t length_;
   MeanBeats beats_;
   bool standOut_ = false;

@@ -1,5 +1,7 @@
 #include "artifacts/cardiac/KnownPulses.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -22,13 +24,6 @@ struct Rhythm {
   bool isRegular = false;
 };
 
-/// `values` is not empty.
-double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 /// Of the intervals before and behind interval `index`, which runs from beat `index` to the next.
 Rhythm rhythmAround(const std::vector<double>& beats, size_t index) {
   const size_t nrOfIntervals = beats.size() - 1;
@@ -40,8 +35,8 @@ Rhythm rhythmAround(const std::vector<double>& beats, size_t index) {
   std::vector<double> changes;
   for (size_t i = 1; i < intervals.size(); ++i) changes.push_back(std::abs(intervals[i] - intervals[i - 1]));
   Rhythm rhythm;
-  rhythm.interval = median(intervals);
-  rhythm.isRegular = changes.empty() || median(changes) < regularChange * rhythm.interval;
+  rhythm.interval = upperMedian(intervals);
+  rhythm.isRegular = changes.empty() || upperMedian(changes) < regularChange * rhythm.interval;
   return rhythm;
 }
 
@@ -49,7 +44,7 @@ double medianInterval(const std::vector<double>& beats, double shortest) {
   std::vector<double> intervals;
   for (size_t i = 1; i < beats.size(); ++i)
     if (beats[i] - beats[i - 1] >= shortest) intervals.push_back(beats[i] - beats[i - 1]);
-  return intervals.empty() ? shortest : median(intervals);
+  return intervals.empty() ? shortest : upperMedian(intervals);
 }
 
 /// Of beats that are closer than any heart's, the one stays that lies closer to one interval behind the beat

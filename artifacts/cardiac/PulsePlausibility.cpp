@@ -1,6 +1,7 @@
 #include "artifacts/cardiac/PulsePlausibility.h"
 
 #include "artifacts/cardiac/Energy.h"
+#include "dsp/Statistics.h"
 #include "dsp/VectorKernels.h"
 
 #include <algorithm>
@@ -18,13 +19,6 @@ constexpr double offByAThird = 4.0 / 3; // ratio to the median interval
 constexpr double epochHalfLength = 0.4; // of the period: what is between is much the same in all beats
 constexpr double unlike = 0.5;          // of the pulses' median likeness to their average
 constexpr size_t fewestPulses = 3;
-
-double medianOf(std::vector<double> values) {
-  if (values.empty()) return 0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 /// The lag with the largest sum of the stretches' normalised correlations; 0 when there is none.
 double periodOf(const double* channel, int64_t length, float rate) {
@@ -51,14 +45,14 @@ int32_t commonPeriod(const BcgSeries& series) {
     const double period = periodOf(series.channels[c].data(), series.length, series.rate);
     if (period > 0) periods.push_back(period);
   }
-  return static_cast<int32_t>(medianOf(std::move(periods)));
+  return static_cast<int32_t>(upperMedian(periods));
 }
 
 void measureIntervals(const std::vector<double>& pulses, PulsePlausibility& result) {
   if (pulses.size() < 2) return;
   std::vector<double> intervals;
   for (size_t i = 1; i < pulses.size(); ++i) intervals.push_back(pulses[i] - pulses[i - 1]);
-  result.medianInterval = medianOf(intervals);
+  result.medianInterval = upperMedian(intervals);
   result.meanInterval = (pulses.back() - pulses.front()) / static_cast<double>(intervals.size());
   double nrOfOff = 0;
   for (size_t i = 0; i < intervals.size(); ++i) {
@@ -114,11 +108,11 @@ void measureLikeness(const BcgSeries& series, const std::vector<double>& pulses,
     shares.push_back(likeness.commonShare);
     for (size_t i = 0; i < starts.size(); ++i) ofPulse[i].push_back(likeness.toAverage[i]);
   }
-  result.commonShare = std::clamp(medianOf(std::move(shares)), 0.0, 1.0);
+  result.commonShare = std::clamp(upperMedian(shares), 0.0, 1.0);
   std::vector<double> likenesses;
   likenesses.reserve(ofPulse.size());
-  for (std::vector<double>& channels : ofPulse) likenesses.push_back(medianOf(std::move(channels)));
-  const double limit = unlike * medianOf(likenesses);
+  for (const std::vector<double>& channels : ofPulse) likenesses.push_back(upperMedian(channels));
+  const double limit = unlike * upperMedian(likenesses);
   const auto nrOfUnlike = std::count_if(likenesses.begin(), likenesses.end(),
                                         [limit](double likeness) { return likeness < limit; });
   result.unlikePulses = static_cast<double>(nrOfUnlike) / static_cast<double>(likenesses.size());

@@ -4,6 +4,7 @@
 #include "artifacts/cardiac/SpacedPeaks.h"
 #include "artifacts/cardiac/SteadyLines.h"
 #include "artifacts/cardiac/ZeroPhaseBand.h"
+#include "dsp/Statistics.h"
 #include "dsp/VectorKernels.h"
 
 #include <algorithm>
@@ -38,18 +39,11 @@ constexpr double smallestDistance = 0.4;   // of the median interval, between be
 constexpr int nrOfRefinements = 3;
 constexpr double rounding = 1e-9; // what filters leave of a constant, and more
 
-double medianOf(std::vector<double> values) {
-  if (values.empty()) return 0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 double medianInterval(const std::vector<Peak>& beats) {
   std::vector<double> intervals;
   for (size_t i = 1; i < beats.size(); ++i)
     intervals.push_back(static_cast<double>(beats[i].at - beats[i - 1].at));
-  return medianOf(std::move(intervals));
+  return upperMedian(intervals);
 }
 
 /// Where between the neighbouring samples the parabola through three values is highest.
@@ -121,7 +115,7 @@ private:
     std::vector<double> noise;
     for (const Peak& peak : all)
       if (peak.height < noiseBelow * usual.at(peak.at)) noise.push_back(peak.height / usual.at(peak.at));
-    const double noiseHeight = medianOf(std::move(noise));
+    const double noiseHeight = upperMedian(noise);
     const double least = noiseHeight + threshold * (1 - noiseHeight);
     std::vector<Peak> peaks;
     for (const Peak& peak : all) {
@@ -229,7 +223,7 @@ private:
   double offsetFromEnergy() const {
     std::vector<double> offsets;
     for (const Peak& beat : matched_) offsets.push_back(static_cast<double>(beat.at) - energyPeakNear(beat));
-    return medianOf(std::move(offsets));
+    return upperMedian(offsets);
   }
 
   /// 1 for a beat that is the average complex.
@@ -264,7 +258,7 @@ private:
   std::vector<double> positions() const {
     std::vector<double> likenesses;
     for (const Peak& beat : matched_) likenesses.push_back(relativeLikeness(beat));
-    const double leastLikeness = otherShapeLikeness * medianOf(std::move(likenesses));
+    const double leastLikeness = otherShapeLikeness * upperMedian(likenesses);
     const double offset = offsetFromEnergy();
     std::vector<double> places = others_;
     for (const Peak& beat : matched_) places.push_back(placeOf(beat, leastLikeness, offset));

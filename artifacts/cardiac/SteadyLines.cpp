@@ -1,5 +1,6 @@
 #include "artifacts/cardiac/SteadyLines.h"
 
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <algorithm>
@@ -37,8 +38,8 @@ std::vector<double> withoutSteadyLines(std::span<const double> samples, double r
   const auto log2Length = static_cast<int32_t>(std::countr_zero(length));
   std::vector<double> spectrum(length, 0.0);
   std::copy(samples.begin(), samples.end(), spectrum.begin());
-  initFFTTables();
-  realFFTForward(spectrum.data(), log2Length);
+  FFTWorkspace workspace;
+  realFFTForward(spectrum.data(), log2Length, workspace);
 
   const auto binsPerHz = static_cast<double>(length) / rate;
   const auto blockLength = std::max<size_t>(static_cast<size_t>(blockHz * binsPerHz), 1);
@@ -56,7 +57,7 @@ std::vector<double> withoutSteadyLines(std::span<const double> samples, double r
     spectrum[2 * bin] *= limit / magnitude;
     spectrum[2 * bin + 1] *= limit / magnitude;
   }
-  realFFTInverse(spectrum.data(), log2Length);
+  realFFTInverse(spectrum.data(), log2Length, workspace);
   const double scale = 2 / static_cast<double>(length);
   for (size_t i = 0; i < result.size(); ++i) result[i] = spectrum[i] * scale;
   return result;

@@ -4,6 +4,7 @@
 #include "artifacts/gradient/FirstTrigger.h"
 #include "artifacts/gradient/QuietRuns.h"
 #include "artifacts/gradient/SliceCounts.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FrequencyFilter.h"
 
 #include <algorithm>
@@ -16,21 +17,21 @@ namespace emeg {
 namespace {
 
 void filterAt100Hz(std::vector<double>& signal, int64_t nrOfSamples, EdgeKind kind, double samplingFrequency,
-                   int32_t log2FftLength) {
+                   int32_t log2FftLength, FFTWorkspace& workspace) {
   FilterStageList stages;
   stages.addFilterStage(kind, 200 / samplingFrequency, 5.0);
-  filterSignalFFT(signal.data(), nrOfSamples, makeFilterResponse(stages, log2FftLength));
+  filterSignalFFT(signal.data(), nrOfSamples, makeFilterResponse(stages, log2FftLength), workspace);
 }
 
 /// Magnitude of the activity above 100 Hz, smoothed below 100 Hz.
-std::vector<double> bandEnvelope(const SplinedSignal& signal, double samplingFrequency,
-                                 int32_t log2FftLength) {
+std::vector<double> bandEnvelope(const SplinedSignal& signal, double samplingFrequency, int32_t log2FftLength,
+                                 FFTWorkspace& workspace) {
   const int64_t n = signal.nrOfSamples;
   std::vector<double> work(size_t{1} << log2FftLength, 0.0);
   std::copy(signal.y, signal.y + n, work.begin());
-  filterAt100Hz(work, n, EdgeKind::HighPass, samplingFrequency, log2FftLength);
+  filterAt100Hz(work, n, EdgeKind::HighPass, samplingFrequency, log2FftLength, workspace);
   for (int64_t i = 0; i < n; ++i) work[static_cast<size_t>(i)] = std::fabs(work[static_cast<size_t>(i)]);
-  filterAt100Hz(work, n, EdgeKind::LowPass, samplingFrequency, log2FftLength);
+  filterAt100Hz(work, n, EdgeKind::LowPass, samplingFrequency, log2FftLength, workspace);
   return work;
 }
 
@@ -95,7 +96,7 @@ int32_t windowHalfLengthOf(const MRSequence& sequence, int32_t slices) {
 }
 
 MRSequence detectMRSequence(const SplinedSignal& signal, double samplingFrequency, int32_t log2FftLength,
-                            const LogLine& log) {
+                            FFTWorkspace& workspace, const LogLine& log) {
   const double fs = samplingFrequency;
   log("Automatic detection of MR sequence parameters");
 
@@ -104,7 +105,7 @@ MRSequence detectMRSequence(const SplinedSignal& signal, double samplingFrequenc
       static_cast<int64_t>(std::min(std::floor(0.01 * fs), static_cast<double>(signal.nrOfSamples)));
   std::vector<QuietRun> runs;
   {
-    const std::vector<double> envelope = bandEnvelope(signal, fs, log2FftLength);
+    const std::vector<double> envelope = bandEnvelope(signal, fs, log2FftLength, workspace);
     const double envelopeThreshold = envelopeThresholdOf(envelope.data(), signal.nrOfSamples);
     runs = findQuietRuns(envelope.data(), signal.nrOfSamples, envelopeThreshold, minimalQuietLength);
   }

@@ -7,6 +7,8 @@
 
 namespace emeg {
 
+class FFTWorkspace;
+
 /// Timing of the scanner's acquisition as it shows in the recording.
 struct MRSequence {
   int32_t nrOfVolumes = 0;
@@ -40,6 +42,6 @@ int32_t windowHalfLengthOf(const MRSequence& sequence, int32_t slices);
 /// Methods in the spirit of Allen, Josephs, Turner: A method for removing imaging artifact from continuous
 /// EEG recorded during functional MRI, NeuroImage 12 (2000), without their trigger channel.
 MRSequence detectMRSequence(const SplinedSignal& signal, double samplingFrequency, int32_t log2FftLength,
-                            const LogLine& log);
+                            FFTWorkspace& workspace, const LogLine& log);
 
 } // namespace emeg

@@ -15,7 +15,7 @@ namespace {
 /// What the answers ask for, as the engine takes it.
 RunPlan planOf(const LMTRPluginEMEGFileConverter& c) {
   RunPlan plan;
-  plan.method = asThePluginDoes;
+  plan.method = c.method;
   plan.samplingFrequency = c.values.samplingFrequency;
   plan.samplingInterval = c.values.samplingInterval;
   for (int32_t channel = 0; channel < c.selection.nrOfSelectedChannels; ++channel)
@@ -51,16 +51,16 @@ bool LMTRPluginEMEGFileConverter::processChannels() {
       std::count_if(selection.selectedChannels.begin(), selection.selectedChannels.end(),
                     [&, channel = 0](int32_t) mutable { return roleOf(channel++).takesPartInPulses; });
   QuietRunsTiming timing;
-  BlindBeats beats(asThePluginDoes, static_cast<int>(nrOfPulseChannels));
-  return correctChannels(timing, beats);
+  BlindBeats blindBeats(method, static_cast<int>(nrOfPulseChannels));
+  return correctChannels(timing, blindBeats);
 }
 
-bool LMTRPluginEMEGFileConverter::correctChannels(TimingStrategy& timing, BeatStrategy& beats) {
+bool LMTRPluginEMEGFileConverter::correctChannels(TimingStrategy& timing, BeatStrategy& beatStrategy) {
   if (!switches.correctionNeeded) return true;
   RunObserver observer(*this);
   ChunkStore store(chunkFiles);
   try {
-    WholeChannelCorrection correction(planOf(*this), store, timing, &beats, observer);
+    WholeChannelCorrection correction(planOf(*this), store, timing, &beatStrategy, observer);
     if (switches.correctGradient || switches.correctBCG) {
       protocolList.timeFactor = microsecondsPerSecond;
       protocolList.append(makeTriggerProtocol());

@@ -62,6 +62,7 @@ void RunObserver::heartPeriodFound(double beatsPerMinute) {
 }
 
 void RunObserver::beatsFound(const FoundBeats& beats, float rate) {
+  c_.beats = beats;
   c_.log.logProgress("Writing heart pulse triggers");
   const double sampleIntervalUs = static_cast<double>(1 / rate) * c_.protocolList.timeFactor;
   addHeartPulseMarkers(c_.protocolList.current(), beats.positions, sampleIntervalUs, intervalStartUs());

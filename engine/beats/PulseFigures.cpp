@@ -1,17 +1,13 @@
 #include "engine/beats/PulseFigures.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
-#include <cmath>
+#include <span>
 
 namespace emeg {
 
 namespace {
-
-double rmsOf(const std::vector<double>& values) {
-  double squares = 0;
-  for (const double value : values) squares += value * value;
-  return values.empty() ? 0 : std::sqrt(squares / static_cast<double>(values.size()));
-}
 
 /// The mean waveform from every pulse on for the length of the shortest interval, without its own mean.
 double beatRmsOf(const std::vector<double>& signal, const std::vector<double>& pulses, int64_t length) {
@@ -29,7 +25,7 @@ double beatRmsOf(const std::vector<double>& signal, const std::vector<double>& p
   double level = 0;
   for (const double value : mean) level += value / static_cast<double>(width);
   for (double& value : mean) value -= level;
-  return rmsOf(mean);
+  return rootMeanSquare(mean);
 }
 
 } // namespace
@@ -40,11 +36,11 @@ PulseChannelFigures measurePulseFigures(const std::vector<double>& series,
   PulseChannelFigures figures;
   if (pulsePositions.size() < 2) return figures;
   const auto first = static_cast<int64_t>(pulsePositions.front());
-  const auto last = std::min(static_cast<int64_t>(pulsePositions.back()), length);
+  const auto last = std::max(first, std::min(static_cast<int64_t>(pulsePositions.back()), length));
   std::vector<double> left(series.size(), 0.0);
   for (size_t i = 0; i < left.size() && i < estimate.size(); ++i) left[i] = series[i] - estimate[i];
-  figures.rmsBefore = rmsOf({series.begin() + first, series.begin() + last});
-  figures.rmsAfter = rmsOf({left.begin() + first, left.begin() + last});
+  figures.rmsBefore = rootMeanSquare(std::span<const double>(series.begin() + first, series.begin() + last));
+  figures.rmsAfter = rootMeanSquare(std::span<const double>(left.begin() + first, left.begin() + last));
   figures.beatRmsBefore = beatRmsOf(series, pulsePositions, length);
   figures.beatRmsAfter = beatRmsOf(left, pulsePositions, length);
   return figures;

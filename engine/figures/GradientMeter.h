@@ -32,7 +32,7 @@ struct MeteredCorrection {
 ///
 /// Memory: that of VolumeAverage and WelchSpectrum, twice per channel, within the scan that is being passed
 /// (5 kHz and 2 s volumes, corrected to the same rate: about 0.6 MB per channel); behind it and before it
-/// some 20 KB per scan, channel and hour. Shared by all channels: about 1 MB per scan at that rate.
+/// some 50 KB per scan, channel and hour. Shared by all channels: about 1 MB per scan at that rate.
 class GradientMeter {
 public:
   explicit GradientMeter(MeteredCorrection correction);

@@ -100,8 +100,8 @@ void VolumeAverage::summarise() {
   volumeLocked_ = volumeLockedNow();
   drift_ = driftNow();
   isSummarised_ = true;
-  pairSums_ = {};
-  partSums_ = {};
+  pairSums_ = std::vector<double>(); // braces alone would keep the memory
+  partSums_ = std::vector<double>();
 }
 
 /// A phase that no sample meets repeats the one before it.

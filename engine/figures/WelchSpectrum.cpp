@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <mutex>
 #include <numbers>
 
 namespace emeg {
@@ -23,15 +22,6 @@ std::vector<double> hannWindow(size_t length) {
     window[i] =
         0.5 - 0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(length));
   return window;
-}
-
-/// The one place where a window is transformed. The transform's tables are shared by the whole process.
-void transformInPlace(std::vector<double>& window, int32_t log2Length) {
-  static std::mutex oneAtATime;
-  const std::lock_guard lock(oneAtATime);
-  initFFTTables();
-  makeCosineTable(log2Length);
-  realFFTForward(window.data(), log2Length);
 }
 
 float asFloat(double sample) {
@@ -107,7 +97,7 @@ void WelchSpectrum::collect(std::span<const double> samples) {
 void WelchSpectrum::beginNextWindow(int64_t start) {
   ++window_;
   if (window_ == windows_->count()) {
-    pending_ = {};
+    pending_ = std::vector<float>(); // braces alone would keep the memory
     return;
   }
   const int64_t gone = windows_->startOf(window_) - start;
@@ -126,7 +116,7 @@ void WelchSpectrum::transform(std::span<const Value> samples, FigureWorkspace& w
   }
   for (size_t i = 0; i < samples.size(); ++i)
     window[i] = std::isfinite(window[i]) ? (window[i] - mean) * windows_->hann()[i] : 0;
-  transformInPlace(window, windows_->log2Length());
+  realFFTForward(window.data(), windows_->log2Length(), workspace.fft);
   for (size_t k = 1; k < powers_.size(); ++k)
     powers_[k] += windows_->scale() * (window[2 * k] * window[2 * k] + window[2 * k + 1] * window[2 * k + 1]);
 }

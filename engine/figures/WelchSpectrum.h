@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dsp/FFTWorkspace.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -15,6 +17,7 @@ struct PowerSpectrum {
 /// What transforms work in. One per thread.
 struct FigureWorkspace {
   std::vector<double> window;
+  FFTWorkspace fft;
 };
 
 /// Where the windows of a spectrum lie in a recording: Welch's method with Hann windows of about eight

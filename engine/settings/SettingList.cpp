@@ -46,7 +46,7 @@ std::vector<Setting> makeList() {
       {"window", "WindowHalfLengthSlices", Integer, correction, "N", "slices", window,
        "Half-length of the averaging window", 1, 1000},
       {"line-noise", "LineNoiseFrequencies", Numbers, correction, "HZ,HZ", "Hz", none,
-       "Remove a sinusoid of constant frequency, amplitude and phase from every channel"},
+       "Remove a sinusoid of this frequency, whose amplitude and phase may change slowly, from every channel"},
       {"repair-saturation", "RepairSaturation", Flag, correction, "", "", "",
        "Replace samples at the limits of the file's integers by a spline through the others"},
       {"as-plugin", "AsPlugin", Flag, correction, "", "", "",

@@ -12,7 +12,7 @@ namespace {
 void findSequence(StageRun& run, const SplinedSignal& channel) {
   const RunPlan& plan = run.plan;
   const std::optional<MRSequence> found =
-      run.timing.find({channel, plan.samplingFrequency, plan.log2FftLength}, run.observer);
+      run.timing.find({channel, plan.samplingFrequency, plan.log2FftLength, run.work.fft}, run.observer);
   if (!found) return;
   run.observer.sequenceFound(*found);
   const double slicesPerSecond = found->nrOfSlicesPerVolume / found->volumeDuration;

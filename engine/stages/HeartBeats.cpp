@@ -11,7 +11,7 @@ namespace {
 /// Leaves the current channel low-passed.
 void reduceForBeats(StageRun& run, std::vector<double>& series) {
   double* const signal = run.signal();
-  filterSignalFFT(signal, run.plan.nrOfSamples, run.shared.bcgLowPassFilter);
+  filterSignalFFT(signal, run.plan.nrOfSamples, run.shared.bcgLowPassFilter, run.work.fft);
   for (int64_t k = 0, j = 0; j < run.plan.nrOfSamples; ++k, j += run.shared.bcgStep)
     series[static_cast<size_t>(k)] = static_cast<double>(static_cast<float>(signal[j]));
 }

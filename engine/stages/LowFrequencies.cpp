@@ -38,7 +38,7 @@ void splitOffLowFrequencies(StageRun& run) {
     if (!run.stretch->plan.scans.empty()) splitStretch(*run.stretch);
     return;
   }
-  filterSignalFFT(run.signal(), run.plan.nrOfSamples, run.shared.artifactHighPassFilter);
+  filterSignalFFT(run.signal(), run.plan.nrOfSamples, run.shared.artifactHighPassFilter, run.work.fft);
   if (run.removesBeats())
     keepLowFrequencyRest(run);
   else

@@ -43,7 +43,7 @@ void sumReferenceOfStretch(StageRun& run) {
 
 void filterOutput(StageRun& run) {
   if (run.stretch != nullptr) return filterStretch(*run.stretch);
-  filterSignalFFT(run.signal(), run.plan.nrOfSamples, run.shared.outputFilter);
+  filterSignalFFT(run.signal(), run.plan.nrOfSamples, run.shared.outputFilter, run.work.fft);
 }
 
 void takeOutputSamples(StageRun& run) {

@@ -16,20 +16,6 @@ void BoundsSink::take(int64_t count, std::span<const double> values) {
   isFirst_ = false;
 }
 
-void InPlaceSink::take(int64_t count, std::span<const double> values) {
-  flush();
-  pending_.assign(values.begin(), values.end());
-  pendingLength_ = static_cast<size_t>(count);
-}
-
-void InPlaceSink::flush() {
-  for (size_t c = 0; c < nrOfChannels_ && pendingLength_ > 0; ++c)
-    store_.write(static_cast<int>(c), written_,
-                 std::span<const float>(pending_).subspan(c * pendingLength_, pendingLength_));
-  written_ += static_cast<int64_t>(pendingLength_);
-  pendingLength_ = 0;
-}
-
 void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double> factors,
                 CorrectedSink& sink) {
   constexpr int64_t valuesOfBlock = int64_t{1} << 22;

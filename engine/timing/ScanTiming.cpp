@@ -4,7 +4,6 @@
 #include "artifacts/gradient/TemplateRemoval.h"
 #include "artifacts/gradient/timing/SegmentRemoval.h"
 #include "dsp/FrequencyFilter.h"
-#include "dsp/RealFFT.h"
 #include "engine/figures/GradientMeter.h"
 
 #include <algorithm>
@@ -30,11 +29,12 @@ MRSequence sequenceFromQuiet(std::vector<double> channel, double samplingFrequen
   stages.addFilterStage(EdgeKind::HighPass, artifactHighPassHz * 2 / samplingFrequency, splitOrder);
   const FilterResponse highPass = makeFilterResponse(stages, log2Length);
   channel.resize(size_t{1} << log2Length);
-  filterSignalFFT(channel.data(), n, highPass);
+  FFTWorkspace workspace;
+  filterSignalFFT(channel.data(), n, highPass, workspace);
   std::vector<double> b(static_cast<size_t>(n)), c(b.size()), d(b.size());
   computeSplineCoefficients(channel.data(), b.data(), c.data(), d.data(), n);
   return detectMRSequence({channel.data(), b.data(), c.data(), d.data(), n}, samplingFrequency, log2Length,
-                          [&observer](const std::string& line) { observer.detail(line); });
+                          workspace, [&observer](const std::string& line) { observer.detail(line); });
 }
 
 FoundScan foundScanOf(const ScanSegment& segment, double samplingFrequency, int slices, bool volumeWise) {

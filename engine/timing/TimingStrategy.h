@@ -2,6 +2,7 @@
 
 #include "artifacts/gradient/SequenceDetection.h"
 #include "artifacts/gradient/SplinedSignal.h"
+#include "dsp/FFTWorkspace.h"
 #include "engine/Observer.h"
 
 #include <cstdint>
@@ -14,6 +15,7 @@ struct TimingQuestion {
   const SplinedSignal& channel; ///< above 1 Hz
   double samplingFrequency = 0;
   int32_t log2FftLength = 0;
+  FFTWorkspace& workspace;
 };
 
 /// A way to the scanner's timing in one channel.

@@ -4,10 +4,14 @@
 #include "files/formats/ProtocolFile.h"
 #include "plugin/bridge/HostFunctions.h"
 
+#include <cerrno>
+
 namespace emeg {
 
 namespace {
 constexpr float longestDelayMs = 3000;
+constexpr const char* cannotOpen = "Error accessing PRT file.";
+constexpr const char* cannotWrite = "Error writing file: ";
 } // namespace
 
 bool LMTRPluginEMEGFileConverter::writeProtocols() {
@@ -21,7 +25,7 @@ bool LMTRPluginEMEGFileConverter::writeProtocols() {
 bool LMTRPluginEMEGFileConverter::writeProtocol(Protocol& protocol) {
   const std::string path = outputPathBuffer.withEnding(values.outputSuffix + protocol.name + ".prt");
   OutputFile file;
-  if (!file.create(path)) return reportFileError("Error accessing PRT file.");
+  if (!file.create(path)) return reportFileError(cannotOpen);
 
   assignMissingColours(protocol);
   const float startUs = values.intervalStartMs * 1000.0f;
@@ -37,7 +41,9 @@ bool LMTRPluginEMEGFileConverter::writeProtocol(Protocol& protocol) {
   const std::string text =
       formatProtocol(protocol, inputPathBuffer.path(),
                      timeFactorOf(protocol.resolutionOfTime, values.samplingFrequency), labels, delaysUs);
-  if (!file.write(text.data(), text.size()) || !file.commit()) return reportFileError("Error writing file: ");
+  if (!file.write(text.data(), text.size())) return reportFileError(cannotWrite);
+  // A name too long for the file system shows only here: the unfinished file's name is cut to what fits.
+  if (!file.commit()) return reportFileError(errno == ENAMETOOLONG ? cannotOpen : cannotWrite);
   if (protocol.name.empty()) channels.channelDescription.header.setPrtFileName(namePartOf(path));
   return true;
 }

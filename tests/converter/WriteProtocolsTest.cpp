@@ -231,6 +231,14 @@ TEST_F(WriteProtocols, AFileThatCannotBeCreatedIsReported) {
   EXPECT_EQ(host.boxes(), Lines{"Error accessing PRT file.<br>Is a directory."});
 }
 
+TEST_F(WriteProtocols, ANameTooLongForTheFileSystemIsReportedLikeAnyFileThatCannotBeCreated) {
+  converter.outputPathBuffer = PathBuffer(folder.path(std::string(240, 'n') + ".ctc"));
+  add("_ArtifactsTriggers");
+  EXPECT_FALSE(converter.writeProtocols());
+  EXPECT_EQ(host.boxes(), Lines{"Error accessing PRT file.<br>Filename too long."});
+  EXPECT_TRUE(folder.names().empty());
+}
+
 /// A protocol beside the input comes out of a run with the numbers that it went in with.
 struct ProtocolRoundTrip : ::testing::TestWithParam<const char*> {};
 

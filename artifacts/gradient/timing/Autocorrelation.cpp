@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/Autocorrelation.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <algorithm>
@@ -75,14 +76,14 @@ Autocorrelation::Autocorrelation(std::span<const double> signal, int64_t largest
   const int64_t lastLag = largestLag_ + interpolationReach;
   values_.assign(static_cast<size_t>(lastLag + 1), 0.0);
   if (n == 0) return;
-  initFFTTables();
   int32_t log2n = 5;
   while ((int64_t{1} << log2n) < n + lastLag + 1) ++log2n;
   std::vector<double> work(size_t{1} << log2n, 0.0);
   std::copy(signal.begin(), signal.end(), work.begin());
-  realFFTForward(work.data(), log2n);
+  FFTWorkspace workspace;
+  realFFTForward(work.data(), log2n, workspace);
   squareMagnitudes(work);
-  realFFTInverse(work.data(), log2n);
+  realFFTInverse(work.data(), log2n, workspace);
   const double scale = 2 / static_cast<double>(work.size());
 
   const OverlapEnergies energies(signal);

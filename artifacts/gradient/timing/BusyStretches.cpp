@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/BusyStretches.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -13,12 +15,6 @@ constexpr double busyPercentile = 0.98;
 constexpr double contrastOfScans = 3;   // busy to quiet; below, there is no quiet
 constexpr double deepestQuiet = 1e-3;   // of the busy level
 constexpr size_t mostPartsOfVolume = 3; // labelling, preparation, readout
-
-double percentile(std::vector<double> values, double share) {
-  const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
-  std::nth_element(values.begin(), rank, values.end());
-  return *rank;
-}
 
 /// How many stretches from the first one on repeat themselves after so many parts of a volume; 1 when fewer
 /// than three volumes do.
@@ -53,9 +49,9 @@ std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double
     activity.push_back(sum / static_cast<double>(end - begin));
   }
   if (activity.empty()) return {};
-  const double busy = percentile(activity, busyPercentile);
+  const double busy = lowerPercentile(activity, busyPercentile);
   if (!(busy > 0)) return {};
-  const double quiet = std::max(percentile(activity, quietPercentile), deepestQuiet * busy);
+  const double quiet = std::max(lowerPercentile(activity, quietPercentile), deepestQuiet * busy);
   const double threshold = busy / quiet < contrastOfScans ? 0 : std::sqrt(busy * quiet);
 
   std::vector<SampleRange> stretches;

@@ -3,9 +3,11 @@
 #include "artifacts/gradient/timing/Autocorrelation.h"
 #include "artifacts/gradient/timing/BandLimitedShift.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <vector>
 
 namespace emeg {
@@ -17,12 +19,6 @@ constexpr double longestPeriod = 20;              // seconds
 constexpr double noiseFloor = 0.01;               // of the mean power, in what an average leaves
 constexpr double leastUnitCorrelation = 0.01;
 constexpr double unitDeviations = 8;
-
-double percentile(std::vector<double> values, double share) {
-  const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
-  std::nth_element(values.begin(), rank, values.end());
-  return *rank;
-}
 
 /// At most so many repeats, from the middle.
 RepeatRange middleOf(RepeatRange range, int64_t count) {
@@ -81,7 +77,7 @@ double limitOf(const std::vector<double>& contrast) {
   std::vector<double> distances;
   for (size_t k = 2; k + 1 < contrast.size(); ++k) distances.push_back(std::fabs(contrast[k]));
   if (distances.empty()) return 1;
-  return std::max(unitDeviations * 3.139 * percentile(distances, 0.25), leastUnitCorrelation);
+  return std::max(unitDeviations * 3.139 * lowerPercentile(distances, 0.25), leastUnitCorrelation);
 }
 
 /// The first index whose value stands out (about) as much as any; 1 when none does.
@@ -102,7 +98,7 @@ std::vector<double> smoothed(const std::vector<double>& gains) {
   for (int64_t i = 0; i < n; ++i) {
     const auto from = gains.begin() + std::max<int64_t>(0, i - reach);
     const auto to = gains.begin() + std::min(n, i + reach + 1);
-    result.push_back(percentile(std::vector<double>(from, to), 0.5));
+    result.push_back(lowerPercentile(std::span<const double>(from, to), 0.5));
   }
   return result;
 }

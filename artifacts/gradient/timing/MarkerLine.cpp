@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/MarkerTiming.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -101,9 +103,7 @@ void refit(const std::vector<IndexedMarker>& members, MarkerLine& line) {
     return std::fabs(m.position - line.onset - line.interval * static_cast<double>(m.repeat));
   };
   for (const IndexedMarker& member : members) distances.push_back(distanceOf(member));
-  const auto middle = distances.begin() + static_cast<int64_t>(distances.size() / 2);
-  std::nth_element(distances.begin(), middle, distances.end());
-  const double limit = std::max(4 * *middle, 1.0);
+  const double limit = std::max(4 * upperMedianReordering(distances), 1.0);
   GrowingLine growing;
   for (const IndexedMarker& member : members)
     if (distanceOf(member) <= limit) growing.add(member);

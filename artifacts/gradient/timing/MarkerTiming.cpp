@@ -2,6 +2,7 @@
 
 #include "artifacts/gradient/timing/ChannelPoll.h"
 #include "artifacts/gradient/timing/ScanSearch.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,10 +36,10 @@ double sliceDurationOf(const std::vector<double>& sorted) {
   std::sort(lines.begin(), lines.end(),
             [](const MarkerLine& a, const MarkerLine& b) { return a.nrOfMarkers > b.nrOfMarkers; });
   lines.resize(std::max<size_t>(1, lines.size() / 2));
-  const auto middle = lines.begin() + static_cast<int64_t>(lines.size() / 2);
-  std::nth_element(lines.begin(), middle, lines.end(),
-                   [](const MarkerLine& a, const MarkerLine& b) { return a.interval < b.interval; });
-  return middle->interval;
+  std::vector<double> intervals;
+  intervals.reserve(lines.size());
+  for (const MarkerLine& line : lines) intervals.push_back(line.interval);
+  return upperMedianReordering(intervals);
 }
 
 std::vector<double> usableMarkers(std::span<const double> markers, int64_t nrOfSamples) {
@@ -150,8 +151,7 @@ void moveToMarkers(ScanSegment& scan, const std::vector<double>& sorted) {
     std::vector<double> around;
     around.reserve(distances.size());
     for (const double distance : distances) around.push_back(from(distance, place));
-    std::nth_element(around.begin(), around.begin() + static_cast<int64_t>(around.size() / 2), around.end());
-    place += around[around.size() / 2];
+    place += upperMedianReordering(around);
   }
   scan.firstVolumeOnset += from(place, 0);
 }

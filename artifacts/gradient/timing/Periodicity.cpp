@@ -4,6 +4,7 @@
 #include "artifacts/gradient/timing/BandLimitedShift.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 #include "artifacts/gradient/timing/SlicesInARow.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,12 +32,6 @@ constexpr double partReach = 0.45;   // of the part, on either side
 constexpr double besideAPeak = 0.01; // seconds
 constexpr double leastContrast = 0.002;
 constexpr int mostSlicesTried = 3;
-
-double percentile(std::vector<double> values, double share) {
-  const auto rank = values.begin() + static_cast<int64_t>(share * static_cast<double>(values.size() - 1));
-  std::nth_element(values.begin(), rank, values.end());
-  return *rank;
-}
 
 /// A sinusoid of the mains repeats itself like a very short slice.
 bool isTone(double period, double samplingFrequency) {
@@ -190,7 +185,7 @@ SampleRange longestRepeatingStretch(std::span<const double> sharpened, double pe
     similarity.push_back(energy > 0 ? sums.cross / energy : 0);
   }
   if (similarity.empty()) return {};
-  const double threshold = std::max(0.6 * percentile(similarity, 0.9), leastCorrelation);
+  const double threshold = std::max(0.6 * lowerPercentile(similarity, 0.9), leastCorrelation);
 
   SampleRange longest;
   for (size_t k = 0; k < similarity.size(); ++k) {

@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/Repeats.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,13 +16,6 @@ constexpr double leastSimilarity = 0.9;    // of the median
 constexpr double largestDeviation = 4.5;   // robust standard deviations from the line
 constexpr double smallestDeviation = 1e-3; // samples; what lies closer is never left out
 constexpr double slopeStep = 0.1;          // samples
-
-double medianOf(std::vector<double> values) {
-  if (values.empty()) return 0;
-  const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 struct Line {
   double offset = 0;
@@ -54,7 +48,7 @@ Line robustLine(const std::vector<double>& y, std::vector<bool>& used) {
     std::vector<double> distances;
     for (size_t i = 0; i < y.size(); ++i)
       if (used[i]) distances.push_back(std::fabs(y[i] - line.offset - line.slope * static_cast<double>(i)));
-    const double limit = std::max(largestDeviation * 1.4826 * medianOf(distances), smallestDeviation);
+    const double limit = std::max(largestDeviation * 1.4826 * upperMedian(distances), smallestDeviation);
     for (size_t i = 0; i < y.size(); ++i)
       if (std::fabs(y[i] - line.offset - line.slope * static_cast<double>(i)) > limit) used[i] = false;
     line = lineThrough(y, used);
@@ -72,7 +66,7 @@ void alignOnce(std::span<const double> signal, FittedRepeats& fit) {
     delays.push_back(repeat.delay);
     similarities.push_back(repeat.similarity);
   }
-  fit.similarity = medianOf(similarities);
+  fit.similarity = upperMedian(similarities);
   fit.used.assign(delays.size(), false);
   for (size_t i = 0; i < delays.size(); ++i)
     fit.used[i] = similarities[i] > leastSimilarity * fit.similarity && std::fabs(delays[i]) < 2;

@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/ScanDetection.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -92,9 +94,7 @@ double medianOf(const Votes& votes, Value valueOf) {
   std::vector<double> values;
   values.reserve(votes.size());
   for (const Vote& vote : votes) values.push_back(valueOf(*vote.scan));
-  std::sort(values.begin(), values.end());
-  const size_t n = values.size();
-  return (values[(n - 1) / 2] + values[n / 2]) / 2;
+  return median(values);
 }
 
 template <typename Is>

@@ -1,7 +1,9 @@
 #include "artifacts/gradient/timing/ScannerBand.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -39,17 +41,16 @@ public:
       const double frequency = static_cast<double>(k) * step;
       counts_.push_back(frequency >= lowest && !isOfMains(frequency, width));
     }
-    initFFTTables();
   }
 
-  double of(std::span<const double> volume) const {
+  double of(std::span<const double> volume) {
     std::vector<double> work(size_t{1} << log2n_, 0.0);
     for (int64_t i = 0; i < length_; ++i) {
       const double phase =
           2 * std::numbers::pi * (static_cast<double>(i) + 0.5) / static_cast<double>(length_);
       work[static_cast<size_t>(i)] = volume[static_cast<size_t>(i)] * (1 - std::cos(phase)) / 2;
     }
-    realFFTForward(work.data(), log2n_);
+    realFFTForward(work.data(), log2n_, workspace_);
     double power = 0;
     for (size_t k = 1; k < counts_.size(); ++k)
       if (counts_[k]) power += work[2 * k] * work[2 * k] + work[2 * k + 1] * work[2 * k + 1];
@@ -60,6 +61,7 @@ private:
   int64_t length_;
   int32_t log2n_ = 5;
   std::vector<bool> counts_;
+  FFTWorkspace workspace_;
 };
 
 } // namespace
@@ -78,7 +80,7 @@ double explainedInScannerBand(std::span<const double> sharpened, double sampling
     for (size_t t = 0; t < average.size(); ++t)
       average[t] += repeats.back()[t] / static_cast<double>(volumes);
   }
-  const BandPower bandPower(samplingFrequency, length);
+  BandPower bandPower(samplingFrequency, length);
   // Medians: a spike or a dropout is in one volume.
   std::vector<double> all, rest;
   for (std::vector<double>& repeat : repeats) {
@@ -86,14 +88,9 @@ double explainedInScannerBand(std::span<const double> sharpened, double sampling
     for (size_t t = 0; t < average.size(); ++t) repeat[t] -= average[t];
     rest.push_back(bandPower.of(repeat));
   }
-  const auto medianOf = [](std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-  };
-  const double power = medianOf(all);
+  const double power = upperMedian(all);
   const auto count = static_cast<double>(volumes);
-  return power > 0 ? 1 - medianOf(rest) / power * count / (count - 1) : 0;
+  return power > 0 ? 1 - upperMedian(rest) / power * count / (count - 1) : 0;
 }
 
 } // namespace emeg

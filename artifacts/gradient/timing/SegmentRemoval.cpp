@@ -17,14 +17,15 @@ constexpr uint64_t nrOfArrays = 5;   // samples, spline and estimate
 constexpr int64_t fewestSamples = 16;
 constexpr int64_t splineContext = 64; // samples behind which a spline does not feel where it was cut
 
-/// The volumes whose templates reach into samples from ... to - 1.
+/// The volumes whose templates reach into samples from ... to - 1: they rise before their onset, and end
+/// where the next one begins.
 VolumeRange volumesAround(const MRSequence& sequence, double samplingFrequency, int64_t from, int64_t to) {
   const auto volumeAt = [&](int64_t sample) {
     const double volume = (static_cast<double>(sample) / samplingFrequency - sequence.firstTriggerTime) /
                           sequence.volumeDuration;
     return static_cast<int64_t>(std::floor(std::clamp(volume, -1e9, 1e9)));
   };
-  return {volumeAt(from) - 1, volumeAt(to) + 2};
+  return {volumeAt(from), volumeAt(to) + 2};
 }
 
 } // namespace

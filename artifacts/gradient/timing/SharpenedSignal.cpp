@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/SharpenedSignal.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -49,10 +51,7 @@ double levelOfBursts(std::span<const double> sharpened, double samplingFrequency
     largest.push_back(most);
   }
   if (largest.empty()) return 0;
-  const auto rank =
-      largest.begin() + static_cast<int64_t>(burstPercentile * static_cast<double>(largest.size() - 1));
-  std::nth_element(largest.begin(), rank, largest.end());
-  return headroom * *rank;
+  return headroom * lowerPercentile(largest, burstPercentile);
 }
 
 void flattenSpectrum(std::span<double> signal, double floor) {

@@ -1,5 +1,7 @@
 #include "artifacts/gradient/timing/SlicesInARow.h"
 
+#include "dsp/Statistics.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -60,9 +62,8 @@ double combScore(const std::vector<Contrast>& contrasts, size_t n) {
   for (size_t i = 0; i < contrasts.size(); ++i)
     if ((i + 2) % n != 0 && contrasts[i].phase <= farthest + samePhase) others.add(contrasts[i].value);
   if (teeth.count < fewestTeeth || others.count < fewestOthers) return 0;
-  const auto middle = heights.begin() + static_cast<int64_t>(heights.size() / 2);
-  std::nth_element(heights.begin(), middle, heights.end());
-  const double difference = std::min(teeth.sum / teeth.count, *middle) - others.sum / others.count;
+  const double difference =
+      std::min(teeth.sum / teeth.count, upperMedianReordering(heights)) - others.sum / others.count;
   if (difference < leastContrast) return 0;
   const double variance = (teeth.spread() + others.spread()) / (teeth.count + others.count - 2);
   return variance > 0 ? difference / std::sqrt(variance * (1 / teeth.count + 1 / others.count)) : 0;

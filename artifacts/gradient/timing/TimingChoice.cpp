@@ -3,6 +3,7 @@
 #include "artifacts/gradient/timing/Plausibility.h"
 #include "artifacts/gradient/timing/SegmentRemoval.h"
 #include "artifacts/gradient/timing/SharpenedSignal.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,13 +30,6 @@ constexpr double sameDuration = 0.5;     // samples over the whole scan
 constexpr double equalDuration = 0.03;   // of the same: what no average notices
 constexpr double repeatingSlices = 0.02; // unlike share below which slice-wise templates are not in doubt
 constexpr double clearlyMoreDb = 1;
-
-double medianOf(std::vector<double> values) {
-  if (values.empty()) return 0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 /// Samples by which the one gains on the other from the first to the last volume.
 double lengthsDiffer(const ScanSegment& a, const ScanSegment& b) {
@@ -173,8 +167,8 @@ private:
       strides.push_back(evidence.unlikeStrides);
       goOn += evidence.goesOnOutside ? 1 : 0;
     }
-    return {medianOf(unexplained), medianOf(volumes), medianOf(far),
-            medianOf(slices),      medianOf(strides), 2 * goOn > witnesses()};
+    return {upperMedian(unexplained), upperMedian(volumes), upperMedian(far),
+            upperMedian(slices),      upperMedian(strides), 2 * goOn > witnesses()};
   }
 
   /// Both ways of averaging, tried on a few channels.
@@ -185,7 +179,7 @@ private:
     differences.reserve(static_cast<size_t>(witnesses()));
     for (int i = 0; i < witnesses(); ++i)
       differences.push_back(leftBy(false, witness(i)) - leftBy(true, witness(i)));
-    choice_.slicesLeaveDb = medianOf(differences);
+    choice_.slicesLeaveDb = upperMedian(differences);
     choice_.slicesDoNotRepeat = choice_.slicesLeaveDb > clearlyMoreDb;
   }
 

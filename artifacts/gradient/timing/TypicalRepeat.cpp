@@ -1,6 +1,7 @@
 #include "artifacts/gradient/timing/TypicalRepeat.h"
 
 #include "artifacts/gradient/timing/BandLimitedShift.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 
@@ -13,12 +14,6 @@ constexpr int64_t mostForMedian = 9;
 // slow change of the artifact's size stays below.
 constexpr double largestEnergy = 9;
 constexpr double harmlessEnergy = 0.02;
-
-double medianOf(std::vector<double>& values) {
-  const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 /// Those that count and that the signal holds.
 std::vector<double> positionsOf(std::span<const double> signal, const RepeatLine& line, RepeatRange range,
@@ -47,7 +42,7 @@ std::vector<double> medianRepeat(std::span<const double> signal, const std::vect
   for (size_t t = 0; t < static_cast<size_t>(length); ++t) {
     values.clear();
     for (const std::vector<double>& repeat : repeats) values.push_back(repeat[t]);
-    median.push_back(medianOf(values));
+    median.push_back(upperMedianReordering(values));
   }
   return median;
 }
@@ -74,7 +69,7 @@ std::vector<double> typicalRepeat(std::span<const double> signal, const RepeatLi
   for (size_t t = 0; t < median.size(); ++t) limits[blockOf(t)] += harmlessEnergy * median[t] * median[t];
   for (size_t block = 0; block < nrOfBlocks; ++block) {
     std::vector<double> ofBlock = energies[block];
-    limits[block] = std::max(limits[block], largestEnergy * medianOf(ofBlock));
+    limits[block] = std::max(limits[block], largestEnergy * upperMedianReordering(ofBlock));
   }
 
   std::vector<double> sum(repeat.size(), 0.0);

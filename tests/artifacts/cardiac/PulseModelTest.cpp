@@ -382,7 +382,8 @@ TEST(PulseModel, PulsesThatCoincideDoNoHarm) {
 
 TEST(PulseModel, KnowsItsMemoryBeforeItIsBuilt) {
   EXPECT_EQ(PulseModel::memoryFor({100, 350}, 250), 0U);
-  // Intervals of 249 to 251 samples and one of 500 ask for the finest model: 60001 + 60001 + 1 values per epoch.
+  // Intervals of 249 to 251 samples and one of 500 ask for the finest model: 60001 + 60001 + 1 values per
+  // epoch.
   std::vector<double> pulses{0};
   for (int i = 0; i < 2999; ++i) pulses.push_back(pulses.back() + (i == 1500 ? 500 : 249 + i % 3));
   const uint64_t bytes = PulseModel::memoryFor(pulses, 250);

@@ -1,5 +1,6 @@
 #include "artifacts/gradient/SequenceDetection.h"
 
+#include "dsp/FFTWorkspace.h"
 #include "tests/artifacts/BurstTrain.h"
 #include "tests/artifacts/gradient/SplinedRecording.h"
 #include "tests/artifacts/reference/LiteralSequenceDetection.h"
@@ -19,8 +20,9 @@ struct Detection {
 Detection detect(const std::vector<double>& signal, double samplingFrequency) {
   const SplinedRecording recording(signal);
   Detection detection;
+  FFTWorkspace workspace;
   detection.sequence =
-      detectMRSequence(recording.view(), samplingFrequency, literalLog2Length(signal.size() + 10),
+      detectMRSequence(recording.view(), samplingFrequency, literalLog2Length(signal.size() + 10), workspace,
                        [&](const std::string& line) { detection.log.push_back(line); });
   return detection;
 }

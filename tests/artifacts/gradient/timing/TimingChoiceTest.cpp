@@ -1,5 +1,6 @@
 #include "artifacts/gradient/timing/TimingChoice.h"
 
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FrequencyFilter.h"
 #include "tests/artifacts/gradient/SplinedRecording.h"
 #include "tests/artifacts/gradient/timing/SimulatedScan.h"
@@ -17,7 +18,8 @@ namespace {
 MRSequence sequenceFromQuiet(const SimulatedScan& scan) {
   const SplinedRecording recording(scan.recorded);
   const auto log2Length = static_cast<int32_t>(std::bit_width(scan.recorded.size()));
-  return detectMRSequence(recording.view(), scan.fs, log2Length, [](const std::string&) {});
+  FFTWorkspace workspace;
+  return detectMRSequence(recording.view(), scan.fs, log2Length, workspace, [](const std::string&) {});
 }
 
 TimingChoice choose(const SimulatedScan& scan, const MRSequence& found, const TimingRequest& request = {}) {
