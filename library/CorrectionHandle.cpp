@@ -77,7 +77,6 @@ void emeg_correction::take(int64_t count, const Fill& fill) {
     const int64_t length = std::min(block, count);
     microvolts.assign(static_cast<size_t>(length * channels), 0.0);
     fill(nrOfTaken, length, microvolts);
-    observer.stepBegins(emeg::Step::TakingIn, -1);
     state = State::Ended; // unless the block arrives
     engine.takeIn(length, microvolts);
     state = State::Taking;

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
+#include <thread>
 
 namespace {
 
@@ -92,6 +93,17 @@ TEST(LibraryCorrection, StridesAndUnitsSayWhereSamplesLieAndWhatTheyMean) {
       largest = std::max(largest, std::abs(1e6 * static_cast<double>(volts[static_cast<size_t>(2 * t + c)]) -
                                            expected[static_cast<size_t>(c * samples + t)]));
   EXPECT_LT(largest, 0.05); // microvolts: volts were rounded to floats of another grid
+}
+
+TEST(LibraryCorrection, DifferentOnesMayRunInDifferentThreads) {
+  const SimulatedSignal signal;
+  const std::vector<double> expected = resultOf(correctionOf(signal).get(), signal.channels);
+  std::vector<std::vector<double>> results(4);
+  std::vector<std::thread> threads;
+  for (std::vector<double>& result : results)
+    threads.emplace_back([&] { result = resultOf(correctionOf(signal).get(), signal.channels); });
+  for (std::thread& thread : threads) thread.join();
+  for (const std::vector<double>& result : results) EXPECT_EQ(result, expected);
 }
 
 TEST(LibraryCorrection, AScratchFileChangesNothingAndLeavesNothing) {
@@ -186,7 +198,8 @@ TEST(LibraryCorrection, RaisesTheRateAndSaysHowLongTheResultIs) {
   const SettingsHandle settings = newSettings();
   ASSERT_EQ(emeg_settings_set(settings.get(), "rate", "3000"), EMEG_OK);
   const CorrectionHandle correction = correctionOf(signal, settings.get());
-  EXPECT_EQ(resultOf(correction.get(), signal.channels).size(), static_cast<size_t>(2 * ((samples - 1) * 3 / 2 + 1)));
+  EXPECT_EQ(resultOf(correction.get(), signal.channels).size(),
+            static_cast<size_t>(2 * ((samples - 1) * 3 / 2 + 1)));
 }
 
 TEST(LibraryCorrection, AsThePluginDividesTheRate) {

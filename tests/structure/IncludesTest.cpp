@@ -28,6 +28,8 @@ const std::vector<Floor> floors = {
     {"converter/steps/", 3},
     {"files/steps/", 3},
     {"artifacts/steps/", 3},
+    {"library/", 4},
+    {"include/", 4},
     {"plugin/", 4},
     {"host/", 5},
     {"app/", 5},
@@ -67,7 +69,8 @@ std::vector<std::string> projectIncludesOf(const fs::path& file) {
 std::vector<std::string> sourceFiles() {
   std::vector<std::string> files;
   const fs::path root = EMEG_SOURCE_DIR;
-  for (const char* folder : {"dsp", "files", "artifacts", "engine", "converter", "plugin", "host", "app"}) {
+  for (const char* folder :
+       {"dsp", "files", "artifacts", "engine", "converter", "library", "include", "plugin", "host", "app"}) {
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
       const std::string extension = entry.path().extension().string();
       if (extension == ".h" || extension == ".cpp")
