@@ -110,7 +110,7 @@ TEST_F(AsPlugin, WhereQuietTellsTheTimingEveryByteIsThePlugIns) {
     for (const bool volumeWise : {false, true}) {
       SCOPED_TRACE(std::string(preset) + (volumeWise ? " by volumes" : " by slices"));
       ASSERT_EQ(runEmeg({"simulate", preset, recording, "--fs", "2000", "--seconds", "60", "--channels", "2",
-                         "--seed", "1", "--no-truth", "--no-prt"})
+                         "--seed", "1", "--no-truth", "--no-prt", "--force"})
                     .status,
                 0);
       Answers given;
