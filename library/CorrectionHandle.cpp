@@ -2,6 +2,7 @@
 
 #include "library/Guarded.h"
 #include "library/ScratchStore.h"
+#include "library/SettingChecks.h"
 
 #include <algorithm>
 #include <cmath>
@@ -58,6 +59,9 @@ void emeg_correction::prepare(const std::string& scratchFile) {
   if (names.empty()) throw Refusal(EMEG_BAD_SETTING, "The recording has no channels.");
   chooseElectrocardiogram(*this);
   chooseRate(*this);
+  emeg::checkSettings(settings, shape);
+  // The plug-in knows no kinds of channels.
+  if (settings.method.wholeChannels) shape.roles.assign(names.size(), emeg::ChannelRole());
   store = emeg::makeScratchStore(scratchFile, shape.nrOfChannels(),
                                  emeg::Correction::storeLength(settings, shape));
   run = std::make_unique<emeg::Correction>(settings, shape, *store, observer);

@@ -92,3 +92,51 @@ TEST(LibrarySettings, OfACopyAreItsOwn) {
   emeg_correction_output(correctionOf(signal, copy.get()).get(), nullptr, &rate);
   EXPECT_DOUBLE_EQ(rate, 500);
 }
+
+TEST(LibrarySettings, ThatContradictTheRecordingOrEachOtherAreRefusedBeforeASampleIsTaken) {
+  const SimulatedSignal signal(1); // 18 s at 2000 Hz
+  using Pairs = std::vector<std::pair<const char*, const char*>>;
+  const std::vector<Pairs> cases = {{{"high-pass", "1000"}},
+                                    {{"high-pass", "-1"}},
+                                    {{"low-pass", "1e300"}},
+                                    {{"rate", "250"}, {"low-pass", "130"}},
+                                    {{"high-pass", "40"}, {"low-pass", "30"}},
+                                    {{"notch", "1:4"}},
+                                    {{"notch", "50:-2"}},
+                                    {{"notch", "999:4"}},
+                                    {{"line-noise", "0"}},
+                                    {{"line-noise", "1001"}},
+                                    {{"rate", "20001"}},
+                                    {{"tr", "6.1"}},
+                                    {{"first", "3"}},
+                                    {{"tr", "2"}, {"first", "19"}},
+                                    {{"repair-saturation", "1"}},
+                                    {{"as-plugin", "1"}, {"tr", "2"}},
+                                    {{"as-plugin", "1"}, {"slices", "20"}},
+                                    {{"as-plugin", "1"}, {"ecg", "EEG0"}}};
+  for (const Pairs& pairs : cases) {
+    const SettingsHandle settings = newSettings();
+    for (const auto& [name, value] : pairs) ASSERT_EQ(set(settings, name, value), EMEG_OK) << name;
+    emeg_correction* correction = nullptr;
+    EXPECT_EQ(emeg_correction_create(settings.get(), describe(signal).get(), nullptr, &correction),
+              EMEG_BAD_SETTING)
+        << pairs.back().first << " " << pairs.back().second;
+    EXPECT_STRNE(emeg_correction_error(correction), "");
+    emeg_correction_free(correction);
+  }
+}
+
+TEST(LibrarySettings, AllTogetherAreStillACorrection) {
+  const SimulatedSignal signal;
+  const SettingsHandle settings = newSettings();
+  const std::vector<std::pair<const char*, const char*>> values = {
+      {"slice-wise", "1"}, {"window", "20"},  {"line-noise", "50"}, {"high-pass", "0.5"},
+      {"low-pass", "70"},  {"notch", "60:2"}, {"rate", "250"},      {"scale", "1"},
+      {"tr", "1.05"},      {"slices", "10"},  {"first", "2"},       {"average-reference", "1"}};
+  for (const auto& [name, value] : values) ASSERT_EQ(set(settings, name, value), EMEG_OK) << name;
+  const CorrectionHandle correction = correctionOf(signal, settings.get());
+  const std::vector<double> result = resultOf(correction.get(), signal.channels);
+  EXPECT_EQ(result.size(), 2u * 4500u);
+  EXPECT_GT(rms(result), 10);
+  EXPECT_LT(rms(result), 400); // ten times 28 microvolts at most
+}
