@@ -82,8 +82,11 @@ public:
   }
 
   std::vector<ValueBounds> correctIntoStore() {
-    if (!settings_.method.wholeChannels)
-      correctStretches([](StretchCorrection& correction) { correction.runIntoStore(); });
+    if (!settings_.method.wholeChannels) {
+      std::vector<ValueBounds> bounds;
+      correctStretches([&bounds](StretchCorrection& correction) { bounds = correction.runIntoStore(); });
+      return bounds;
+    }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
     return bounds.bounds();
