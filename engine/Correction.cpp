@@ -82,8 +82,11 @@ public:
   }
 
   std::vector<ValueBounds> correctIntoStore() {
-    if (!settings_.method.wholeChannels)
-      correctStretches([](StretchCorrection& correction) { correction.runIntoStore(); });
+    if (!settings_.method.wholeChannels) {
+      std::vector<ValueBounds> bounds;
+      correctStretches([&bounds](StretchCorrection& correction) { bounds = correction.runIntoStore(); });
+      return bounds;
+    }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
     return bounds.bounds();
@@ -170,6 +173,7 @@ private:
     plan.roles = shape_.roles;
     plan.correctGradient = !stretches_.scans.empty() || settings_.method.wholeChannels;
     plan.correctBCG = settings_.heartBeats;
+    plan.splitsLowFrequencies = plan.correctGradient || plan.correctBCG;
     plan.removeLineSinusoids = !settings_.lineNoise.empty();
     plan.useAverageReference = settings_.averageReference;
     plan.filteringNeeded = !stretches_.filters.empty();
@@ -220,6 +224,7 @@ private:
     plan.filteringNeeded = edges.stages.count() > 0;
     plan.volumeWise = settings_.timing.volumeWise;
     plan.correctGradient = settings_.gradient;
+    plan.splitsLowFrequencies = plan.correctGradient || plan.correctBCG;
     // The transform's length is that of the recording with margins, before they are cut off.
     const double length = static_cast<double>(shape_.nrOfSamples + int64_t{10} * settings_.decimation);
     plan.log2FftLength = static_cast<int32_t>(std::ceil(std::log(length) / std::log(2.0)));

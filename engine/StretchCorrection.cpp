@@ -1,6 +1,7 @@
 #include "engine/StretchCorrection.h"
 
 #include "engine/stages/StageList.h"
+#include "engine/store/CorrectedInStore.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,7 +82,8 @@ void StretchCorrection::run(CorrectedSink& sink) {
 }
 
 /// A block is written when the next one is complete: until then the stages may still need what it replaces.
-void StretchCorrection::runIntoStore() {
+std::vector<ValueBounds> StretchCorrection::runIntoStore() {
+  ChannelBounds bounds(plan_.roles.size());
   std::vector<float> pending;
   size_t pendingCount = 0;
   int64_t written = 0;
@@ -93,10 +95,12 @@ void StretchCorrection::runIntoStore() {
   };
   runStretches([&](size_t count) {
     writePending();
+    bounds.add(count, std::span<const float>(block_));
     pending.swap(block_);
     pendingCount = count;
   });
   writePending();
+  return bounds.all();
 }
 
 /// Returns the number of time points that the block holds.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/CorrectedSink.h"
 #include "engine/Correction.h"
 #include "engine/Workspace.h"
 #include "engine/figures/GradientMeter.h"
@@ -22,8 +23,9 @@ public:
 
   void run(CorrectedSink& sink);
 
-  /// Puts the result where the recording was, from the store's first sample on.
-  void runIntoStore();
+  /// Puts the result where the recording was, from the store's first sample on. Returns the smallest and
+  /// largest value of every channel.
+  std::vector<ValueBounds> runIntoStore();
 
   /// Bytes that this takes, a little generously.
   static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);

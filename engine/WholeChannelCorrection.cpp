@@ -79,7 +79,7 @@ void WholeChannelCorrection::buildFilters() {
   const int32_t log2FftLength = plan_.log2FftLength;
   const double dt = plan_.samplingInterval;
   if (plan_.filteringNeeded) shared_.outputFilter = makeFilterResponse(plan_.filterStages, log2FftLength);
-  if (plan_.correctsArtifacts())
+  if (plan_.splitsLowFrequencies)
     shared_.artifactHighPassFilter = singleEdge(EdgeKind::HighPass, artifactHighPassHz, dt, log2FftLength);
   if (plan_.correctBCG)
     shared_.bcgLowPassFilter = singleEdge(EdgeKind::LowPass, bcgLowPassHz, dt, log2FftLength);
@@ -92,7 +92,7 @@ void WholeChannelCorrection::allocateBuffers() {
   work_.allocateChannelSignal(std::max(plan_.fftLength, samples));
 
   int64_t longestKnotRow = samples;
-  if (plan_.correctsArtifacts()) {
+  if (plan_.splitsLowFrequencies) {
     shared_.restStep = wholeSamples(fs * restSeconds);
     shared_.restLength = (samples - 1) / shared_.restStep + 1;
   }

@@ -139,8 +139,8 @@ void relate(CLI::App& app) {
   option("bids")->excludes(option("output"));
   option("verbose")->excludes(option("quiet"));
   // The plug-in knows nothing of these.
-  for (const char* name :
-       {"pulse-markers", "ecg", "volume-markers", "slice-markers", "tr", "slices", "first", "treat-as-eeg"})
+  for (const char* name : {"pulse-markers", "ecg", "volume-markers", "slice-markers", "tr", "slices", "first",
+                           "treat-as-eeg", "repair-saturation"})
     option("as-plugin")->excludes(option(name));
   option("scratch")->check(CLI::ExistingDirectory);
 }

@@ -24,6 +24,7 @@ RunPlan planOf(const LMTRPluginEMEGFileConverter& c) {
   plan.correctSaturations = c.switches.correctSaturations;
   plan.correctGradient = c.switches.correctGradient;
   plan.correctBCG = c.switches.correctBCG;
+  plan.splitsLowFrequencies = c.switches.anyArtifactCorrection;
   plan.removeLineSinusoids = c.switches.removeLineSinusoids;
   plan.filteringNeeded = c.switches.filteringNeeded;
   plan.useAverageReference = c.switches.useAverageReference;

@@ -3,6 +3,7 @@
 #include "engine/CorrectionSettings.h"
 
 #include <algorithm>
+#include <iomanip>
 #include <sstream>
 #include <vector>
 
@@ -22,7 +23,8 @@ using enum SettingKind;
 
 std::string textOf(double number) {
   std::ostringstream text;
-  text << number;
+  constexpr int digits = 15; // no exponents in whole numbers
+  text << std::setprecision(digits) << number;
   return text.str();
 }
 

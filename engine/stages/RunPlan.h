@@ -27,7 +27,9 @@ struct RunPlan {
   bool removeLineSinusoids = false;
   bool filteringNeeded = false;
   bool useAverageReference = false;
-  bool correctsArtifacts() const { return correctGradient || correctBCG; }
+  /// Low frequencies are split off and come back: for the two above, and for a stage that is no more than a
+  /// switch yet.
+  bool splitsLowFrequencies = false;
 
   // --- what they are to do ---
   std::optional<SaturationLimits> saturationLimits; ///< nothing where the samples cannot saturate

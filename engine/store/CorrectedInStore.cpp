@@ -4,18 +4,6 @@
 
 namespace emeg {
 
-void BoundsSink::take(int64_t count, std::span<const double> values) {
-  if (count == 0) return;
-  const auto length = static_cast<size_t>(count);
-  for (size_t c = 0; c < bounds_.size(); ++c) {
-    const auto samples = values.subspan(c * length, length);
-    const auto [low, high] = std::minmax_element(samples.begin(), samples.end());
-    if (isFirst_) bounds_[c] = {*low, *high};
-    bounds_[c] = {std::min(bounds_[c].smallest, *low), std::max(bounds_[c].largest, *high)};
-  }
-  isFirst_ = false;
-}
-
 void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double> factors,
                 CorrectedSink& sink) {
   constexpr int64_t valuesOfBlock = int64_t{1} << 22;

@@ -1,3 +1,5 @@
+#include "engine/beats/BeatStrategy.h"
+#include "engine/timing/TimingStrategy.h"
 #include "tests/converter/Converters.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +10,20 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+/// Every channel's artifact is 100.
+class EvenBeats : public BeatStrategy {
+public:
+  void find(const BcgSeries& series, const std::vector<double>&, Observer&) override {
+    nrOfSeries = series.channels.size();
+  }
+  void replaceByEstimate(int pulseChannel, std::vector<double>& series, int64_t, Observer&) override {
+    models.push_back(pulseChannel);
+    for (double& value : series) value = 100;
+  }
+  size_t nrOfSeries = 0;
+  std::vector<int> models;
+};
+
 /// The plug-in's converter without gradient stage, whose heart beats are the test's affair.
 class RoleConverter : public PluginConverter {
 public:
@@ -15,16 +31,11 @@ public:
     switches.correctGradient = false;
     return true;
   }
-  bool detectHeartPulses() override {
-    nrOfSeries = buffers.bcgSeries.size();
-    return true;
+  bool processChannels() override {
+    QuietRunsTiming timing;
+    return correctChannels(timing, beatStrategy);
   }
-  void buildPulseModel(int32_t pulseChannel) override {
-    models.push_back(pulseChannel);
-    for (double& value : buffers.bcgSeries[static_cast<size_t>(pulseChannel)]) value = 100;
-  }
-  size_t nrOfSeries = 0;
-  std::vector<int32_t> models;
+  EvenBeats beatStrategy;
 };
 
 ChannelRole muscleRole() {
@@ -64,8 +75,8 @@ TEST(ChannelRoles, AChannelWithoutPulsesIsFinishedInOnePassBehindTheOthers) {
             (Lines{line("Pre-processing channel #1"), line("Pre-processing channel #2"),
                    line("Processing channel #0"), line("Removing heart pulse artifacts from channel #1"),
                    line("Removing heart pulse artifacts from channel #2")}));
-  EXPECT_EQ(converter.nrOfSeries, 2u);
-  EXPECT_THAT(converter.models, testing::ElementsAre(0, 1));
+  EXPECT_EQ(converter.beatStrategy.nrOfSeries, 2u);
+  EXPECT_THAT(converter.beatStrategy.models, testing::ElementsAre(0, 1));
 
   // Split and put together again: what has no pulses stays, from the others the estimate is taken away.
   const Recording output = readOutput(chosen.folder.path("run1_GRA_BCG.ctc"));
@@ -83,7 +94,7 @@ TEST(ChannelRoles, WithoutAnyPulseChannelNoBeatIsLookedFor) {
   converter.channels.roles = {muscleRole(), muscleRole()};
   ASSERT_TRUE(converter.start());
   EXPECT_FALSE(chosen.host.logged(line("Automatic detection of heart pulses")));
-  EXPECT_TRUE(converter.models.empty());
+  EXPECT_TRUE(converter.beatStrategy.models.empty());
 }
 
 TEST(ChannelRoles, TheAverageReferenceLeavesOutWhatDoesNotBelongToIt) {

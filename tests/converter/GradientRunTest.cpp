@@ -1,8 +1,11 @@
+#include "engine/beats/BeatStrategy.h"
+#include "engine/timing/TimingStrategy.h"
 #include "tests/artifacts/BurstTrain.h"
 #include "tests/converter/Converters.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace emeg {
@@ -132,9 +135,21 @@ TEST_F(GradientRun, MarkersOfARestrictedIntervalCountFromItsStart) {
   ASSERT_EQ(converter.protocolList.timeFactor, 1000000.0);
 }
 
-/// Finds no heart pulses.
+/// Finds no heart pulses, and the model of nothing.
+class NoBeats : public BeatStrategy {
+public:
+  void find(const BcgSeries&, const std::vector<double>&, Observer&) override {}
+  void replaceByEstimate(int, std::vector<double>& series, int64_t, Observer&) override {
+    std::fill(series.begin(), series.end(), 0.0);
+  }
+};
+
 class ConverterWithoutPulses : public PluginConverter {
-  bool detectHeartPulses() override { return true; }
+  bool processChannels() override {
+    QuietRunsTiming timing;
+    NoBeats noBeats;
+    return correctChannels(timing, noBeats);
+  }
 };
 
 TEST_F(GradientRun, TwoPassesWithoutPulsesGiveTheGradientCorrectedChannels) {

@@ -57,14 +57,14 @@ TEST_F(HeartPulsesOfARun, BecomeMarkersAtTheReducedRatesSampleInterval) {
   HeartConverter converter;
   ASSERT_TRUE(converter.start());
   const std::vector<double> onsets = markers(converter);
-  const std::vector<double>& pulses = converter.cardiac.pulsePositions;
+  const std::vector<double>& pulses = converter.beats.positions;
   ASSERT_GT(pulses.size(), 55u);
   ASSERT_EQ(onsets.size(), pulses.size());
   for (size_t i = 0; i < pulses.size(); ++i) {
     EXPECT_EQ(onsets[i], std::floor(pulses[i] * (static_cast<double>(0.004f) * 1e6) + 0.5));
   }
   for (size_t i = 1; i < pulses.size(); ++i) EXPECT_NEAR(onsets[i] - onsets[i - 1], 1e6 * beatInterval, 8000);
-  EXPECT_NEAR(converter.cardiac.period.period, 225, 1);
+  EXPECT_NEAR(converter.beats.period.period, 225, 1);
   EXPECT_TRUE(chosen.host.logged(line("Writing heart pulse triggers")));
 }
 
@@ -74,7 +74,7 @@ TEST_F(HeartPulsesOfARun, OfARestrictedIntervalAreWrittenFromItsStart) {
   chosen.host.floatAnswers = {10000, 55000};
   ASSERT_TRUE(converter.start());
   const std::vector<double> onsets = markers(converter);
-  const std::vector<double>& pulses = converter.cardiac.pulsePositions;
+  const std::vector<double>& pulses = converter.beats.positions;
   ASSERT_GT(pulses.size(), 40u);
   ASSERT_EQ(onsets.size(), pulses.size());
   EXPECT_EQ(onsets[0], std::floor(pulses[0] * (static_cast<double>(0.004f) * 1e6) + 0.5));
@@ -82,9 +82,9 @@ TEST_F(HeartPulsesOfARun, OfARestrictedIntervalAreWrittenFromItsStart) {
 
 TEST_F(HeartPulsesOfARun, EndWithTheirMarkersWhereTheListIsFullWhichIsLoggedOnce) {
   HeartConverter converter;
-  converter.cardiac.pulseCapacity = 5;
+  converter.method.mostBeats = 5;
   ASSERT_TRUE(converter.start());
-  EXPECT_EQ(converter.cardiac.pulsePositions.size(), 5u);
+  EXPECT_EQ(converter.beats.positions.size(), 5u);
   EXPECT_EQ(markers(converter).size(), 5u);
   const Lines log = chosen.host.logLines();
   const std::string full =
@@ -96,10 +96,10 @@ TEST_F(HeartPulsesOfARun, EndWithTheirMarkersWhereTheListIsFullWhichIsLoggedOnce
 
 TEST_F(HeartPulsesOfARun, EndWhereTheListOfCandidatesIsFullWhichIsLoggedOnce) {
   HeartConverter converter;
-  converter.cardiac.candidatesPerSecond = 0.5f;
+  converter.method.mostCandidatesPerSecond = 0.5f;
   ASSERT_TRUE(converter.start());
-  ASSERT_GT(converter.cardiac.pulsePositions.size(), 5u);
-  EXPECT_LT(converter.cardiac.pulsePositions.back(), 14000);
+  ASSERT_GT(converter.beats.positions.size(), 5u);
+  EXPECT_LT(converter.beats.positions.back(), 14000);
   const Lines log = chosen.host.logLines();
   const std::string full =
       line("The list of heart pulse candidates is full: behind the last pulse all signal "
@@ -112,16 +112,16 @@ TEST_F(HeartPulsesOfARun, MayFillTheListToItsLastPlaceWithoutAWord) {
   {
     HeartConverter converter;
     ASSERT_TRUE(converter.start());
-    nrOfPulses = converter.cardiac.pulsePositions.size();
-    EXPECT_EQ(converter.cardiac.pulseCapacity, 3000u);
+    nrOfPulses = converter.beats.positions.size();
+    EXPECT_EQ(converter.method.mostBeats, 3000u);
   }
   chosen.host.fileAnswers = {"", "", chosen.ctcPath()};
   chosen.host.integerAnswers = {2};
   chosen.host.yesNoAnswers = {1};
   HeartConverter converter;
-  converter.cardiac.pulseCapacity = nrOfPulses;
+  converter.method.mostBeats = nrOfPulses;
   ASSERT_TRUE(converter.start());
-  EXPECT_EQ(converter.cardiac.pulsePositions.size(), nrOfPulses);
+  EXPECT_EQ(converter.beats.positions.size(), nrOfPulses);
   for (const std::string& text : chosen.host.logLines()) EXPECT_EQ(text.find("is full"), std::string::npos);
 }
 
@@ -140,7 +140,7 @@ TEST_F(HeartPulsesOfARun, InASilentRecordingAreNoneAndLeaveAnEmptySet) {
   writeFile(chosen.ctcPath(), silent.bytes());
   HeartConverter converter;
   ASSERT_TRUE(converter.start());
-  EXPECT_TRUE(converter.cardiac.pulsePositions.empty());
+  EXPECT_TRUE(converter.beats.positions.empty());
   const Protocol& triggers = converter.protocolList.protocols.back();
   EXPECT_LE(triggers.nrOfConditions(), 2) << "no other set";
   EXPECT_TRUE(markers(converter).empty());

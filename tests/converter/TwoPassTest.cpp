@@ -1,3 +1,6 @@
+#include "converter/correction/RunObserver.h"
+#include "engine/beats/BeatStrategy.h"
+#include "engine/timing/TimingStrategy.h"
 #include "tests/converter/Converters.h"
 #include "tests/converter/LiteralSignals.h"
 
@@ -11,34 +14,48 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// The plug-in's converter with cardiac operations that a test scripts, and without the gradient stage.
-class PulseConverter : public PluginConverter {
+/// Heart beats that a test scripts.
+class ScriptedBeats : public BeatStrategy {
 public:
-  explicit PulseConverter(ScriptedHost& host) : host_(host) {}
-  bool detectHeartPulses() override {
+  explicit ScriptedBeats(ScriptedHost& host) : host_(host) {}
+  void find(const BcgSeries& series, const std::vector<double>&, Observer&) override {
     host_.record("detect");
-    seen = buffers.bcgSeries;
-    for (size_t c = 0; c < seen.size(); ++c)
-      for (double& value : buffers.bcgSeries[c]) value = 1e9; // nothing of it may reach the output
-    return detected;
+    seen.assign(series.channels.begin(), series.channels.end());
+    length = series.length;
+    rate = series.rate;
+    if (!detected) throw RunEnded();
   }
-  void buildPulseModel(int32_t channel) override {
+  void replaceByEstimate(int channel, std::vector<double>& series, int64_t nrOfValues, Observer&) override {
     host_.record("model " + std::to_string(channel));
-    const auto c = static_cast<size_t>(channel);
-    for (size_t k = 0; k < buffers.bcgSeries[c].size(); ++k)
-      buffers.bcgSeries[c][k] = estimate ? estimate(channel, static_cast<int64_t>(k)) : 0.0;
+    EXPECT_EQ(series, seen[static_cast<size_t>(channel)]);
+    EXPECT_EQ(nrOfValues, length);
+    for (size_t k = 0; k < series.size(); ++k)
+      series[k] = estimate ? estimate(channel, static_cast<int64_t>(k)) : 0.0;
+    series.back() = 1e9; // the spare value: nothing of it may reach the output
   }
-  bool afterChunkFilesHook() override {
-    if (!keepGradient) switches.correctGradient = false;
-    return true;
-  }
-  bool keepGradient = false;
   bool detected = true;
   std::function<double(int, int64_t)> estimate; ///< of a channel at a knot; none: 0
-  Channels seen;                                ///< bcgSeries as the detection found it
+  Channels seen;                                ///< the series as the search found them
+  int64_t length = -1;
+  float rate = 0;
 
 private:
   ScriptedHost& host_;
+};
+
+/// The plug-in's converter with such heart beats, and without the gradient stage.
+class PulseConverter : public PluginConverter {
+public:
+  explicit PulseConverter(ScriptedHost& host) : scripted(host) {}
+  bool processChannels() override {
+    QuietRunsTiming timing;
+    return correctChannels(timing, scripted);
+  }
+  bool afterChunkFilesHook() override {
+    switches.correctGradient = false;
+    return true;
+  }
+  ScriptedBeats scripted;
 };
 
 double asFloat(double value) {
@@ -110,7 +127,7 @@ TEST_F(TwoPass, FirstReadsAllChannelsThenDetectsThenRemoves) {
 
 TEST_F(TwoPass, AFailedDetectionEndsTheRunWithoutAMessageOfItsOwn) {
   use(wavyRecording(2, 1000, 250));
-  converter->detected = false;
+  converter->scripted.detected = false;
   EXPECT_FALSE(converter->start());
   EXPECT_EQ(chosen->host.calls.back(), "detect");
   EXPECT_TRUE(chosen->host.boxes().empty());
@@ -132,36 +149,21 @@ TEST_F(TwoPass, SubtractsTheEstimateByItsSplineAtEveryReducedRate) {
     const auto estimate = [](int channel, int64_t k) {
       return 3.0 * std::sin(0.37 * static_cast<double>(k) + channel) + 0.01 * static_cast<double>(k % 7);
     };
-    converter->estimate = estimate;
-    int64_t step = -1;
-    int64_t length = -1;
-    float bcgRate = 0;
-    float bcgInterval = 0;
-    float lowPassHz = 0;
-    chosen->host.onCall = [&](const std::string& call) {
-      if (call != "detect") return;
-      step = converter->buffers.bcgStep;
-      length = converter->buffers.bcgLength;
-      bcgRate = converter->buffers.bcgRate;
-      bcgInterval = converter->buffers.bcgInterval;
-      lowPassHz = converter->buffers.bcgLowPassHz;
-    };
+    converter->scripted.estimate = estimate;
     ASSERT_TRUE(converter->start());
-    EXPECT_EQ(step, rate.step);
-    EXPECT_EQ(length, (rate.nrOfTimePoints - 1) / rate.step + 1);
-    EXPECT_FLOAT_EQ(bcgRate, static_cast<float>(rate.samplingFrequency / static_cast<double>(rate.step)));
-    EXPECT_FLOAT_EQ(bcgInterval, 1 / bcgRate);
-    EXPECT_EQ(lowPassHz, 35.0f);
+    EXPECT_EQ(converter->scripted.length, (rate.nrOfTimePoints - 1) / rate.step + 1);
+    EXPECT_EQ(converter->scripted.rate,
+              static_cast<float>(rate.samplingFrequency / static_cast<double>(rate.step)));
 
     const Recording output = readOutput(chosen->folder.path("run1_GRA_BCG.ctc"));
     for (size_t c = 0; c < 2; ++c) {
       const PlainTwoPass plain =
           plainTwoPass(recording.samples[c], recording.samples[c], rate.samplingFrequency, rate.log2Length,
                        rate.step, [&](int64_t k) { return estimate(static_cast<int>(c), k); });
-      ASSERT_EQ(converter->seen[c].size(), plain.series.size() + 1) << "one spare value";
+      ASSERT_EQ(converter->scripted.seen[c].size(), plain.series.size() + 1) << "one spare value";
       for (size_t k = 0; k < plain.series.size(); ++k) {
-        ASSERT_NEAR(converter->seen[c][k], plain.series[k], 1e-4) << c << " " << k;
-        ASSERT_EQ(converter->seen[c][k], asFloat(converter->seen[c][k]));
+        ASSERT_NEAR(converter->scripted.seen[c][k], plain.series[k], 1e-4) << c << " " << k;
+        ASSERT_EQ(converter->scripted.seen[c][k], asFloat(converter->scripted.seen[c][k]));
       }
       ASSERT_EQ(output.samples[c].size(), plain.output.size());
       for (size_t t = 0; t < plain.output.size(); ++t)

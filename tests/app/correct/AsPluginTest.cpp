@@ -147,8 +147,12 @@ TEST_F(AsPlugin, ChannelsOfEveryNameAreCorrectedAlike) {
 
 TEST_F(AsPlugin, WhatThePlugInDoesNotKnowIsRefused) {
   copyOf(scanRecording())->save(recording);
-  for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
-           {"--tr", "2"}, {"--volume-markers", "R128"}, {"--bcg", "--ecg", "ECG"}, {"--rate", "300"}}) {
+  for (const std::vector<std::string>& options :
+       std::vector<std::vector<std::string>>{{"--tr", "2"},
+                                             {"--volume-markers", "R128"},
+                                             {"--bcg", "--ecg", "ECG"},
+                                             {"--rate", "300"},
+                                             {"--repair-saturation"}}) {
     std::vector<std::string> arguments = {"correct", recording, "--as-plugin"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     EXPECT_EQ(runEmeg(arguments).status, 2) << options[0];

@@ -223,8 +223,8 @@ TEST_F(CorrectCommand, ListsOfValuesDoNotSwallowTheInput) {
 TEST_F(CorrectCommand, HelpGivesUnitsDefaultsAndExamples) {
   const ProgramRun run = runEmeg({"correct", "--help"});
   EXPECT_EQ(run.status, 0);
-  for (const char* part :
-       {"Examples:", "--line-noise", "1 to 1000 [150]", "in Hz", "0 to 1e+06 [64]", "[none]", "Exit status"})
+  for (const char* part : {"Examples:", "--line-noise", "1 to 1000 [150]", "in Hz", "0 to 1000000 [64]",
+                           "[none]", "Exit status"})
     EXPECT_THAT(run.out, HasSubstr(part));
 }
 
