@@ -149,9 +149,12 @@ private:
     stretches_.windowSlices = settings_.timing.windowSlices;
     if (stretches_.scans.empty()) return;
     stretches_.split = templateSplit(shape_.samplingFrequency);
-    stretches_.templateContext = SegmentRemoval(stretches_.scans, shape_.samplingFrequency,
-                                                stretches_.volumeWise, stretches_.windowSlices)
-                                     .context();
+    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency,
+                                           stretches_.volumeWise, stretches_.windowSlices)
+                                .context();
+    // The filter works in blocks: whole ones are done once.
+    const int64_t block = stretches_.split.blockLength();
+    stretches_.templateContext = (context + block - 1) / block * block;
   }
 
   void findHeart() {

@@ -10,7 +10,7 @@ namespace emeg {
 
 namespace {
 
-constexpr int64_t largestBlock = int64_t{1} << 24; // values of all channels together: 64 MB
+constexpr int64_t largestBlock = int64_t{3} << 22; // values of all channels together: 48 MB
 constexpr double longestStretch = 120;             // seconds
 
 /// Has no part in a correction stretch by stretch, where the timing is known before.
@@ -42,7 +42,8 @@ StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& str
         plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++ : -1);
 }
 
-/// Not much shorter than what its stages need around it.
+/// Not much shorter than what its stages need around it, in whole blocks of the filter in front of the
+/// templates.
 int64_t StretchCorrection::stretchLength() const {
   const int64_t n = stretchPlan_.recordingLength;
   const int64_t middle = n / 2;
@@ -52,7 +53,9 @@ int64_t StretchCorrection::stretchLength() const {
   const int64_t context = rangesFor(stretchPlan_, one, !stretchPlan_.scans.empty()).input.length();
   const auto channels = static_cast<int64_t>(plan_.roles.size());
   const auto longest = static_cast<int64_t>(std::ceil(longestStretch * plan_.samplingFrequency));
-  return std::max<int64_t>(std::min(largestBlock / channels, longest), context + 1);
+  const int64_t length = std::max<int64_t>(std::min(largestBlock / channels, longest), context / 2 + 1);
+  const int64_t block = stretchPlan_.scans.empty() ? 1 : stretchPlan_.split.blockLength();
+  return std::max(length / block * block, block);
 }
 
 uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency) {
