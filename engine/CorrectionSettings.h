@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/timing/TimingChoice.h"
+#include "artifacts/gradient/timing/choice/TimingChoice.h"
 #include "engine/Method.h"
 
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "artifacts/cardiac/KnownPulses.h"
-#include "artifacts/cardiac/PulsePlausibility.h"
-#include "artifacts/gradient/timing/TimingChoice.h"
+#include "artifacts/cardiac/known/KnownPulses.h"
+#include "artifacts/cardiac/search/PulsePlausibility.h"
+#include "artifacts/gradient/timing/choice/TimingChoice.h"
 
 #include "engine/figures/ChannelQuality.h"
 

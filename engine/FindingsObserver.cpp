@@ -1,6 +1,6 @@
 #include "engine/FindingsObserver.h"
 
-#include "artifacts/cardiac/BeatSearch.h"
+#include "artifacts/cardiac/search/BeatSearch.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/SequenceDetection.h"
+#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
 
 #include <cstdint>
 #include <stdexcept>

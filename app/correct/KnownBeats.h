@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectParameters.h"
-#include "artifacts/cardiac/KnownPulses.h"
+#include "artifacts/cardiac/known/KnownPulses.h"
 #include "engine/CorrectionSettings.h"
 #include "files/exchange/Recording.h"
 

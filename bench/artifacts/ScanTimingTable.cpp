@@ -6,8 +6,8 @@
 #include "app/simulation/RandomGenerator.h"
 #include "app/simulation/Simulation.h"
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/timing/SegmentRemoval.h"
-#include "artifacts/gradient/timing/TimingChoice.h"
+#include "artifacts/gradient/templates/SegmentRemoval.h"
+#include "artifacts/gradient/timing/choice/TimingChoice.h"
 #include "dsp/FFTWorkspace.h"
 
 #include <algorithm>

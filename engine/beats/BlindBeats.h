@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/cardiac/PulseModel.h"
+#include "artifacts/cardiac/model/PulseModel.h"
 #include "engine/Method.h"
 #include "engine/beats/BeatStrategy.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/timing/ScanSegment.h"
+#include "artifacts/gradient/ScanSegment.h"
 #include "engine/CorrectionSettings.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"

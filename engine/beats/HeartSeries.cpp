@@ -1,4 +1,4 @@
-#include "artifacts/gradient/timing/SegmentRemoval.h"
+#include "artifacts/gradient/templates/SegmentRemoval.h"
 #include "engine/CorrectionFilters.h"
 #include "engine/beats/HeartArtifact.h"
 

@@ -1,7 +1,7 @@
 #include "engine/beats/KnownBeats.h"
 
-#include "artifacts/cardiac/PulseDelay.h"
-#include "artifacts/cardiac/RPeaks.h"
+#include "artifacts/cardiac/known/PulseDelay.h"
+#include "artifacts/cardiac/known/RPeaks.h"
 
 namespace emeg {
 

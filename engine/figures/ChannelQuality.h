@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/timing/TimingChoice.h"
+#include "artifacts/gradient/timing/choice/TimingChoice.h"
 #include "engine/figures/ScanStretch.h"
 #include "engine/figures/SpectralFigures.h"
 #include "engine/figures/VolumeAverage.h"

@@ -1,5 +1,5 @@
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/TemplateRemoval.h"
+#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "engine/stages/Stages.h"
 
 #include <algorithm>

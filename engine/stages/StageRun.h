@@ -1,7 +1,7 @@
 #pragma once
 
 #include "artifacts/SinusoidRemoval.h"
-#include "artifacts/gradient/SequenceDetection.h"
+#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
 #include "engine/Observer.h"
 #include "engine/Workspace.h"
 #include "engine/beats/BeatStrategy.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "artifacts/SinusoidTracking.h"
-#include "artifacts/gradient/timing/SegmentRemoval.h"
+#include "artifacts/gradient/templates/SegmentRemoval.h"
 #include "dsp/FirFilter.h"
 #include "dsp/RecordingStretch.h"
 #include "dsp/Resampler.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/timing/ScanSegment.h"
+#include "artifacts/gradient/ScanSegment.h"
 #include "engine/Findings.h"
 #include "engine/Observer.h"
 #include "engine/store/CachedChannels.h"

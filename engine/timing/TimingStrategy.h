@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/SequenceDetection.h"
+#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
 #include "artifacts/gradient/SplinedSignal.h"
 #include "dsp/FFTWorkspace.h"
 #include "engine/Observer.h"

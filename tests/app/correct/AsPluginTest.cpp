@@ -1,4 +1,4 @@
-#include "converter/Converter.h"
+#include "plugin/converter/Converter.h"
 #include "plugin/bridge/HostFunctions.h"
 #include "tests/TestFolder.h"
 #include "tests/app/SimulatedFiles.h"

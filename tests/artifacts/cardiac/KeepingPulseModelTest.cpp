@@ -1,4 +1,4 @@
-#include "artifacts/cardiac/PulseModel.h"
+#include "artifacts/cardiac/model/PulseModel.h"
 #include "tests/artifacts/cardiac/BeatTimeBases.h"
 
 #include <gtest/gtest.h>
