@@ -149,8 +149,8 @@ private:
     stretches_.windowSlices = settings_.timing.windowSlices;
     if (stretches_.scans.empty()) return;
     stretches_.split = templateSplit(shape_.samplingFrequency);
-    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency,
-                                           stretches_.volumeWise, stretches_.windowSlices)
+    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency, stretches_.volumeWise,
+                                           stretches_.windowSlices)
                                 .context();
     // The filter works in blocks: whole ones are done once.
     const int64_t block = stretches_.split.blockLength();
@@ -202,8 +202,7 @@ private:
   std::unique_ptr<GradientMeter> meterOfScans() const {
     if (findings_.timing.scans.empty()) return nullptr;
     MeteredCorrection metered;
-    for (const FoundScan& scan : findings_.timing.scans)
-      metered.scans.push_back({scan.sequence, scan.begin, scan.end});
+    metered.scans = findings_.timing.scans;
     for (const ChannelRole& role : shape_.roles)
       if (!role.passesUnchanged) metered.showsScan.push_back(role.showsSequence);
     metered.nrOfChannels = static_cast<int>(metered.showsScan.size());

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "artifacts/gradient/timing/choice/TimingChoice.h"
-#include "engine/figures/ScanStretch.h"
+#include "engine/figures/FrequencyRange.h"
 #include "engine/figures/SpectralFigures.h"
 #include "engine/figures/VolumeAverage.h"
 

@@ -18,7 +18,7 @@ constexpr double usablePartOfRate = 0.4;
 
 GradientMeter::GradientMeter(MeteredCorrection correction) : correction_(std::move(correction)) {
   scans_.reserve(correction_.scans.size());
-  for (const ScanStretch& scan : correction_.scans)
+  for (const FoundScan& scan : correction_.scans)
     scans_.push_back({comparedRange(),
                       sideOf(scan, correction_.samplingFrequency, correction_.nrOfTimePoints),
                       sideOf(scan, correction_.samplingFrequencyAfter, correction_.nrOfTimePointsAfter)});
@@ -46,7 +46,7 @@ FrequencyRange GradientMeter::comparedRange() const {
   return range;
 }
 
-GradientMeter::Side GradientMeter::sideOf(const ScanStretch& scan, double samplingFrequency,
+GradientMeter::Side GradientMeter::sideOf(const FoundScan& scan, double samplingFrequency,
                                           int64_t nrOfTimePoints) const {
   const MRSequence& sequence = scan.sequence;
   const double from = sequence.firstTriggerTime;

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "engine/figures/ChannelQuality.h"
-#include "engine/figures/ScanStretch.h"
+#include "engine/figures/FrequencyRange.h"
 #include "engine/figures/VolumeAverage.h"
 #include "engine/figures/WelchSpectrum.h"
+#include "engine/timing/FoundScan.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,7 +15,7 @@ namespace emeg {
 
 /// What is known of a correction before its first sample.
 struct MeteredCorrection {
-  std::vector<ScanStretch> scans;
+  std::vector<FoundScan> scans;
   int nrOfChannels = 0;
   std::vector<bool> showsScan;       ///< per channel: whether the scanner's timing could be looked for in it
   double samplingFrequency = 0;      ///< Hz, before the correction
@@ -72,7 +73,7 @@ private:
   };
 
   FrequencyRange comparedRange() const;
-  Side sideOf(const ScanStretch& scan, double samplingFrequency, int64_t nrOfTimePoints) const;
+  Side sideOf(const FoundScan& scan, double samplingFrequency, int64_t nrOfTimePoints) const;
   static void add(Stream& stream, int64_t announced, std::span<const double> samples,
                   FigureWorkspace& workspace);
   ChannelQuality qualityOf(const Scan& scan, const Accumulators& before, const Accumulators& after) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/figures/FrequencyRange.h"
 #include "engine/figures/VolumeGrid.h"
 
 #include <cstdint>

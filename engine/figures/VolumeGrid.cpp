@@ -15,12 +15,12 @@ constexpr double mostSamples = 1e15; // keeps numbers of samples exact
 } // namespace
 
 VolumeGrid::VolumeGrid(const MRSequence& sequence, double samplingFrequency, int64_t nrOfTimePoints,
-                       std::span<const ScanStretch> corrected)
+                       std::span<const FoundScan> corrected)
     : sequence_(sequence), samplingFrequency_(samplingFrequency), nrOfTimePoints_(nrOfTimePoints),
       nrOfPairs_(sequence.nrOfVolumes / 2) {
   isMeasurable_ = makesSense();
   if (!isMeasurable_) return;
-  for (const ScanStretch& scan : corrected) corrected_.emplace_back(scan.begin, scan.end);
+  for (const FoundScan& scan : corrected) corrected_.emplace_back(scan.begin, scan.end);
   // As many phases as samples, so that a volume of whole samples meets every phase equally often.
   const double thinning = std::max(std::floor(samplingFrequency / phasesPerSecond), 1.0);
   const double perSecond = samplingFrequency / thinning;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/figures/ScanStretch.h"
+#include "engine/timing/FoundScan.h"
 
 #include <array>
 #include <cstdint>
@@ -20,7 +20,7 @@ public:
 
   /// `samplingFrequency` in Hz. `corrected`: all scans of the recording, this one included.
   VolumeGrid(const MRSequence& sequence, double samplingFrequency, int64_t nrOfTimePoints,
-             std::span<const ScanStretch> corrected);
+             std::span<const FoundScan> corrected);
 
   /// False without two whole pairs of volumes in the recording, and with a timing or rate that makes no
   /// sense. All that follows needs true.

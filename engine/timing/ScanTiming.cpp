@@ -1,8 +1,8 @@
 #include "engine/timing/ScanTiming.h"
 
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "artifacts/gradient/templates/SegmentRemoval.h"
+#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "dsp/FrequencyFilter.h"
 #include "engine/figures/GradientMeter.h"
 
@@ -61,8 +61,7 @@ bool standsOut(CachedChannels& recording, const std::vector<int>& channels, int6
   const auto nrOfChannels = static_cast<int>(channels.size());
   const int witnesses = std::min(nrOfChannels, mostWitnesses);
   MeteredCorrection metered;
-  const FoundScan& scan = found.longest();
-  metered.scans = {{scan.sequence, scan.begin, scan.end}};
+  metered.scans = {found.longest()};
   metered.nrOfChannels = witnesses;
   metered.showsScan.assign(static_cast<size_t>(witnesses), true);
   metered.samplingFrequency = metered.samplingFrequencyAfter = samplingFrequency;

@@ -253,7 +253,7 @@ TEST(GradientMeter, DeadChannelsAloneHaveFiguresOfZero) {
 TEST(GradientMeter, TellsNothingOfFewerThanFourVolumesButOfTheOtherScans) {
   const Channels channels = channelsWith(300, Outside::Quiet);
   MeteredCorrection correction = correctionOf(channels, channels);
-  ScanStretch brief = correction.scans[0];
+  FoundScan brief = correction.scans[0];
   brief.sequence.nrOfVolumes = 3;
   correction.scans.insert(correction.scans.begin(), brief);
   const Figures both = measure(correction, channels, channels);

@@ -94,7 +94,7 @@ void measureLines(const std::vector<double>& wave, const MRSequence& sequence, c
 } // namespace
 
 VolumeFigures volumeFigures(const std::vector<double>& channel, double samplingFrequency,
-                            const MRSequence& sequence, const std::vector<ScanStretch>& corrected,
+                            const MRSequence& sequence, const std::vector<FoundScan>& corrected,
                             const FrequencyRange& range) {
   const double thinning = std::max(std::floor(samplingFrequency / 1000), 1.0);
   const auto pairPhases =
@@ -126,7 +126,7 @@ VolumeFigures volumeFigures(const std::vector<double>& channel, double samplingF
     const auto [lowest, highest] = std::minmax_element(values.begin(), values.end());
     const double begin = sequence.firstTriggerTime + static_cast<double>(volume) * sequence.volumeDuration;
     const bool isCounted = volume >= 0 && volume < sequence.nrOfVolumes;
-    const bool isCorrected = std::any_of(corrected.begin(), corrected.end(), [&](const ScanStretch& scan) {
+    const bool isCorrected = std::any_of(corrected.begin(), corrected.end(), [&](const FoundScan& scan) {
       return scan.begin < begin + sequence.volumeDuration && scan.end > begin;
     });
     if (isCounted) peaks.push_back(*highest - *lowest);

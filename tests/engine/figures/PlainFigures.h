@@ -1,7 +1,8 @@
 #pragma once
 
 #include "artifacts/gradient/timing/pauses/SequenceDetection.h"
-#include "engine/figures/ScanStretch.h"
+#include "engine/figures/FrequencyRange.h"
+#include "engine/timing/FoundScan.h"
 
 #include <cstdint>
 #include <vector>
@@ -17,7 +18,7 @@ struct VolumeFigures {
   double drift = 0;
 };
 VolumeFigures volumeFigures(const std::vector<double>& channel, double samplingFrequency,
-                            const MRSequence& sequence, const std::vector<ScanStretch>& corrected,
+                            const MRSequence& sequence, const std::vector<FoundScan>& corrected,
                             const FrequencyRange& range);
 
 /// Welch's method with windows of 2^log2Length samples and the Fourier sums written out; samples as floats.

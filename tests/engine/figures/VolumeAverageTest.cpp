@@ -18,7 +18,7 @@ constexpr double fs = 1000;
 /// One channel and the average over the volumes of a scan.
 struct Averaged {
   Averaged(const std::vector<double>& values, double samplingFrequency, const MRSequence& sequence,
-           std::vector<ScanStretch> corrected = {}, FrequencyRange range = {}, double factor = 1)
+           std::vector<FoundScan> corrected = {}, FrequencyRange range = {}, double factor = 1)
       : grid(sequence, samplingFrequency, static_cast<int64_t>(values.size()), corrected),
         average(grid, range, factor, VolumeAverage::Drift::Measured) {
     average.add(values);
@@ -131,7 +131,7 @@ TEST(VolumeAverage, VolumesOfNoWholeNumberOfSamplesDoNotSeemToDrift) {
 TEST(VolumeAverage, AgreesWithTheDefinition) {
   for (const double rate : {250.0, 1000.0, 2170.5}) {
     const std::vector<double> values = noisyScan(rate, 80, 7);
-    const std::vector<ScanStretch> corrected = {{scanOf30Volumes(), 2.9, 63.1}, {scanOf30Volumes(), 71, 75}};
+    const std::vector<FoundScan> corrected = {{scanOf30Volumes(), 2.9, 63.1}, {scanOf30Volumes(), 71, 75}};
     const Averaged measured(values, rate, scanOf30Volumes(), corrected, {2, 90});
     const VolumeLockedPart part = measured.average.volumeLocked();
     const plain::VolumeFigures plain =

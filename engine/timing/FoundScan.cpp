@@ -1,4 +1,4 @@
-#include "engine/Findings.h"
+#include "engine/timing/FoundScan.h"
 
 #include <algorithm>
 
