@@ -11,6 +11,7 @@ struct PositionRange {
   int64_t end = 0;
 
   int64_t length() const { return end - begin; }
+  friend bool operator==(const PositionRange&, const PositionRange&) = default;
 };
 
 /// Consecutive samples of one channel, and where they lie in its recording.

@@ -62,7 +62,7 @@ struct Energies {
   double artifact = 0;
   double left = 0;
   void add(const SimulatedBcg& recording, const std::vector<std::vector<double>>& estimates,
-           SampleStretch samples) {
+           PositionRange samples) {
     for (size_t c = 0; c < estimates.size(); ++c) {
       for (auto i = static_cast<size_t>(samples.begin); i < static_cast<size_t>(samples.end); ++i) {
         const double truth = recording.artifact[c][i];
@@ -119,15 +119,15 @@ void addSeed(const Case& what, uint64_t seed, Figures& figures) {
   const PulseModel after(found.positions, found.period.period, keepingBeatModel(recording.rate));
   const auto estimatesBefore = estimatesOf(recording, before);
   const auto estimatesAfter = estimatesOf(recording, after);
-  const SampleStretch span{static_cast<int64_t>(selected.front()), static_cast<int64_t>(selected.back())};
-  const SampleStretch whole{0, recording.length};
+  const PositionRange span{static_cast<int64_t>(selected.front()), static_cast<int64_t>(selected.back())};
+  const PositionRange whole{0, recording.length};
   Energies energies[5];
   energies[0].add(recording, estimatesBefore, span);
   energies[1].add(recording, estimatesAfter, span);
   energies[2].add(recording, estimatesBefore, whole);
   energies[3].add(recording, estimatesAfter, whole);
   double modelled = 0;
-  for (const SampleStretch& stretch : after.modelledStretches(recording.length)) {
+  for (const PositionRange& stretch : after.modelledStretches(recording.length)) {
     energies[4].add(recording, estimatesAfter, stretch);
     modelled += static_cast<double>(stretch.end - stretch.begin);
   }

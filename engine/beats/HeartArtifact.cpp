@@ -97,7 +97,7 @@ private:
             {static_cast<double>(from) / series_.rate, static_cast<double>(to) / series_.rate});
     };
     const PulseModel model(pulses, period_.period, settings_);
-    for (const SampleStretch& stretch : model.modelledStretches(series_.length)) {
+    for (const PositionRange& stretch : model.modelledStretches(series_.length)) {
       note(stretch.begin);
       from = stretch.end;
     }

@@ -53,7 +53,7 @@ std::vector<BeatStretch> splitAtGaps(const std::vector<double>& beats, double ga
   return stretches;
 }
 
-SampleStretch modelledSamples(const BeatStretch& stretch, const std::vector<double>& beats, int64_t length) {
+PositionRange modelledSamples(const BeatStretch& stretch, const std::vector<double>& beats, int64_t length) {
   const auto first = static_cast<int64_t>(beats[stretch.firstBeat]);
   const auto last = static_cast<int64_t>(beats[stretch.lastBeat]);
   return {std::clamp<int64_t>(first - stretch.inFront.reach, 0, length),

@@ -1,18 +1,12 @@
 #pragma once
 
+#include "dsp/RecordingStretch.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace emeg {
-
-/// Samples begin ... end - 1 of a series.
-struct SampleStretch {
-  int64_t begin = 0;
-  int64_t end = 0;
-
-  friend bool operator==(const SampleStretch&, const SampleStretch&) = default;
-};
 
 /// What there is of a beat on its side without a neighbour, in whole samples.
 struct OuterBeat {
@@ -34,6 +28,6 @@ struct BeatStretch {
 std::vector<BeatStretch> splitAtGaps(const std::vector<double>& beats, double gapFactor);
 
 /// The samples that the model explains, the fades included.
-SampleStretch modelledSamples(const BeatStretch& stretch, const std::vector<double>& beats, int64_t length);
+PositionRange modelledSamples(const BeatStretch& stretch, const std::vector<double>& beats, int64_t length);
 
 } // namespace emeg

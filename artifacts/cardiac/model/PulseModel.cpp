@@ -62,8 +62,8 @@ int32_t PulseModel::nrOfEpochs() const {
   return count;
 }
 
-std::vector<SampleStretch> PulseModel::modelledStretches(int64_t length) const {
-  std::vector<SampleStretch> modelled;
+std::vector<PositionRange> PulseModel::modelledStretches(int64_t length) const {
+  std::vector<PositionRange> modelled;
   if (!hasBeats_) return modelled;
   for (const BeatStretch& stretch : stretches_) modelled.push_back(modelledSamples(stretch, pulses_, length));
   if (!settings_.keepOutside) {

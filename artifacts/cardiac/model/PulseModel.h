@@ -40,7 +40,7 @@ public:
 
   /// The samples that the model explains, in ascending order: all that lies between is estimated as 0 with
   /// `keepOutside`, and taken for the artifact itself otherwise.
-  std::vector<SampleStretch> modelledStretches(int64_t length) const;
+  std::vector<PositionRange> modelledStretches(int64_t length) const;
 
   /// Values of one interval on the common time base.
   int32_t modelLength() const { return base_.modelLength; }

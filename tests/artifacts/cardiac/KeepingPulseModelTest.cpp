@@ -70,10 +70,10 @@ TEST(KeepingPulseModel, TheEstimateIsZeroOutsideTheStretchesThatItNames) {
   const PulseModel model(pulses, period, keepingBeatModel(rate));
   const Recording recording(pulses, length, 5);
   const std::vector<double> estimate = estimateOf(model, recording);
-  const std::vector<SampleStretch> stretches = model.modelledStretches(recording.length);
+  const std::vector<PositionRange> stretches = model.modelledStretches(recording.length);
   ASSERT_EQ(stretches.size(), 2U);
   std::vector<bool> isModelled(length + 1, false);
-  for (const SampleStretch& stretch : stretches)
+  for (const PositionRange& stretch : stretches)
     std::fill(isModelled.begin() + stretch.begin, isModelled.begin() + stretch.end, true);
   int64_t nrOfZeros = 0;
   for (std::size_t i = 0; i < estimate.size(); ++i) {
@@ -210,7 +210,7 @@ TEST(KeepingPulseModel, StrangePositionsDoNoHarm) {
     const Recording recording(varied, 3000, 3);
     for (const double value : estimateOf(PulseModel(pulses, period, keepingBeatModel(rate)), recording))
       ASSERT_TRUE(std::isfinite(value));
-    for (const SampleStretch& stretch :
+    for (const PositionRange& stretch :
          PulseModel(pulses, period, keepingBeatModel(rate)).modelledStretches(recording.length)) {
       EXPECT_GE(stretch.begin, 0);
       EXPECT_LE(stretch.begin, stretch.end);
@@ -228,8 +228,8 @@ TEST(KeepingPulseModel, FewerThanThreePulsesModelNothing) {
 
 TEST(KeepingPulseModel, ThePluginsRuleReachesFromTheFirstPulseToTheLast) {
   const PulseModel model({300, 550, 801.5}, period);
-  EXPECT_EQ(model.modelledStretches(2000), (std::vector<SampleStretch>{{300, 801}}));
-  EXPECT_EQ(model.modelledStretches(700), (std::vector<SampleStretch>{{300, 700}}));
+  EXPECT_EQ(model.modelledStretches(2000), (std::vector<PositionRange>{{300, 801}}));
+  EXPECT_EQ(model.modelledStretches(700), (std::vector<PositionRange>{{300, 700}}));
 }
 
 } // namespace

@@ -16,7 +16,7 @@ constexpr double longestVolume = 12; // seconds between volume markers of one sc
 constexpr size_t leastMarkersInScan = 3;
 
 /// A line may reach half way to its neighbours.
-SampleRange limitsOf(const std::vector<MarkerLine>& lines, size_t index, int64_t nrOfSamples) {
+PositionRange limitsOf(const std::vector<MarkerLine>& lines, size_t index, int64_t nrOfSamples) {
   const auto endOf = [](const MarkerLine& line) {
     return line.onset + static_cast<double>(line.nrOfRepeats) * line.interval;
   };
@@ -51,9 +51,9 @@ std::vector<double> usableMarkers(std::span<const double> markers, int64_t nrOfS
 }
 
 /// Where markers follow each other without a pause, from the first one to `behind` samples behind the last.
-std::vector<SampleRange> markedStretches(const std::vector<double>& sorted, double pause, double behind,
-                                         int64_t nrOfSamples) {
-  std::vector<SampleRange> stretches;
+std::vector<PositionRange> markedStretches(const std::vector<double>& sorted, double pause, double behind,
+                                           int64_t nrOfSamples) {
+  std::vector<PositionRange> stretches;
   for (size_t first = 0; first < sorted.size();) {
     size_t last = first;
     while (last + 1 < sorted.size() && sorted[last + 1] - sorted[last] < pause) ++last;
@@ -71,8 +71,8 @@ bool liesIn(const std::vector<ScanSegment>& scans, double sample) {
 }
 
 /// As far as a scan between others may reach.
-SampleRange limitsBetween(const std::vector<ScanSegment>& scans, double sample, int64_t nrOfSamples) {
-  SampleRange limits{0, nrOfSamples};
+PositionRange limitsBetween(const std::vector<ScanSegment>& scans, double sample, int64_t nrOfSamples) {
+  PositionRange limits{0, nrOfSamples};
   for (const ScanSegment& scan : scans) {
     if (scan.end <= sample) limits.begin = std::max(limits.begin, static_cast<int64_t>(scan.end));
     if (scan.begin >= sample) limits.end = std::min(limits.end, static_cast<int64_t>(scan.begin));
@@ -90,14 +90,14 @@ void addScansAroundOtherMarkers(const ScanSearch& search, double samplingFrequen
     if (!liesIn(scans, marker)) open.push_back(marker);
   const int64_t n = search.nrOfSamples();
   const double pause = longestVolume * samplingFrequency;
-  for (const SampleRange& marked : markedStretches(open, pause, 0, n)) {
+  for (const PositionRange& marked : markedStretches(open, pause, 0, n)) {
     if (marked.length() < 2) continue; // a single marker tells no volume
     const auto first = static_cast<double>(marked.begin);
-    const SampleRange limits = limitsBetween(scans, first, n);
+    const PositionRange limits = limitsBetween(scans, first, n);
     // The last marker stands before a whole volume, the first may be missing: one volume or two of them.
     const int64_t reach = 5 * marked.length() / 2;
-    const SampleRange around{std::max(limits.begin, marked.begin - reach),
-                             std::min(limits.end, marked.end + reach)};
+    const PositionRange around{std::max(limits.begin, marked.begin - reach),
+                               std::min(limits.end, marked.end + reach)};
     GivenTiming given;
     given.nrOfSlicesPerVolume = nrOfSlicesPerVolume;
     given.firstOnset = first / samplingFrequency;
@@ -114,7 +114,7 @@ std::vector<ScanSegment> scansFromVolumes(const ScanSearch& search, double sampl
   std::vector<ScanSegment> scans;
   bool isEveryLineAScan = true;
   for (size_t i = 0; i < lines.size(); ++i) {
-    const SampleRange limits = limitsOf(lines, i, search.nrOfSamples());
+    const PositionRange limits = limitsOf(lines, i, search.nrOfSamples());
     const auto scan = search.scanOfVolumes({lines[i].onset, lines[i].interval}, {0, lines[i].nrOfRepeats - 1},
                                            limits, nrOfSlicesPerVolume);
     if (scan) scans.push_back(*scan);
@@ -166,7 +166,7 @@ std::vector<ScanSegment> scansFromSlices(const ScanSearch& search, double sampli
   given.sliceDuration = sliceDurationOf(sorted) / samplingFrequency;
   if (given.sliceDuration == 0) return {};
 
-  const std::vector<SampleRange> stretches =
+  const std::vector<PositionRange> stretches =
       markedStretches(sorted, longestPause * samplingFrequency, given.sliceDuration * samplingFrequency, n);
   std::vector<ScanSegment> scans;
   double limit = 0;

@@ -18,7 +18,7 @@ constexpr size_t mostPartsOfVolume = 3; // labelling, preparation, readout
 
 /// How many stretches from the first one on repeat themselves after so many parts of a volume; 1 when fewer
 /// than three volumes do.
-size_t lengthOfRow(const std::vector<SampleRange>& stretches, size_t first, size_t parts,
+size_t lengthOfRow(const std::vector<PositionRange>& stretches, size_t first, size_t parts,
                    double samplingFrequency) {
   // Each begin and end is known to within a window.
   const double tolerance = 2 * std::ceil(activityWindow * samplingFrequency);
@@ -27,7 +27,7 @@ size_t lengthOfRow(const std::vector<SampleRange>& stretches, size_t first, size
   };
   size_t count = 0;
   for (size_t k = first; k + 2 * parts < stretches.size(); ++k) {
-    const SampleRange &one = stretches[k], &two = stretches[k + parts], &three = stretches[k + 2 * parts];
+    const PositionRange &one = stretches[k], &two = stretches[k + parts], &three = stretches[k + 2 * parts];
     if (!areEquallyFar(one.begin, two.begin, three.begin) && !areEquallyFar(one.end, two.end, three.end))
       break;
     count = k + 2 * parts + 1 - first;
@@ -37,8 +37,8 @@ size_t lengthOfRow(const std::vector<SampleRange>& stretches, size_t first, size
 
 } // namespace
 
-std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
-                                       double longestGap) {
+std::vector<PositionRange> busyStretches(std::span<const double> sharpened, double samplingFrequency,
+                                         double longestGap) {
   const auto window = static_cast<int64_t>(std::max(1.0, activityWindow * samplingFrequency));
   const auto n = static_cast<int64_t>(sharpened.size());
   std::vector<double> activity;
@@ -54,7 +54,7 @@ std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double
   const double quiet = std::max(lowerPercentile(activity, quietPercentile), deepestQuiet * busy);
   const double threshold = busy / quiet < contrastOfScans ? 0 : std::sqrt(busy * quiet);
 
-  std::vector<SampleRange> stretches;
+  std::vector<PositionRange> stretches;
   for (size_t k = 0; k < activity.size(); ++k) {
     if (activity[k] < threshold) continue;
     const int64_t begin = static_cast<int64_t>(k) * window;
@@ -68,9 +68,9 @@ std::vector<SampleRange> busyStretches(std::span<const double> sharpened, double
   return stretches;
 }
 
-std::vector<std::vector<SampleRange>> possibleVolumes(const std::vector<SampleRange>& stretches,
-                                                      double samplingFrequency) {
-  std::vector<std::vector<SampleRange>> groups;
+std::vector<std::vector<PositionRange>> possibleVolumes(const std::vector<PositionRange>& stretches,
+                                                        double samplingFrequency) {
+  std::vector<std::vector<PositionRange>> groups;
   for (size_t first = 0; first < stretches.size();) {
     size_t count = 1;
     for (size_t parts = 1; parts <= mostPartsOfVolume; ++parts)

@@ -1,9 +1,9 @@
 #include "artifacts/gradient/timing/volumes/Periodicity.h"
 
-#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
 #include "artifacts/gradient/templates/BandLimitedShift.h"
-#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "artifacts/gradient/timing/slices/SlicesInARow.h"
+#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
+#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "dsp/Statistics.h"
 
 #include <algorithm>
@@ -147,8 +147,8 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
   return periods;
 }
 
-SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
-                                    double samplingFrequency) {
+PositionRange longestRepeatingStretch(std::span<const double> sharpened, double period,
+                                      double samplingFrequency) {
   const auto n = static_cast<int64_t>(sharpened.size());
   const double whole = std::floor(period);
   const auto lag = static_cast<int64_t>(whole);
@@ -187,13 +187,13 @@ SampleRange longestRepeatingStretch(std::span<const double> sharpened, double pe
   if (similarity.empty()) return {};
   const double threshold = std::max(0.6 * lowerPercentile(similarity, 0.9), leastCorrelation);
 
-  SampleRange longest;
+  PositionRange longest;
   for (size_t k = 0; k < similarity.size(); ++k) {
     if (similarity[k] < threshold) continue;
     size_t last = k;
     while (last + 1 < similarity.size() && similarity[last + 1] >= threshold) ++last;
-    const SampleRange run{static_cast<int64_t>(k) * block,
-                          static_cast<int64_t>(last + blocksPerWindow) * block + lag};
+    const PositionRange run{static_cast<int64_t>(k) * block,
+                            static_cast<int64_t>(last + blocksPerWindow) * block + lag};
     if (run.length() > longest.length()) longest = run;
     k = last;
   }

@@ -26,7 +26,7 @@ std::vector<Period> findPeriods(std::span<const double> sharpened, double sampli
 
 /// The longest stretch in which the signal resembles what follows one period later; it ends where the last of
 /// these repeats ends.
-SampleRange longestRepeatingStretch(std::span<const double> sharpened, double period,
-                                    double samplingFrequency);
+PositionRange longestRepeatingStretch(std::span<const double> sharpened, double period,
+                                      double samplingFrequency);
 
 } // namespace emeg

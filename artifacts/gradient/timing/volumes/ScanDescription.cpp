@@ -26,7 +26,8 @@ constexpr double longestEndSlack = 0.1; // seconds
 
 /// Repeats beyond the known ones that still resemble the average, in one direction.
 int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit,
-                        const RepeatComparison& comparison, int64_t from, int64_t step, SampleRange limits) {
+                        const RepeatComparison& comparison, int64_t from, int64_t step,
+                        PositionRange limits) {
   int64_t outermost = from;
   int64_t misses = 0;
   for (int64_t v = from + step; misses <= toleratedMisses; v += step) {
@@ -48,13 +49,13 @@ int64_t outermostRepeat(std::span<const double> signal, const FittedRepeats& fit
 }
 
 /// Follows the repeats to both ends, in steps that double, so that the line always holds for the next ones.
-FittedRepeats extended(std::span<const double> signal, FittedRepeats fit, SampleRange limits) {
+FittedRepeats extended(std::span<const double> signal, FittedRepeats fit, PositionRange limits) {
   for (int round = 0; round < 40; ++round) {
     const RepeatComparison comparison(
         averageRepeat(signal, fit.line, fit.range, static_cast<int64_t>(fit.line.period), fit.used));
     const auto reach =
         static_cast<int64_t>(std::ceil(fit.line.period)) * std::max<int64_t>(fit.range.count(), 4);
-    const SampleRange near{
+    const PositionRange near{
         std::max(limits.begin,
                  static_cast<int64_t>(fit.line.at(static_cast<double>(fit.range.first))) - reach),
         std::min(limits.end,
@@ -140,7 +141,8 @@ int32_t bestDivisor(double slices, int32_t wanted) {
 } // namespace
 
 std::optional<ScanSegment> describeScan(std::span<const double> sharpened, double samplingFrequency,
-                                        FittedRepeats volumes, SampleRange limits, const KnownTiming& known) {
+                                        FittedRepeats volumes, PositionRange limits,
+                                        const KnownTiming& known) {
   const FittedRepeats fit = extended(sharpened, std::move(volumes), limits);
   if (fit.range.count() < 2) return std::nullopt;
   const double period = fit.line.period;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "artifacts/gradient/timing/volumes/Periodicity.h"
-#include "artifacts/gradient/timing/volumes/Repeats.h"
 #include "artifacts/gradient/ScanSegment.h"
 #include "artifacts/gradient/timing/slices/SliceStructure.h"
+#include "artifacts/gradient/timing/volumes/Periodicity.h"
+#include "artifacts/gradient/timing/volumes/Repeats.h"
 
 #include <optional>
 #include <span>
@@ -22,6 +22,7 @@ struct KnownTiming {
 /// Follows a scan from the volumes that are known (`volumes`, a fit to the sharpened and clipped signal) to
 /// where it begins and ends within `limits`, and describes it. Nothing when there are not two volumes.
 std::optional<ScanSegment> describeScan(std::span<const double> sharpened, double samplingFrequency,
-                                        FittedRepeats volumes, SampleRange limits, const KnownTiming& known);
+                                        FittedRepeats volumes, PositionRange limits,
+                                        const KnownTiming& known);
 
 } // namespace emeg

@@ -20,7 +20,7 @@ constexpr double hardlyAny = 0.02; // of a busy block's power: what may be cut o
 } // namespace
 
 ScanEdges::ScanEdges(std::span<const double> signal, const FittedRepeats& fit, std::vector<double> average,
-                     double samplingFrequency, SampleRange limits)
+                     double samplingFrequency, PositionRange limits)
     : signal_(signal), fit_(fit), average_(std::move(average)), limits_(limits),
       block_(std::max<int64_t>(static_cast<int64_t>(edgeBlock * samplingFrequency), 4)),
       nrOfBlocks_(static_cast<int64_t>(average_.size()) / block_) {

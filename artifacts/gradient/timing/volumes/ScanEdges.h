@@ -14,7 +14,7 @@ namespace emeg {
 class ScanEdges {
 public:
   ScanEdges(std::span<const double> signal, const FittedRepeats& fit, std::vector<double> average,
-            double samplingFrequency, SampleRange limits);
+            double samplingFrequency, PositionRange limits);
 
   /// The sample at which activity begins.
   double begin() const;
@@ -31,7 +31,7 @@ private:
   std::span<const double> signal_;
   const FittedRepeats& fit_;
   std::vector<double> average_;
-  SampleRange limits_;
+  PositionRange limits_;
   int64_t block_;
   int64_t nrOfBlocks_;
   double floor_ = 0;

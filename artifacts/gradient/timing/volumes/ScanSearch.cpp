@@ -28,7 +28,8 @@ constexpr double sameSlice = 0.02;        // relative
 constexpr int mostRounds = 200;           // scans and leftovers looked at
 
 /// As far as a scan may reach: to the scans around it.
-SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& found, SampleRange limits) {
+PositionRange limitsAround(PositionRange stretch, const std::vector<ScanSegment>& found,
+                           PositionRange limits) {
   const double middle = static_cast<double>(stretch.begin + stretch.end) / 2;
   for (const ScanSegment& scan : found) {
     if (scan.end <= middle) limits.begin = std::max(limits.begin, static_cast<int64_t>(scan.end));
@@ -38,16 +39,17 @@ SampleRange limitsAround(SampleRange stretch, const std::vector<ScanSegment>& fo
 }
 
 /// Those that come next begin where these end.
-void addBehind(std::vector<ScanSegment>& found, SampleRange& limits, const std::vector<ScanSegment>& scans) {
+void addBehind(std::vector<ScanSegment>& found, PositionRange& limits,
+               const std::vector<ScanSegment>& scans) {
   found.insert(found.end(), scans.begin(), scans.end());
   if (!found.empty()) limits.begin = std::max(limits.begin, static_cast<int64_t>(found.back().end));
 }
 
 /// What the stretches have of a range.
-std::vector<SampleRange> partsOf(SampleRange range, const std::vector<SampleRange>& stretches) {
-  std::vector<SampleRange> parts;
-  for (const SampleRange& stretch : stretches) {
-    const SampleRange part{std::max(range.begin, stretch.begin), std::min(range.end, stretch.end)};
+std::vector<PositionRange> partsOf(PositionRange range, const std::vector<PositionRange>& stretches) {
+  std::vector<PositionRange> parts;
+  for (const PositionRange& stretch : stretches) {
+    const PositionRange part{std::max(range.begin, stretch.begin), std::min(range.end, stretch.end)};
     if (part.length() > 0) parts.push_back(part);
   }
   return parts;
@@ -77,11 +79,11 @@ std::vector<ScanSegment> ScanSearch::scans(const GivenTiming& given) const {
 
 /// Each stretch by itself, behind what was found in those before: a scan may have been followed into the next
 /// one, across a dropout.
-std::vector<ScanSegment> ScanSearch::scansInTurn(const std::vector<SampleRange>& stretches,
-                                                 SampleRange limits, size_t gap,
+std::vector<ScanSegment> ScanSearch::scansInTurn(const std::vector<PositionRange>& stretches,
+                                                 PositionRange limits, size_t gap,
                                                  const GivenTiming& given) const {
   std::vector<ScanSegment> found;
-  for (const std::vector<SampleRange>& group : possibleVolumes(stretches, fs_))
+  for (const std::vector<PositionRange>& group : possibleVolumes(stretches, fs_))
     addBehind(found, limits,
               group.size() > 1 ? scansAcross(group, limits, gap, given)
                                : scansWithin(group.front(), limits, gap, given));
@@ -89,45 +91,45 @@ std::vector<ScanSegment> ScanSearch::scansInTurn(const std::vector<SampleRange>&
 }
 
 /// The stretch, or where there is quiet in it that would not part the stretch from others, its parts.
-std::vector<ScanSegment> ScanSearch::scansWithin(SampleRange stretch, SampleRange limits, size_t gap,
+std::vector<ScanSegment> ScanSearch::scansWithin(PositionRange stretch, PositionRange limits, size_t gap,
                                                  const GivenTiming& given) const {
   stretch.begin = std::max(stretch.begin, limits.begin);
   while (++gap < nrOfGaps) {
-    const std::vector<SampleRange> parts = partsOf(stretch, busyStretches_[gap]);
+    const std::vector<PositionRange> parts = partsOf(stretch, busyStretches_[gap]);
     if (parts.size() > 1) return scansInTurn(parts, limits, gap, given);
   }
   return scansIn(stretch, limits, given);
 }
 
 /// Stretches that may be one scan's volumes or scans of their own: what describes them better decides.
-std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<SampleRange>& stretches,
-                                                 SampleRange limits, size_t gap,
+std::vector<ScanSegment> ScanSearch::scansAcross(const std::vector<PositionRange>& stretches,
+                                                 PositionRange limits, size_t gap,
                                                  const GivenTiming& given) const {
-  const SampleRange whole{std::max(stretches.front().begin, limits.begin), stretches.back().end};
+  const PositionRange whole{std::max(stretches.front().begin, limits.begin), stretches.back().end};
   std::vector<ScanSegment> across = scansIn(whole, limits, given);
   std::vector<ScanSegment> apart;
-  for (const SampleRange& stretch : stretches)
+  for (const PositionRange& stretch : stretches)
     addBehind(apart, limits, scansWithin(stretch, limits, gap, given));
   return areBetter(across, apart, sharpened_) ? across : apart;
 }
 
-std::span<const double> ScanSearch::part(SampleRange range) const {
+std::span<const double> ScanSearch::part(PositionRange range) const {
   return std::span(sharpened_).subspan(static_cast<size_t>(range.begin), static_cast<size_t>(range.length()));
 }
 
-SampleRange ScanSearch::busyPartOf(SampleRange range) const {
-  SampleRange busy = range;
-  for (const SampleRange& part : partsOf(range, busyStretches_[gapWithinVolumes]))
+PositionRange ScanSearch::busyPartOf(PositionRange range) const {
+  PositionRange busy = range;
+  for (const PositionRange& part : partsOf(range, busyStretches_[gapWithinVolumes]))
     if (busy.length() == range.length() || part.length() > busy.length()) busy = part;
   return busy;
 }
 
-std::vector<ScanSegment> ScanSearch::scansIn(SampleRange whole, SampleRange limits,
+std::vector<ScanSegment> ScanSearch::scansIn(PositionRange whole, PositionRange limits,
                                              const GivenTiming& given) const {
-  std::vector<SampleRange> open = {whole};
+  std::vector<PositionRange> open = {whole};
   std::vector<ScanSegment> found;
   for (int round = 0; !open.empty() && round < mostRounds; ++round) {
-    const SampleRange stretch = open.back();
+    const PositionRange stretch = open.back();
     open.pop_back();
     if (static_cast<double>(stretch.length()) < leastStretch * fs_) continue;
     const std::optional<ScanSegment> scan = scanIn(stretch, limitsAround(stretch, found, limits), given);
@@ -143,7 +145,7 @@ std::vector<ScanSegment> ScanSearch::scansIn(SampleRange whole, SampleRange limi
   return found;
 }
 
-std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange limits,
+std::optional<ScanSegment> ScanSearch::scanIn(PositionRange stretch, PositionRange limits,
                                               const GivenTiming& given) const {
   std::optional<ScanSegment> best;
   double bestScore = 0;
@@ -169,7 +171,7 @@ std::optional<ScanSegment> ScanSearch::scanIn(SampleRange stretch, SampleRange l
   return best;
 }
 
-double ScanSearch::scoreIn(SampleRange stretch, const ScanSegment& scan) const {
+double ScanSearch::scoreIn(PositionRange stretch, const ScanSegment& scan) const {
   return scoreOf(scan, (scan.end - scan.begin) / static_cast<double>(stretch.length()));
 }
 
@@ -179,7 +181,7 @@ bool ScanSearch::isOfScanner(const ScanSegment& scan) const {
 }
 
 /// Those that the waveform shows, in ascending order, then those that are known.
-std::vector<Period> ScanSearch::candidatePeriods(SampleRange stretch, bool evened,
+std::vector<Period> ScanSearch::candidatePeriods(PositionRange stretch, bool evened,
                                                  const GivenTiming& given) const {
   const double expected = given.volumeDuration * fs_;
   std::vector<Period> periods = findPeriods(part(stretch), fs_, evened, expected, clockTolerance * expected);
@@ -196,9 +198,9 @@ std::vector<Period> ScanSearch::candidatePeriods(SampleRange stretch, bool evene
   return periods;
 }
 
-std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, SampleRange stretch,
-                                                    SampleRange limits, const GivenTiming& given) const {
-  SampleRange core = longestRepeatingStretch(part(stretch), period.samples, fs_);
+std::optional<ScanSegment> ScanSearch::scanOfPeriod(const Period& period, PositionRange stretch,
+                                                    PositionRange limits, const GivenTiming& given) const {
+  PositionRange core = longestRepeatingStretch(part(stretch), period.samples, fs_);
   core = {core.begin + stretch.begin, core.end + stretch.begin};
   const RepeatLine line{static_cast<double>(core.begin), period.samples};
   const RepeatRange range =
@@ -234,7 +236,8 @@ void ScanSearch::makeVolumes(FittedRepeats& repeats, KnownTiming& known) const {
 }
 
 std::optional<ScanSegment> ScanSearch::scanOfVolumes(const RepeatLine& volumes, RepeatRange range,
-                                                     SampleRange limits, int32_t nrOfSlicesPerVolume) const {
+                                                     PositionRange limits,
+                                                     int32_t nrOfSlicesPerVolume) const {
   const RepeatRange inside = wholeRepeats(volumes, 0, static_cast<double>(nrOfSamples()));
   range = {std::max(range.first, inside.first), std::min(range.last, inside.last)};
   if (range.count() < 2) return std::nullopt;

@@ -23,29 +23,30 @@ public:
 
   /// The scan in a stretch: the candidate period that explains most of it; of those that explain as much, the
   /// shortest. It may reach beyond the stretch up to the limits.
-  std::optional<ScanSegment> scanIn(SampleRange stretch, SampleRange limits, const GivenTiming& given) const;
+  std::optional<ScanSegment> scanIn(PositionRange stretch, PositionRange limits,
+                                    const GivenTiming& given) const;
 
   /// The scan of volumes whose onsets are known to within a sample or so.
-  std::optional<ScanSegment> scanOfVolumes(const RepeatLine& volumes, RepeatRange range, SampleRange limits,
+  std::optional<ScanSegment> scanOfVolumes(const RepeatLine& volumes, RepeatRange range, PositionRange limits,
                                            int32_t nrOfSlicesPerVolume) const;
 
   /// The longest part of the range that is busy; all of it where none is.
-  SampleRange busyPartOf(SampleRange range) const;
+  PositionRange busyPartOf(PositionRange range) const;
 
   int64_t nrOfSamples() const { return static_cast<int64_t>(sharpened_.size()); }
 
 private:
-  std::span<const double> part(SampleRange range) const;
-  std::vector<ScanSegment> scansInTurn(const std::vector<SampleRange>& stretches, SampleRange limits,
+  std::span<const double> part(PositionRange range) const;
+  std::vector<ScanSegment> scansInTurn(const std::vector<PositionRange>& stretches, PositionRange limits,
                                        size_t gap, const GivenTiming& given) const;
-  std::vector<ScanSegment> scansWithin(SampleRange stretch, SampleRange limits, size_t gap,
+  std::vector<ScanSegment> scansWithin(PositionRange stretch, PositionRange limits, size_t gap,
                                        const GivenTiming& given) const;
-  std::vector<ScanSegment> scansAcross(const std::vector<SampleRange>& stretches, SampleRange limits,
+  std::vector<ScanSegment> scansAcross(const std::vector<PositionRange>& stretches, PositionRange limits,
                                        size_t gap, const GivenTiming& given) const;
-  std::vector<ScanSegment> scansIn(SampleRange whole, SampleRange limits, const GivenTiming& given) const;
-  double scoreIn(SampleRange stretch, const ScanSegment& scan) const;
-  std::vector<Period> candidatePeriods(SampleRange stretch, bool evened, const GivenTiming& given) const;
-  std::optional<ScanSegment> scanOfPeriod(const Period& period, SampleRange stretch, SampleRange limits,
+  std::vector<ScanSegment> scansIn(PositionRange whole, PositionRange limits, const GivenTiming& given) const;
+  double scoreIn(PositionRange stretch, const ScanSegment& scan) const;
+  std::vector<Period> candidatePeriods(PositionRange stretch, bool evened, const GivenTiming& given) const;
+  std::optional<ScanSegment> scanOfPeriod(const Period& period, PositionRange stretch, PositionRange limits,
                                           const GivenTiming& given) const;
   bool isOfScanner(const ScanSegment& scan) const;
   void makeVolumes(FittedRepeats& repeats, KnownTiming& known) const;
@@ -53,7 +54,7 @@ private:
   static constexpr size_t nrOfGaps = 3;
   double fs_;
   std::vector<double> sharpened_;
-  std::array<std::vector<SampleRange>, nrOfGaps> busyStretches_;
+  std::array<std::vector<PositionRange>, nrOfGaps> busyStretches_;
 };
 
 } // namespace emeg

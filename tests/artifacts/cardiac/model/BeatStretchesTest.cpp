@@ -81,8 +81,8 @@ TEST(BeatStretches, NeighboursNeverReachIntoEachOther) {
 TEST(BeatStretches, TheModelledSamplesLieInsideTheRecording) {
   const std::vector<double> beats = regularBeats(10, 250, 20);
   const std::vector<BeatStretch> stretches = splitAtGaps(beats, 1.5);
-  EXPECT_EQ(modelledSamples(stretches[0], beats, 5000), (SampleStretch{0, 2270 + 150}));
-  EXPECT_EQ(modelledSamples(stretches[0], beats, 2300), (SampleStretch{0, 2300}));
+  EXPECT_EQ(modelledSamples(stretches[0], beats, 5000), (PositionRange{0, 2270 + 150}));
+  EXPECT_EQ(modelledSamples(stretches[0], beats, 2300), (PositionRange{0, 2300}));
 }
 
 } // namespace

@@ -19,7 +19,7 @@ std::vector<double> busyIn(const std::vector<std::pair<double, double>>& stretch
 }
 
 std::vector<size_t> sizesOfGroups(const std::vector<double>& begins, double length) {
-  std::vector<SampleRange> stretches;
+  std::vector<PositionRange> stretches;
   for (const double begin : begins)
     stretches.push_back({static_cast<int64_t>(begin * fs), static_cast<int64_t>((begin + length) * fs)});
   std::vector<size_t> sizes;
