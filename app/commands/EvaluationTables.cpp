@@ -55,7 +55,7 @@ void printSequence(std::ostream& out, const Evaluation& evaluation) {
     if (found) out << fmt::sprintf("%14.7f s", foundValue);
     out << "\n";
   };
-  const DetectedSequence s = found.value_or(DetectedSequence());
+  const MRSequence s = found.value_or(MRSequence());
   count("volumes", truth.scans.front().nrOfVolumes, s.nrOfVolumes);
   count("slices per volume", truth.nrOfSlicesPerVolume, s.nrOfSlicesPerVolume);
   seconds("volume duration", truth.volumeDuration, s.volumeDuration);
