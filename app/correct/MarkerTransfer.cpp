@@ -1,5 +1,7 @@
 #include "app/correct/MarkerTransfer.h"
 
+#include "engine/beats/BeatDoubts.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -60,15 +62,6 @@ bool moveIntoInterval(RecordingMarker& marker, const CorrectionPlan& plan) {
 }
 
 } // namespace
-
-std::vector<Stretch> guessedStretches(const Findings& found) {
-  constexpr int64_t severalBeats = 4;
-  std::vector<Stretch> stretches;
-  for (const FilledGap& gap : found.knownPulses.gaps)
-    if (gap.nrOfBeats >= severalBeats)
-      stretches.push_back({gap.from / found.pulseSampleRate, gap.to / found.pulseSampleRate});
-  return stretches;
-}
 
 std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
                                              const Findings& found, bool atWholeSamples) {

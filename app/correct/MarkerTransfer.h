@@ -14,10 +14,6 @@ inline constexpr const char* pulseMarkerName = "HeartPulseTriggers";
 inline constexpr const char* unmodelledMarkerName = "BAD_no_pulse_model";
 inline constexpr const char* guessedMarkerName = "BAD_guessed_pulses";
 
-/// Stretches of the corrected interval in which several known beats were missing, one after the other, and
-/// their places were guessed.
-std::vector<Stretch> guessedStretches(const Findings& found);
-
 /// The recording's markers at their places in the corrected interval, those that it does not touch left out,
 /// and those of what was found, in ascending order. With `atWholeSamples` (a format that knows no others) the
 /// onsets of what was found are rounded.

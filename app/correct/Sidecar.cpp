@@ -1,7 +1,7 @@
 #include "app/correct/Sidecar.h"
 
 #include "app/correct/KnownBeats.h"
-#include "app/correct/MarkerTransfer.h"
+#include "engine/beats/BeatDoubts.h"
 #include "engine/settings/SettingList.h"
 #include "files/exchange/PendingFiles.h"
 #include "files/formats/BinaryFile.h"
