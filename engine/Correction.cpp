@@ -19,22 +19,10 @@ namespace emeg {
 
 namespace {
 
-constexpr double lowestFrequency = 10; // Hz: what the artifact correction needs at least
-
 int64_t outputsOf(const CorrectionSettings& settings, const RecordingShape& shape) {
   if (settings.method.wholeChannels) return (shape.nrOfSamples - 1) / settings.decimation + 1;
   const std::optional<Resampler> resampler = outputResampler(settings, shape.samplingFrequency);
   return resampler ? resampler->outputLength(shape.nrOfSamples) : shape.nrOfSamples;
-}
-
-void check(const CorrectionSettings& settings, const RecordingShape& shape) {
-  const bool isSampled = shape.samplingFrequency >= lowestFrequency && std::isfinite(shape.samplingFrequency);
-  if (!isSampled) throw UnusableSettings("The correction needs a sampling frequency of at least 10 Hz.");
-  if (shape.nrOfSamples < 1) throw UnusableSettings("The recording holds no samples.");
-  if (shape.roles.empty()) throw UnusableSettings("The recording has no channels.");
-  if (settings.decimation < 1) throw UnusableSettings("The decimation factor must be 1 at least.");
-  if (settings.timing.windowSlices < 1)
-    throw UnusableSettings("The averaging window must be one slice long at least.");
 }
 
 } // namespace
@@ -253,7 +241,7 @@ private:
 
 Correction::Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store,
                        Observer& observer) {
-  check(settings, shape);
+  checkSettings(settings, shape);
   run_ = std::make_unique<Run>(std::move(settings), std::move(shape), store, observer);
 }
 

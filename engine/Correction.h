@@ -5,20 +5,15 @@
 #include "engine/Findings.h"
 #include "engine/Observer.h"
 #include "engine/RecordingShape.h"
+#include "engine/settings/SettingChecks.h"
 #include "engine/store/ChannelStore.h"
 
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <vector>
 
 namespace emeg {
-
-/// Settings that contradict each other or the recording. The message is a sentence.
-class UnusableSettings : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 /// The correction of one recording, in three steps: its samples are taken in, scans and beats are found, the
 /// corrected samples go out. Knows no file and no host. Used by one thread; several corrections may run in

@@ -1,11 +1,11 @@
 #include "library/CorrectionHandle.h"
 
+#include "engine/settings/OutputRate.h"
+#include "engine/settings/SettingChecks.h"
 #include "library/Guarded.h"
 #include "library/ScratchStore.h"
-#include "library/SettingChecks.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace {
@@ -14,7 +14,6 @@ using emeg::Refusal;
 using State = emeg_correction::State;
 
 constexpr int64_t valuesPerBlock = 1 << 20;
-constexpr double rateTolerance = 1e-6; // of a ratio of two rates that should be a whole number
 
 /// The channel that the setting "ecg" names becomes the one that shows the heart beats.
 void chooseElectrocardiogram(emeg_correction& correction) {
@@ -37,11 +36,9 @@ void chooseRate(emeg_correction& correction) {
     if (settings.rate <= 0 && settings.decimation > 1) settings.rate = recorded / settings.decimation;
     settings.decimation = 1;
   } else if (settings.rate > 0) {
-    const double factor = recorded / settings.rate;
-    if (factor < 0.5 || std::abs(factor - std::round(factor)) > rateTolerance * factor)
-      throw Refusal(EMEG_BAD_SETTING,
-                    "With \"as-plugin\" the sampling frequency can only be divided by whole numbers.");
-    settings.decimation = static_cast<int>(std::min(std::round(factor), 1e9));
+    if (const auto problem = emeg::problemOfRate(recorded, settings.rate, settings.method))
+      throw Refusal(EMEG_BAD_SETTING, *problem);
+    settings.decimation = static_cast<int>(emeg::wholeDivisor(recorded, settings.rate));
     settings.rate = 0;
   }
 }
@@ -56,7 +53,6 @@ emeg_correction::emeg_correction(const emeg_settings& given, const emeg_recordin
 }
 
 void emeg_correction::prepare(const std::string& scratchFile) {
-  if (names.empty()) throw Refusal(EMEG_BAD_SETTING, "The recording has no channels.");
   chooseElectrocardiogram(*this);
   chooseRate(*this);
   emeg::checkSettings(settings, shape);
