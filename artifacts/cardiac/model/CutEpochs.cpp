@@ -28,7 +28,7 @@ void solvePositive(std::vector<std::vector<double>>& matrix, std::vector<double>
   }
 }
 
-double product(const std::vector<double>& x, const std::vector<double>& y, const ValueRange& range) {
+double product(const std::vector<double>& x, const std::vector<double>& y, const RowPart& range) {
   double sum = 0;
   for (size_t j = range.begin; j < range.end; ++j) sum += x[j] * y[j];
   return sum;
@@ -36,21 +36,21 @@ double product(const std::vector<double>& x, const std::vector<double>& y, const
 
 } // namespace
 
-ValueRange valuesInside(const BeatTimeBase& base, const WarpTable& table, size_t interval, int64_t length) {
+RowPart valuesInside(const BeatTimeBase& base, const WarpTable& table, size_t interval, int64_t length) {
   const size_t count = table.warpPosition.size();
   const double start = base.start(interval);
   const double samples = base.length(interval);
   const auto last = static_cast<double>(length - 1);
   if (start >= 0 && start + samples <= last) return {0, count};
   const auto place = [&](size_t j) { return samples * table.warpPosition[j] + start + table.warpOffset[j]; };
-  ValueRange inside{0, count};
+  RowPart inside{0, count};
   while (inside.begin < count && place(inside.begin) < 0) ++inside.begin;
   while (inside.end > inside.begin && place(inside.end - 1) > last) --inside.end;
   return inside;
 }
 
 void resampleInside(const double* series, int64_t length, const BeatTimeBase& base, const WarpTable& table,
-                    size_t index, const ValueRange& inside, std::vector<double>& values) {
+                    size_t index, const RowPart& inside, std::vector<double>& values) {
   const double start = base.start(index);
   const double samples = base.length(index);
   std::fill(values.begin(), values.end(), 0.0);
@@ -63,7 +63,7 @@ void resampleInside(const double* series, int64_t length, const BeatTimeBase& ba
   }
 }
 
-ValueRange epochInside(const BeatTimeBase& base, const ValueRange& inFront, const ValueRange& behind) {
+RowPart epochInside(const BeatTimeBase& base, const RowPart& inFront, const RowPart& behind) {
   const auto half = static_cast<size_t>(base.epochHalfLength);
   const auto count = static_cast<size_t>(base.modelLength);
   const size_t skipped = count - half - 1; // values of the interval in front that the epoch leaves out

@@ -81,7 +81,7 @@ private:
     for (size_t e = 0; e < epochs.nrOfRows(); ++e) {
       double* const row = epochs.row(e);
       double* const end = row + epochs.length();
-      const ValueRange inside = epochInside(base_, inside_[e], inside_[e + 1]);
+      const RowPart inside = epochInside(base_, inside_[e], inside_[e + 1]);
       const bool isWhole = inside.begin == 0 && inside.end == epochs.length();
       if (isWhole && base_.isEpoch(e)) continue;
       if (base_.isEpoch(e) && inside.begin < inside.end)
@@ -132,7 +132,7 @@ private:
   BeatTimeBase outer_;
   std::vector<double> beat_;
   std::vector<double> samples_;
-  std::vector<ValueRange> inside_; ///< of every interval
+  std::vector<RowPart> inside_; ///< of every interval
   PrincipalComponents model_;
 };
 

@@ -97,9 +97,9 @@ TEST(CutEpochs, OnlyValuesOfTheRecordingAreResampled) {
   const WarpTable table = makeWarpTable(0.5, base);
   std::vector<double> series(501, 3.0); // one value behind the 500 samples, that must not be read
   series.back() = 1e9;
-  const ValueRange first = valuesInside(base, table, 0, 500);
-  const ValueRange second = valuesInside(base, table, 1, 500);
-  const ValueRange third = valuesInside(base, table, 2, 500);
+  const RowPart first = valuesInside(base, table, 0, 500);
+  const RowPart second = valuesInside(base, table, 1, 500);
+  const RowPart third = valuesInside(base, table, 2, 500);
   EXPECT_EQ(first.begin, 200U);
   EXPECT_EQ(first.end, 501U);
   EXPECT_EQ(second.begin, 0U);
