@@ -12,8 +12,6 @@ namespace emeg {
 
 namespace {
 
-constexpr double defaultNotchWidth = 4; // Hz
-
 using Asked = CorrectionSettings;
 
 /// A value as its kind has it: a flag is the number 0 or 1.
@@ -93,7 +91,7 @@ Notch notchIn(const Setting& setting, std::string_view text, std::string_view va
   Notch notch;
   notch.frequency = numberIn(setting, text.substr(0, colon), value);
   notch.width =
-      colon == std::string_view::npos ? defaultNotchWidth : numberIn(setting, text.substr(colon + 1), value);
+      colon == std::string_view::npos ? Notch().width : numberIn(setting, text.substr(colon + 1), value);
   return notch;
 }
 
