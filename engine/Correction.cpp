@@ -83,9 +83,8 @@ public:
 
   std::vector<ValueBounds> correctIntoStore() {
     if (!settings_.method.wholeChannels) {
-      std::vector<ValueBounds> bounds;
-      correctStretches([&bounds](StretchCorrection& correction) { bounds = correction.runIntoStore(); });
-      return bounds;
+      correctStretches([this](StretchCorrection& correction) { kept_ = correction.runIntoStore(); });
+      return kept_.bounds;
     }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
@@ -97,7 +96,8 @@ public:
     std::vector<double> factors(shape_.roles.size(), 1);
     for (size_t c = 0; settings_.method.wholeChannels && c < factors.size(); ++c)
       if (!shape_.roles[c].passesUnchanged) factors[c] = powerOfTen(settings_.scalingOrder);
-    sendStored(store_, nrOfOutputs_, factors, sink);
+    sendStored(store_, nrOfOutputs_ - kept_.lastCount, factors, sink);
+    if (kept_.lastCount > 0) sendBlock(kept_.lastStretch, shape_.roles.size(), sink);
   }
 
   int64_t nrOfOutputs() const { return nrOfOutputs_; }
@@ -149,8 +149,8 @@ private:
     stretches_.windowSlices = settings_.timing.windowSlices;
     if (stretches_.scans.empty()) return;
     stretches_.split = templateSplit(shape_.samplingFrequency);
-    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency,
-                                           stretches_.volumeWise, stretches_.windowSlices)
+    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency, stretches_.volumeWise,
+                                           stretches_.windowSlices)
                                 .context();
     // The filter works in blocks: whole ones are done once.
     const int64_t block = stretches_.split.blockLength();
@@ -250,6 +250,7 @@ private:
   Intake intake_;
   StretchPlan stretches_;
   Findings findings_;
+  KeptCorrection kept_; ///< with correctIntoStore
 };
 
 Correction::Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store,

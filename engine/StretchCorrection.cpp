@@ -81,29 +81,29 @@ void StretchCorrection::runStretches(const Emit& emit) {
 }
 
 void StretchCorrection::run(CorrectedSink& sink) {
-  runStretches([&](size_t count) { send(count, sink); });
+  runStretches([&](size_t) { sendBlock(block_, plan_.roles.size(), sink); });
 }
 
 /// A block is written when the next one is complete: until then the stages may still need what it replaces.
-std::vector<ValueBounds> StretchCorrection::runIntoStore() {
+KeptCorrection StretchCorrection::runIntoStore() {
   ChannelBounds bounds(plan_.roles.size());
-  std::vector<float> pending;
-  size_t pendingCount = 0;
+  KeptCorrection kept;
   int64_t written = 0;
-  const auto writePending = [&] {
-    for (size_t c = 0; c < plan_.roles.size() && pendingCount > 0; ++c)
+  const auto writeKept = [&] {
+    const auto count = static_cast<size_t>(kept.lastCount);
+    for (size_t c = 0; c < plan_.roles.size() && count > 0; ++c)
       store_.write(static_cast<int>(c), written,
-                   std::span<const float>(pending).subspan(c * pendingCount, pendingCount));
-    written += static_cast<int64_t>(pendingCount);
+                   std::span<const float>(kept.lastStretch).subspan(c * count, count));
+    written += kept.lastCount;
   };
   runStretches([&](size_t count) {
-    writePending();
+    writeKept();
     bounds.add(count, std::span<const float>(block_));
-    pending.swap(block_);
-    pendingCount = count;
+    kept.lastStretch.swap(block_);
+    kept.lastCount = static_cast<int64_t>(count);
   });
-  writePending();
-  return bounds.all();
+  kept.bounds = bounds.all();
+  return kept;
 }
 
 /// Returns the number of time points that the block holds.
@@ -142,21 +142,6 @@ void StretchCorrection::measureAfter(size_t count) {
     const std::span<const float> samples = std::span<const float>(block_).subspan(c * count, count);
     values_.assign(samples.begin(), samples.end());
     meter_->addAfter(number++, values_, figureWork_);
-  }
-}
-
-/// In parts, so that the doubles take little memory.
-void StretchCorrection::send(size_t count, CorrectedSink& sink) {
-  constexpr size_t valuesOfPart = size_t{1} << 20;
-  const size_t channels = plan_.roles.size();
-  const size_t longest = std::max<size_t>(valuesOfPart / channels, 1);
-  for (size_t done = 0; done < count; done += longest) {
-    const size_t length = std::min(longest, count - done);
-    values_.resize(length * channels);
-    for (size_t c = 0; c < channels; ++c)
-      std::copy_n(block_.begin() + static_cast<std::ptrdiff_t>(c * count + done), length,
-                  values_.begin() + static_cast<std::ptrdiff_t>(c * length));
-    sink.take(static_cast<int64_t>(length), values_);
   }
 }
 
