@@ -63,30 +63,27 @@ public:
     if (intake_.nrOfSamples() != shape_.nrOfSamples)
       throw std::logic_error("samples of the recording are missing");
     findings_.nrOfNotFinite = intake_.nrOfNotFinite();
-    if (settings_.method.wholeChannels) return findings_;
+    if (settings_.method.wholeChannels) {
+      correctWholeChannels();
+      return findings_;
+    }
     if (settings_.repairSaturation) {
       observer_.memoryNeeded(memoryForRepair(shape_.nrOfSamples));
       findings_.repaired = intake_.repair();
     }
     if (settings_.gradient) findScansInStore();
+    if (settings_.heartBeats) findHeart();
     return findings_;
   }
 
   void correct(CorrectedSink& sink) {
-    if (settings_.method.wholeChannels) {
-      correctWholeChannels();
-      readCorrected(sink);
-      return;
-    }
+    if (settings_.method.wholeChannels) return readCorrected(sink);
     correctStretches([&sink](StretchCorrection& correction) { correction.run(sink); });
   }
 
   std::vector<ValueBounds> correctIntoStore() {
-    if (settings_.method.wholeChannels) {
-      correctWholeChannels();
-    } else {
+    if (!settings_.method.wholeChannels)
       correctStretches([](StretchCorrection& correction) { correction.runIntoStore(); });
-    }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
     return bounds.bounds();
@@ -110,7 +107,6 @@ public:
 private:
   template <typename Way>
   void correctStretches(const Way& way) {
-    if (settings_.heartBeats && !hasHeartArtifact_) findHeart();
     const RunPlan plan = planOfStages();
     const std::unique_ptr<GradientMeter> meter = meterOfScans();
     StretchCorrection correction(plan, stretches_, store_, offset_, meter.get(), observer_);
@@ -156,7 +152,6 @@ private:
   }
 
   void findHeart() {
-    hasHeartArtifact_ = true;
     HeartSeries series = intake_.heartSeries();
     const double step = shape_.samplingFrequency / series.rate;
     stretches_.beatStep = static_cast<int64_t>(std::llround(step));
@@ -249,7 +244,6 @@ private:
   Intake intake_;
   StretchPlan stretches_;
   Findings findings_;
-  bool hasHeartArtifact_ = false;
 };
 
 Correction::Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store,

@@ -37,7 +37,8 @@ public:
   void takeIn(int64_t count, std::span<const double> values);
 
   /// When all samples are there: looks for scans and heart beats. The caller may look at the result and go no
-  /// further. Without a scan nothing of the gradient artifact is removed.
+  /// further. Without a scan nothing of the gradient artifact is removed. Whole-channel methods find what
+  /// they find while they correct: they do it here, in place.
   const Findings& find();
 
   /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
@@ -52,7 +53,8 @@ public:
   /// Time points and rate of the result.
   int64_t nrOfOutputs() const;
   double outputRate() const;
-  /// Complete when correct() has returned.
+  /// All but the figures of merit are complete when find() has returned, so that a file's header can hold
+  /// them; these when the recording was corrected.
   const Findings& findings() const;
 
   /// Samples per channel that the store must hold.

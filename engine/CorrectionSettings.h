@@ -11,7 +11,7 @@ namespace emeg {
 /// A stop band of the output filter.
 struct Notch {
   double frequency = 0; ///< Hz, its middle
-  double width = 0;     ///< Hz, between the two edges
+  double width = 4;     ///< Hz, between the two edges
 };
 
 /// Where the heart beats come from: found in the EEG, a list of times, or an electrocardiogram.

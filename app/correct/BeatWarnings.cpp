@@ -27,10 +27,6 @@ constexpr double littleInCommon = 0.35;   // of the energy
 constexpr double nothingInCommon = 0.05;  // the same, of beats that are known
 constexpr double manyUnlike = 0.05;       // of the beats
 
-double secondsOf(const CorrectionResult& result) {
-  return static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
-}
-
 bool contradict(double a, double b) {
   return std::abs(std::log(a / b)) > std::log(1 + contradiction);
 }
@@ -48,13 +44,13 @@ std::string remedyFor(const CorrectionResult& result) {
 
 /// The same behind another sentence; empty when the beats were not searched for.
 std::string remedyForSearch(const CorrectionResult& result) {
-  const bool isBlind = result.plan.beats.source == BeatSource::Blind;
+  const bool isBlind = result.plan.settings.beats.source == BeatSource::Blind;
   return isBlind ? fmt::format(" {}", remedyFor(result)) : std::string();
 }
 
 /// What the beats of markers or an electrocardiogram lacked.
 void addKnownBeatWarnings(const CorrectionResult& result, Warnings& warnings) {
-  const BeatRequest& request = result.plan.beats;
+  const BeatRequest& request = result.plan.settings.beats;
   if (request.source == BeatSource::Blind) return;
   const std::string origin = request.source == BeatSource::Ecg
                                  ? fmt::format("channel {}", request.name)
@@ -87,7 +83,7 @@ void addKnownBeatWarnings(const CorrectionResult& result, Warnings& warnings) {
 }
 
 void addSearchWarnings(const CorrectionResult& result, Warnings& warnings) {
-  if (result.plan.beats.source != BeatSource::Blind) return;
+  if (result.plan.settings.beats.source != BeatSource::Blind) return;
   const std::vector<std::string> doubts = doubtsAboutBeats(result.found);
   if (doubts.empty()) return;
   warnings.push_back(fmt::format("the heart beats that were found in the EEG may be wrong: {}. {}",
@@ -96,13 +92,15 @@ void addSearchWarnings(const CorrectionResult& result, Warnings& warnings) {
 
 void addCoverageWarnings(const CorrectionResult& result, Warnings& warnings) {
   const std::string remedy = remedyForSearch(result);
-  for (const Stretch& stretch : unmodelledStretches(result.found, secondsOf(result))) {
+  const char* const effect = result.plan.settings.method.removesOutsideBeats
+                                 ? "everything below 35 Hz was removed there"
+                                 : "the heart beat artifact, if there is one, is left there";
+  for (const Stretch& stretch : result.found.withoutModel) {
     if (stretch.seconds() <= shortStretch) continue;
-    warnings.push_back(
-        fmt::format("the chain of heart beats does not cover {:.1f} to {:.1f} s: everything below 35 Hz "
-                    "was removed there. The stretch is annotated \"{}\": leave it out of the analysis, "
-                    "or correct the rest with --interval START:END.{}",
-                    stretch.start, stretch.end, unmodelledMarkerName, remedy));
+    warnings.push_back(fmt::format(
+        "the chain of heart beats does not cover {:.1f} to {:.1f} s: {}. The stretch is annotated "
+        "\"{}\": leave it out of the analysis, or correct the rest with --interval START:END.{}",
+        stretch.start, stretch.end, effect, unmodelledMarkerName, remedy));
   }
 }
 
@@ -151,7 +149,7 @@ Warnings beatWarningsOf(const CorrectionResult& result) {
     warnings.push_back(
         fmt::format("only {} heart beats were found in {:.0f} s: {}. Is there a heart beat artifact? "
                     "Leave out --bcg if not; --channels NAME,... with those that show it best may help.{}",
-                    pulses.size(), secondsOf(result), effect, remedyForSearch(result)));
+                    pulses.size(), result.seconds(), effect, remedyForSearch(result)));
   }
   if (result.found.pulseListIsFull)
     warnings.push_back(

@@ -1,6 +1,9 @@
 #include "app/correct/CorrectionPlan.h"
 
+#include "app/correct/KnownBeats.h"
+#include "app/correct/OutputName.h"
 #include "app/markers/NamedMarkers.h"
+#include "dsp/OutputInstants.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +17,7 @@ namespace {
 constexpr double lowestFrequency = 10; // Hz: the artifact correction keeps ten values a second apart
 constexpr double longestSeconds = 1e9; // no recording is longer; keeps the arithmetic of sample numbers exact
 constexpr double rateTolerance = 1e-6; // of a ratio of two rates that should be a whole number
-constexpr int largestDecimation = 1000;
+constexpr double largestIncrease = 10; // of the sampling frequency
 
 int64_t nearestTimePoint(double seconds, double samplingFrequency) {
   return static_cast<int64_t>(std::floor(seconds * samplingFrequency + 0.5));
@@ -46,46 +49,102 @@ std::string ratesNear(double samplingFrequency, double wanted) {
                      samplingFrequency / (below + 1));
 }
 
-int decimationOf(const RecordingHeader& header, const CorrectParameters& parameters) {
-  if (!parameters.rate) return parameters.decimate;
-  const double rate = *parameters.rate;
-  const double factor = header.samplingFrequency / rate;
+/// The whole number that divides one rate into the other; 0 where there is none.
+int64_t wholeDivisor(double samplingFrequency, double rate) {
+  const double factor = samplingFrequency / rate;
   const double whole = std::floor(factor + 0.5);
-  if (!(rate > 0) || whole < 1 || whole > largestDecimation ||
-      std::abs(factor - whole) > rateTolerance * whole)
-    throw UnusableInput(
-        fmt::format("--rate {:g}: the recording's {:g} Hz can only be divided by whole numbers; {}.", rate,
-                    header.samplingFrequency, ratesNear(header.samplingFrequency, std::max(rate, 0.001))));
-  return static_cast<int>(whole);
+  const bool isWhole = whole >= 1 && whole < OutputInstants::steepestRatio &&
+                       std::abs(factor - whole) <= rateTolerance * whole;
+  return isWhole ? static_cast<int64_t>(whole) : 0;
 }
 
-void checkEdge(const char* option, double hz, double nyquist) {
-  if (hz < 0 || hz >= nyquist || !std::isfinite(hz))
+void checkRate(double samplingFrequency, double rate, bool onlyDivisors) {
+  const double highest = largestIncrease * samplingFrequency;
+  const double lowest = samplingFrequency / OutputInstants::steepestRatio;
+  if (!(rate > lowest && rate <= highest))
     throw UnusableInput(
-        fmt::format("{} {:g}: a filter edge lies between 0 and {:g} Hz, half of the recording's "
-                    "sampling frequency.",
-                    option, hz, nyquist));
+        fmt::format("--rate {:g}: from the recording's {:g} Hz, rates above {:g} and up to {:g} "
+                    "Hz can be made; give one of these, in Hz.",
+                    rate, samplingFrequency, lowest, highest));
+  if (onlyDivisors && wholeDivisor(samplingFrequency, rate) == 0)
+    throw UnusableInput(
+        fmt::format("--rate {:g}: with --as-plugin the recording's {:g} Hz can only be divided by whole "
+                    "numbers; {}.",
+                    rate, samplingFrequency, ratesNear(samplingFrequency, rate)));
 }
 
-void checkFilters(const RecordingHeader& header, const CorrectParameters& parameters) {
-  const double nyquist = header.samplingFrequency / 2;
-  checkEdge("--high-pass", parameters.highPass, nyquist);
-  checkEdge("--low-pass", parameters.lowPass, nyquist);
+void chooseRate(const RecordingHeader& header, const CorrectParameters& parameters, CorrectionPlan& plan) {
+  const double samplingFrequency = header.samplingFrequency;
+  int64_t divisor = parameters.decimate;
+  if (parameters.rate) {
+    checkRate(samplingFrequency, *parameters.rate, parameters.asPlugin);
+    divisor = wholeDivisor(samplingFrequency, *parameters.rate);
+  }
+  if (divisor > 0) {
+    plan.samplesPerOutput = static_cast<double>(divisor);
+    plan.outputRate = samplingFrequency / plan.samplesPerOutput;
+    plan.nrOfOutputs = (plan.nrOfTimePoints - 1) / divisor + 1;
+  } else {
+    plan.outputRate = *parameters.rate;
+    plan.samplesPerOutput = samplingFrequency / plan.outputRate;
+    plan.nrOfOutputs = OutputInstants(samplingFrequency, plan.outputRate).countUpTo(plan.nrOfTimePoints - 1);
+  }
+  CorrectionSettings& settings = plan.settings;
+  if (parameters.asPlugin)
+    settings.decimation = static_cast<int>(divisor);
+  else if (divisor != 1)
+    settings.rate = plan.outputRate;
+}
+
+/// Where filter edges may lie.
+struct EdgeRange {
+  double nyquist = 0;
+  const char* rate = "the recording's";
+};
+
+void checkEdge(const char* option, double hz, const EdgeRange& range) {
+  if (hz < 0 || hz >= range.nyquist || !std::isfinite(hz))
+    throw UnusableInput(fmt::format("{} {:g}: the frequency lies between 0 and {:g} Hz, half of {} sampling "
+                                    "frequency.",
+                                    option, hz, range.nyquist, range.rate));
+}
+
+void checkFilters(const RecordingHeader& header, const CorrectParameters& parameters,
+                  const CorrectionPlan& plan) {
+  const EdgeRange recorded{header.samplingFrequency / 2};
+  EdgeRange range = recorded;
+  // The plug-in's filters are those of the recorded rate.
+  if (!parameters.asPlugin && plan.outputRate < header.samplingFrequency)
+    range = {plan.outputRate / 2, "the new"};
+  checkEdge("--high-pass", parameters.highPass, range);
+  checkEdge("--low-pass", parameters.lowPass, range);
   for (const Notch& notch : parameters.notches) {
-    checkEdge("--notch", notch.frequency - notch.width / 2, nyquist);
-    checkEdge("--notch", notch.frequency + notch.width / 2, nyquist);
+    checkEdge("--notch", notch.frequency - notch.width / 2, range);
+    checkEdge("--notch", notch.frequency + notch.width / 2, range);
     if (!(notch.frequency - notch.width / 2 > 0) || !(notch.width > 0))
       throw UnusableInput(
           fmt::format("--notch {:g}:{:g}: the stop band must begin above 0 Hz and be wider than 0.",
                       notch.frequency, notch.width));
   }
   for (const double hz : parameters.lineNoise) {
-    checkEdge("--line-noise", hz, nyquist);
+    checkEdge("--line-noise", hz, recorded);
     if (!(hz > 0)) throw UnusableInput("--line-noise 0: give the frequency in Hz, such as 50 or 60.");
   }
   if (parameters.highPass > 0 && parameters.lowPass > 0 && parameters.highPass >= parameters.lowPass)
     throw UnusableInput(fmt::format("--high-pass {:g} --low-pass {:g} leaves no frequency.",
                                     parameters.highPass, parameters.lowPass));
+}
+
+/// Samples at the limits of integers cannot be told from others without integers.
+void checkSaturationCanShow(const RecordingHeader& header, const CorrectParameters& parameters,
+                            const CorrectionPlan& plan) {
+  if (!parameters.repairSaturation) return;
+  for (const int channel : plan.channels.corrected)
+    if (header.channels[static_cast<size_t>(channel)].stored) return;
+  throw UnusableInput(
+      fmt::format("--repair-saturation: \"{}\" stores no integers, so saturated samples cannot be "
+                  "told from others; give the file that the amplifier wrote.",
+                  parameters.input));
 }
 
 void checkSize(const RecordingHeader& header, const CorrectParameters& parameters,
@@ -109,7 +168,7 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
                        const CorrectionPlan& plan) {
   const auto first = static_cast<double>(plan.firstTimePoint);
   TimingRequest timing;
-  timing.volumeWise = parameters.volumeWise;
+  timing.volumeWise = !parameters.sliceWise;
   timing.windowSlices = parameters.window;
   timing.given.volumeDuration = parameters.tr;
   timing.given.nrOfSlicesPerVolume = parameters.slices;
@@ -124,9 +183,10 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
                       first / header.samplingFrequency + seconds));
   }
   if (parameters.tr > seconds / 3)
-    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
-                                    "are needed at least; the TR is given in seconds.",
-                                    parameters.tr, parameters.input, seconds));
+    throw UnusableInput(
+        fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
+                    "are needed at least; the TR is given in seconds.",
+                    parameters.tr, parameters.input, seconds));
 
   const bool areVolumes = !parameters.volumeMarkers.empty();
   if (!areVolumes && parameters.sliceMarkers.empty()) return timing;
@@ -144,36 +204,66 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
   return timing;
 }
 
+std::string suffixOf(const RecordingHeader& header, const CorrectParameters& parameters,
+                     const CorrectionPlan& plan) {
+  const double msPerSample = 1000 / header.samplingFrequency;
+  NamedSteps steps;
+  steps.nrOfChosenChannels = parameters.channels.empty() ? 0 : header.nrOfChannels();
+  steps.hasInterval = plan.hasInterval;
+  steps.startMs = static_cast<double>(plan.firstTimePoint) * msPerSample;
+  steps.endMs = static_cast<double>(plan.endTimePoint()) * msPerSample;
+  steps.highPass = parameters.highPass;
+  steps.lowPass = parameters.lowPass;
+  steps.hasNotches = !parameters.notches.empty();
+  const double divisor = std::floor(plan.samplesPerOutput);
+  if (divisor == plan.samplesPerOutput)
+    steps.decimation = static_cast<int>(divisor);
+  else
+    steps.rate = plan.outputRate;
+  steps.scalingOrder = parameters.scale;
+  steps.removesBeats = parameters.bcg;
+  return outputSuffixOf(steps);
+}
+
 } // namespace
+
+RecordingShape CorrectionPlan::shapeOf(const RecordingHeader& header) const {
+  RecordingShape shape;
+  shape.samplingFrequency = header.samplingFrequency;
+  shape.nrOfSamples = nrOfTimePoints;
+  shape.roles = channels.roles;
+  for (const RecordingChannel& channel : header.channels) {
+    std::optional<IntegerRange> integers;
+    if (channel.stored)
+      integers = {channel.stored->step, channel.stored->offset, channel.stored->smallest,
+                  channel.stored->largest};
+    shape.integers.push_back(integers);
+  }
+  return shape;
+}
 
 CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParameters& parameters) {
   CorrectionPlan plan;
   plan.channels = planChannels(header, parameters);
   cutInterval(header, parameters, plan);
-  plan.decimationFactor = decimationOf(header, parameters);
-  checkFilters(header, parameters);
   checkSize(header, parameters, plan);
-  plan.timing = timingOf(header, parameters, plan);
-  plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
+  chooseRate(header, parameters, plan);
+  checkFilters(header, parameters, plan);
+  checkSaturationCanShow(header, parameters, plan);
 
-  HostAnswers::Dialogue& dialogue = plan.dialogue;
-  dialogue.correctBcg = parameters.bcg;
-  dialogue.volumeWise = parameters.volumeWise;
-  dialogue.window = parameters.window;
-  dialogue.decimationFactor = plan.decimationFactor;
-  dialogue.highPass = parameters.highPass;
-  dialogue.lowPass = parameters.lowPass;
-  dialogue.notches = parameters.notches;
-  dialogue.averageReference = parameters.averageReference;
-  dialogue.scalingOrder = parameters.scale;
-
-  NamedSelection named;
-  named.nrOfChannels = parameters.channels.empty() ? 0 : header.nrOfChannels();
-  named.hasInterval = plan.hasInterval;
-  const double msPerSample = 1000 / header.samplingFrequency;
-  named.startMs = static_cast<double>(plan.firstTimePoint) * msPerSample;
-  named.endMs = static_cast<double>(plan.endTimePoint()) * msPerSample;
-  plan.suffix = outputSuffixOf(dialogue, named);
+  CorrectionSettings& settings = plan.settings;
+  settings.method = parameters.asPlugin ? asThePluginDoes : stretchByStretch;
+  settings.heartBeats = parameters.bcg;
+  settings.timing = timingOf(header, parameters, plan);
+  settings.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
+  settings.lineNoise = parameters.lineNoise;
+  settings.repairSaturation = parameters.repairSaturation;
+  settings.highPass = parameters.highPass;
+  settings.lowPass = parameters.lowPass;
+  settings.notches = parameters.notches;
+  settings.averageReference = parameters.averageReference;
+  settings.scalingOrder = parameters.scale;
+  plan.suffix = suffixOf(header, parameters, plan);
   return plan;
 }
 

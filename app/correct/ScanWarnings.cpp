@@ -25,12 +25,8 @@ struct MeasuredScan {
   std::string name;              ///< "scan 2: ", empty where there is only one
 };
 
-double secondsOf(const CorrectionResult& result) {
-  return static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
-}
-
 bool hasMarkers(const CorrectionResult& result) {
-  return result.plan.timing.markerKind.has_value();
+  return result.plan.settings.timing.markerKind.has_value();
 }
 
 /// Names of the corrected channels whose figures fulfil a condition.
@@ -46,7 +42,7 @@ std::vector<std::string> channelsWith(const MeasuredScan& scan, const Condition&
 
 void addLengthWarning(const MeasuredScan& measured, Warnings& warnings) {
   const MRSequence& sequence = measured.scan.sequence;
-  const double seconds = secondsOf(measured.result);
+  const double seconds = measured.result.seconds();
   const double end = sequence.firstTriggerTime + sequence.nrOfVolumes * sequence.volumeDuration;
   if (end > seconds + sequence.volumeDuration || sequence.firstTriggerTime < -sequence.volumeDuration)
     warnings.push_back(
@@ -61,7 +57,7 @@ void addLengthWarning(const MeasuredScan& measured, Warnings& warnings) {
 /// What was said about the scan's timing and does not go with it.
 void addGivenTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
   const MRSequence& sequence = measured.scan.sequence;
-  const int32_t given = measured.result.plan.timing.given.nrOfSlicesPerVolume;
+  const int32_t given = measured.result.plan.settings.timing.given.nrOfSlicesPerVolume;
   if (given > 0 && given != sequence.nrOfSlicesPerVolume)
     warnings.push_back(fmt::format(
         "{}{} slices per volume do not fit volumes of {:.4f} s; {} were taken. Is --slices right?",
@@ -156,7 +152,7 @@ Warnings warningsOnScans(const CorrectionResult& result) {
         "the slices differ from each other: averaging them would leave {:.1f} dB more than averaging "
         "whole volumes. Volumes were averaged, as with --volume-wise.",
         timing.slicesLeaveDb));
-  if (!result.plan.timing.isBlind() && timing.evidence.unlikeVolumes > hardlyAlike)
+  if (!result.plan.settings.timing.isBlind() && timing.evidence.unlikeVolumes > hardlyAlike)
     warnings.push_back(fmt::format("volumes of the timing that was given have only {:.0f} % of their power "
                                    "in common: is it the scanner's? "
                                    "Without {} the timing is looked for in the EEG.",
@@ -164,7 +160,7 @@ Warnings warningsOnScans(const CorrectionResult& result) {
                                    hasMarkers(result) ? "the markers" : "--tr"));
   for (size_t i = 0; i < timing.scans.size(); ++i) {
     const QualityFigures* const quality =
-        i < result.quality.size() && result.quality[i] ? &*result.quality[i] : nullptr;
+        i < result.found.quality.size() && result.found.quality[i] ? &*result.found.quality[i] : nullptr;
     const MeasuredScan measured{result, timing.scans[i], quality,
                                 timing.scans.size() > 1 ? fmt::format("scan {}: ", i + 1) : ""};
     addLengthWarning(measured, warnings);

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "engine/store/FreeMemory.h"
+
 #include <cstdint>
-#include <limits>
 #include <string>
 
 namespace emeg {
@@ -11,9 +12,6 @@ struct MachineResources {
   uint64_t memory = 0;
   uint64_t disk = 0;
 };
-
-/// Stands for "cannot be found out": never too little.
-constexpr uint64_t unknownAmount = std::numeric_limits<uint64_t>::max();
 
 /// What this process can still have: free memory within its limits, and free space in the folder of `path`.
 MachineResources availableResources(const std::string& path);

@@ -1,20 +1,11 @@
 #include "converter/messages/PathBuffer.h"
 #include "converter/steps/MachineResources.h"
 
-#include <algorithm>
 #include <windows.h>
 
 namespace emeg {
 
 namespace {
-
-/// What can still be promised to this process, paging file included.
-uint64_t freeMemory() {
-  MEMORYSTATUSEX status{};
-  status.dwLength = sizeof status;
-  if (GlobalMemoryStatusEx(&status) == 0) return unknownAmount;
-  return std::min<uint64_t>(status.ullAvailPageFile, status.ullAvailVirtual);
-}
 
 uint64_t freeDiskSpace(const std::string& path) {
   const std::string folder = folderPartOf(path);
