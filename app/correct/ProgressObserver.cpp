@@ -15,7 +15,8 @@ namespace {
 // Where the steps of a run begin or end, as fractions of its time.
 constexpr double readingEnds = 0.15;
 constexpr double scansAreFound = 0.3;
-constexpr double beatsAreFound = 0.45;
+constexpr double beatsAreKnown = 0.38;
+constexpr double beatsAreFound = 0.45; // and modelled
 constexpr double firstPassEnds = 0.65; // of corrections that take two passes over the channels
 constexpr double secondPassBegins = 0.75;
 constexpr double sendingBegins = 0.85;
@@ -49,7 +50,7 @@ void ProgressObserver::stepBegins(Step step, int) {
     return begin("Finding the scans", {readingEnds, scansAreFound});
   case Step::FindingBeats:
     return begin("Finding heart beats", nrOfCorrected_ > 0 ? Part{firstPassEnds, secondPassBegins}
-                                                           : Part{scansAreFound, beatsAreFound});
+                                                           : Part{scansAreFound, beatsAreKnown});
   case Step::Correcting:
     return begin(removesBeats_ ? "Removing the gradient artifact and the heart beat artifact"
                                : "Removing the gradient artifact",
@@ -62,9 +63,13 @@ void ProgressObserver::stepBegins(Step step, int) {
     return begin("Removing the gradient artifact", {from, from + each});
   }
   case Step::RemovingBeats: {
-    const double each = (end - secondPassBegins) / nrOfPulseChannels_;
-    const double from = secondPassBegins + each * std::min(nrOfBeatsRemoved_++, nrOfPulseChannels_ - 1);
-    return begin("Removing the heart beat artifact", {from, from + each});
+    const bool isBetweenPasses = nrOfCorrected_ > 0;
+    const double first = isBetweenPasses ? secondPassBegins : beatsAreKnown;
+    const double last = isBetweenPasses ? end : beatsAreFound;
+    const double each = (last - first) / nrOfPulseChannels_;
+    const double from = first + each * std::min(nrOfBeatsRemoved_++, nrOfPulseChannels_ - 1);
+    return begin(isBetweenPasses ? "Removing the heart beat artifact" : "Modelling the heart beat artifact",
+                 {from, from + each});
   }
   }
 }

@@ -15,13 +15,14 @@ constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
 constexpr double noticeableDrift = 0.0002;  // seconds
 constexpr double longestSlice = 0.5;        // seconds
 constexpr double hardlyAlike = 0.45;        // of a volume's power, sharpened; scans of 40 uV stay below 0.4
+constexpr int32_t fewestMeasuredVolumes = 4;
 constexpr size_t mostNames = 8;
 
 /// One scan of a result with its figures.
 struct MeasuredScan {
   const CorrectionResult& result;
   const FoundScan& scan;
-  const QualityFigures* quality; ///< null: too short to tell
+  const QualityFigures* quality; ///< null: too short to tell, or not measured
   std::string name;              ///< "scan 2: ", empty where there is only one
 };
 
@@ -73,6 +74,7 @@ void addGivenTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
 void addTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
   const MRSequence& sequence = measured.scan.sequence;
   if (!measured.quality) {
+    if (sequence.nrOfVolumes >= fewestMeasuredVolumes) return;
     warnings.push_back(fmt::format(
         "{}only {} volumes were found: too few for templates that average the EEG away, and to "
         "measure what is left. Give a longer part of the scan{}.",

@@ -127,6 +127,17 @@ TEST(Includes, TheEngineIncludesOnlyComputationsAndItself) {
   }
 }
 
+// The command line is a shell over the engine as the plug-in is.
+TEST(Includes, TheCommandLineIncludesNothingOfThePlugInOrItsConverter) {
+  for (const std::string& file : sourceFiles()) {
+    if (file.rfind("app/", 0) != 0) continue;
+    for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file)) {
+      EXPECT_NE(include.rfind("plugin/", 0), 0u) << file << " includes " << include;
+      EXPECT_NE(include.rfind("converter/", 0), 0u) << file << " includes " << include;
+    }
+  }
+}
+
 TEST(Includes, ProgramsDoNotIncludeThePlugInsShell) {
   for (const std::string& file : sourceFiles()) {
     if (file.rfind("host/", 0) != 0) continue;

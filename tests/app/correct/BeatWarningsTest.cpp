@@ -95,14 +95,16 @@ TEST(BeatWarnings, AllDoubtsAreOneWarningThatRecommendsTheOptions) {
 TEST(BeatWarnings, AChainThatBreaksRecommendsTheOptionsToo) {
   CorrectionResult result = goodResult();
   result.found.pulseTimes.resize(60);
+  result.found.withoutModel = {{60.5, 100}};
   EXPECT_THAT(beatWarningsOf(result), ElementsAre(HasSubstr("--pulse-markers")));
   result.found.pulseTimes.resize(2);
+  result.found.withoutModel.clear();
   EXPECT_THAT(beatWarningsOf(result), ElementsAre(HasSubstr("--pulse-markers")));
 }
 
 TEST(BeatWarnings, KnownBeatsAreNotDoubtedBecauseOfTheirRhythm) {
   CorrectionResult result = goodResult();
-  result.plan.beats = {BeatSource::Ecg, "chest", {}};
+  result.plan.settings.beats = {BeatSource::Ecg, "chest", {}};
   pulsesOf(result).offIntervals = 0.3;
   pulsesOf(result).unlikePulses = 0.3;
   EXPECT_THAT(beatWarningsOf(result), IsEmpty());
@@ -112,7 +114,7 @@ TEST(BeatWarnings, KnownBeatsAreNotDoubtedBecauseOfTheirRhythm) {
 
 TEST(BeatWarnings, KnownBeatsThatWereGuessedOrRefused) {
   CorrectionResult result = goodResult();
-  result.plan.beats = {BeatSource::Markers, "R", {}};
+  result.plan.settings.beats = {BeatSource::Markers, "R", {}};
   KnownPulses& pulses = result.found.knownPulses;
   pulses.positions.assign(99, 0);
   pulses.gaps = {{2500, 6000, 13}};

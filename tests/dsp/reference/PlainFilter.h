@@ -57,7 +57,8 @@ inline std::vector<double> denseAmplitudes(const std::vector<double>& taps) {
   const std::size_t half = taps.size() / 2;
   for (std::size_t i = 0; i < taps.size(); ++i)
     spectrum[(i + spectrum.size() - half) % spectrum.size()] += taps[i];
-  realFFTForward(spectrum.data(), log2);
+  FFTWorkspace workspace;
+  realFFTForward(spectrum.data(), log2, workspace);
   std::vector<double> amplitudes(spectrum.size() / 2 + 1);
   amplitudes.front() = spectrum[0];
   amplitudes.back() = spectrum[1];

@@ -1,4 +1,4 @@
-#include "app/correct/PulseFigures.h"
+#include "engine/beats/PulseFigures.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
