@@ -21,16 +21,16 @@ const std::vector<Floor> floors = {
     {"converter/messages/", 0},
     {"dsp/", 1},
     {"files/formats/", 1},
-    {"files/exchange/", 4},
-    {"artifacts/", 1},
-    {"engine/", 2},
-    {"converter/", 2},
-    {"converter/steps/", 3},
-    {"files/steps/", 3},
-    {"artifacts/steps/", 3},
-    {"plugin/", 4},
-    {"host/", 5},
-    {"app/", 5},
+    {"artifacts/", 2},
+    {"engine/", 3},
+    {"converter/", 4},
+    {"converter/correction/", 5},
+    {"converter/steps/", 5},
+    {"files/steps/", 5},
+    {"files/exchange/", 6},
+    {"plugin/", 6},
+    {"host/", 7},
+    {"app/", 7},
 };
 
 std::optional<int> floorOf(const std::string& path) {
@@ -110,18 +110,19 @@ TEST(Includes, NoFileIncludesOneFromAHigherFloor) {
 // Computations can be read, tested and timed alone: they know neither the host nor the converter.
 TEST(Includes, ComputationsIncludeNothingOfTheHostBridgeOrTheMessages) {
   for (const std::string& file : sourceFiles()) {
-    if (floorOf(file) != 1) continue;
+    if (floorOf(file) < 1 || floorOf(file) > 3) continue;
     for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file))
       EXPECT_NE(floorOf(include), 0) << file << " includes " << include;
   }
 }
 
-TEST(Includes, TheEngineIncludesOnlyComputationsAndItself) {
+// Its store may be a file, which files/formats knows to open under every name.
+TEST(Includes, TheEngineIncludesOnlyComputationsFileFormatsAndItself) {
   for (const std::string& file : sourceFiles()) {
     if (file.rfind("engine/", 0) != 0) continue;
     for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file)) {
       const bool isAllowed = include.rfind("engine/", 0) == 0 || include.rfind("artifacts/", 0) == 0 ||
-                             include.rfind("dsp/", 0) == 0;
+                             include.rfind("dsp/", 0) == 0 || include.rfind("files/formats/", 0) == 0;
       EXPECT_TRUE(isAllowed) << file << " includes " << include;
     }
   }

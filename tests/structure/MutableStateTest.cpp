@@ -87,8 +87,9 @@ TEST(MutableState, OfTransformsIsTheirSharedTablesAndWhatTheMachineOffers) {
   EXPECT_EQ(mutableVariablesOf(EMEG_DSP_PATH), expected);
 }
 
-TEST(MutableState, IsNotInArtifactComputationsFileFormatsAndConverter) {
-  for (const char* const library : {EMEG_ARTIFACTS_PATH, EMEG_FILES_PATH, EMEG_CONVERTER_PATH})
+TEST(MutableState, IsNotInArtifactComputationsFileFormatsEngineAndConverter) {
+  for (const char* const library :
+       {EMEG_ARTIFACTS_PATH, EMEG_FILES_PATH, EMEG_ENGINE_PATH, EMEG_CONVERTER_PATH})
     EXPECT_EQ(mutableVariablesOf(library), Names()) << library;
 }
 
