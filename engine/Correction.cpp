@@ -289,22 +289,4 @@ int64_t Correction::storeLength(const CorrectionSettings& settings, const Record
   return std::max(outputsOf(settings, shape), shape.nrOfSamples);
 }
 
-uint64_t Correction::memoryFor(const CorrectionSettings& settings, const RecordingShape& shape) {
-  const auto n = static_cast<uint64_t>(shape.nrOfSamples);
-  const auto channels = static_cast<uint64_t>(shape.roles.size());
-  if (settings.method.wholeChannels) {
-    constexpr uint64_t arrays = 10; // channel in a transform, spline, estimate
-    return arrays * sizeof(double) * n;
-  }
-  uint64_t needed = StretchCorrection::memoryFor(n, channels, shape.samplingFrequency);
-  if (settings.gradient)
-    needed = std::max(needed, memoryForScanSearch(shape.nrOfSamples) + CachedChannels::bytesPerSample * n);
-  if (!settings.heartBeats) return needed;
-  constexpr double heartRate = 500;   // the low rate lies below twice 250 Hz
-  constexpr uint64_t heartArrays = 2; // series and detection signal
-  const double seconds = static_cast<double>(n) / shape.samplingFrequency;
-  return needed + heartArrays * sizeof(double) * channels *
-                      static_cast<uint64_t>(seconds * std::min(heartRate, shape.samplingFrequency) + 1);
-}
-
 } // namespace emeg

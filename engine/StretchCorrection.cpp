@@ -41,6 +41,11 @@ StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& str
         plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++ : -1);
 }
 
+int64_t StretchCorrection::longestFor(double samplingFrequency, size_t nrOfChannels) {
+  return std::min(largestBlock / static_cast<int64_t>(nrOfChannels),
+                  static_cast<int64_t>(std::ceil(longestStretch * samplingFrequency)));
+}
+
 /// Not much shorter than what its stages need around it.
 int64_t StretchCorrection::stretchLength() const {
   const int64_t n = stretchPlan_.recordingLength;
@@ -49,17 +54,7 @@ int64_t StretchCorrection::stretchLength() const {
                                 ? stretchPlan_.resampler->outputsIn({middle, std::min(middle + 1, n)}, n)
                                 : PositionRange{middle, std::min(middle + 1, n)};
   const int64_t context = rangesFor(stretchPlan_, one, !stretchPlan_.scans.empty()).input.length();
-  const auto channels = static_cast<int64_t>(plan_.roles.size());
-  const auto longest = static_cast<int64_t>(std::ceil(longestStretch * plan_.samplingFrequency));
-  return std::max<int64_t>(std::min(largestBlock / channels, longest), context + 1);
-}
-
-uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency) {
-  constexpr uint64_t arrays = 10;    // of a channel's stretch: samples, above 1 Hz, spline, estimate
-  constexpr double mostContext = 60; // seconds on both sides, with usual filters and windows
-  const auto longest = static_cast<uint64_t>((longestStretch + 2 * mostContext) * samplingFrequency);
-  const uint64_t block = std::min(static_cast<uint64_t>(largestBlock), nrOfSamples * nrOfChannels);
-  return arrays * std::min(nrOfSamples, longest) * sizeof(double) + block * sizeof(float);
+  return std::max<int64_t>(longestFor(plan_.samplingFrequency, plan_.roles.size()), context + 1);
 }
 
 /// `emit` gets the number of time points of the block that is complete.

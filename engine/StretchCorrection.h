@@ -6,6 +6,7 @@
 #include "engine/stages/StageRun.h"
 #include "engine/stages/StretchPlan.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -25,8 +26,8 @@ public:
   /// Puts the result where the recording was, from the store's first sample on.
   void runIntoStore();
 
-  /// Bytes that this takes, a little generously.
-  static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
+  /// Time points of a stretch whose stages need no more than that around it.
+  static int64_t longestFor(double samplingFrequency, size_t nrOfChannels);
 
 private:
   int64_t stretchLength() const;
