@@ -151,8 +151,8 @@ TEST(CorrectionInStretches, TakesRecordingsOfFewSamples) {
       settings.lineNoise = {50};
       settings.lowPass = 8;
       settings.rate = rate;
-      for (const double sample : corrected(recording, settings).channels[1])
-        ASSERT_TRUE(std::isfinite(sample));
+      const Corrected result = corrected(recording, settings);
+      for (const double sample : result.channels[1]) ASSERT_TRUE(std::isfinite(sample));
     }
   }
 }
