@@ -11,7 +11,8 @@ namespace emeg {
 
 namespace {
 
-constexpr double lowestFrequency = 10; // Hz: what the artifact correction needs at least
+constexpr double lowestFrequency = 10;   // Hz: what the artifact correction needs at least
+constexpr double highestFrequency = 1e6; // Hz: the filter at 1 Hz has its longest
 
 template <typename... Parts>
 [[noreturn]] void refuse(const Parts&... parts) {
@@ -21,8 +22,9 @@ template <typename... Parts>
 }
 
 void checkShape(const RecordingShape& shape) {
-  if (!(shape.samplingFrequency >= lowestFrequency && std::isfinite(shape.samplingFrequency)))
-    refuse("The correction needs a sampling frequency of at least ", lowestFrequency, " Hz.");
+  if (!(shape.samplingFrequency >= lowestFrequency && shape.samplingFrequency <= highestFrequency))
+    refuse("The sampling frequency is ", shape.samplingFrequency,
+           " Hz; the correction needs one between 10 Hz and 1 MHz.");
   if (shape.nrOfSamples < 1) refuse("The recording holds no samples.");
   if (shape.roles.empty()) refuse("The recording has no channels.");
 }

@@ -125,7 +125,7 @@ TEST(UnusableSettings, AreMoreEdgesThanThePluginPairs) {
 }
 
 TEST(UnusableSettings, AreRecordingsWithoutAnything) {
-  for (const double rate : {0.0, -250.0, 9.9, nan, infinity})
+  for (const double rate : {0.0, -250.0, 9.9, 1e7, 1e300, nan, infinity})
     EXPECT_NE(refusalOfShape([&](auto& shape) { shape.samplingFrequency = rate; }), "") << rate;
   for (const int64_t length : {int64_t{0}, int64_t{-5}})
     EXPECT_NE(refusalOfShape([&](auto& shape) { shape.nrOfSamples = length; }), "") << length;
@@ -160,6 +160,23 @@ TEST_F(CorrectionOutOfStep, CorrectsNothingBeforeItHasLooked) {
   KeepingSink sink(2);
   EXPECT_THROW(correction.correct(sink), std::logic_error);
   EXPECT_THROW(correction.correctIntoStore(), std::logic_error);
+}
+
+TEST(CorrectionInWholeChannels, IsNotDoneAgainByASecondLook) {
+  const EngineRecording& recording = heartAlone();
+  CorrectionSettings settings;
+  settings.method = asThePluginDoes;
+  settings.highPass = 5;
+  const Corrected once = corrected(recording, settings);
+  MemoryStore store(recording.shape.nrOfChannels(), Correction::storeLength(settings, recording.shape));
+  Observer silent;
+  Correction correction(settings, recording.shape, store, silent);
+  takeInAll(correction, recording);
+  correction.find();
+  correction.find();
+  KeepingSink sink(recording.shape.nrOfChannels());
+  correction.correct(sink);
+  EXPECT_EQ(sink.channels, once.channels);
 }
 
 /// Gives up at the n-th event.
