@@ -61,7 +61,7 @@ uint64_t memoryOfStretches(const CorrectionSettings& settings, const RecordingSh
   const auto channels = static_cast<double>(shape.roles.size());
   const double taps = nrOfTaps(settings, rate);
   const double context = contextOf(settings, rate, taps);
-  const double longest = StretchCorrection::longestFor(rate, shape.roles.size());
+  const auto longest = static_cast<double>(StretchCorrection::longestFor(rate, shape.roles.size()));
   constexpr double withTheEnd = 1.25; // the last stretch takes what would be too short
   const double stretch = std::min(withTheEnd * std::max(longest, context + 1), n);
   const double outputs = stretch * std::max(settings.rate > 0 ? settings.rate / rate : 1.0, 1.0);

@@ -23,17 +23,16 @@ public:
 StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& stretchPlan, ChannelStore& store,
                                      int64_t offset, GradientMeter* meter, Observer& observer)
     : plan_(plan), stretchPlan_(stretchPlan), store_(store), offset_(offset), meter_(meter),
-      observer_(observer),
-      nrOfOutputs_(plan.nrOfOutputs), state_{stretchPlan,
-                                             SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
-                                                            stretchPlan.volumeWise, stretchPlan.windowSlices),
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {}} {
+      observer_(observer), state_{stretchPlan,
+                                  SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
+                                                 stretchPlan.volumeWise, stretchPlan.windowSlices),
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {}} {
   outputRate_ = plan.outputRate;
   int pulseChannels = 0;
   for (const ChannelRole& role : plan.roles)

@@ -49,7 +49,6 @@ private:
   GradientMeter* const meter_;
   Observer& observer_;
   double outputRate_;
-  int64_t nrOfOutputs_;
   std::vector<int> pulseNumber_; ///< per channel, -1 without heart beats to remove
   StretchState state_;
   Workspace work_;

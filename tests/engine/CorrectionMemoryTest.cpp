@@ -42,7 +42,7 @@ void expectEnough(const EngineRecording& recording, const CorrectionSettings& se
     correction.correct(sink);
   const uint64_t said = Correction::memoryFor(settings, recording.shape);
   EXPECT_LE(peakOfMemory(), said + anyRun)
-      << peakOfMemory() / 1048576.0 << " MB, and " << said / 1048576.0 << " MB were said";
+      << (peakOfMemory() >> 20) << " MB, and " << (said >> 20) << " MB were said";
 }
 
 const EngineRecording& scan() {
