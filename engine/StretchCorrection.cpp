@@ -24,17 +24,16 @@ public:
 StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& stretchPlan, ChannelStore& store,
                                      int64_t offset, GradientMeter* meter, Observer& observer)
     : plan_(plan), stretchPlan_(stretchPlan), store_(store), offset_(offset), meter_(meter),
-      observer_(observer),
-      nrOfOutputs_(plan.nrOfOutputs), state_{stretchPlan,
-                                             SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
-                                                            stretchPlan.volumeWise, stretchPlan.windowSlices),
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {}} {
+      observer_(observer), state_{stretchPlan,
+                                  SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
+                                                 stretchPlan.volumeWise, stretchPlan.windowSlices),
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {}} {
   outputRate_ = plan.outputRate;
   int pulseChannels = 0;
   for (const ChannelRole& role : plan.roles)
@@ -42,8 +41,13 @@ StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& str
         plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++ : -1);
 }
 
-/// Not much shorter than what its stages need around it, in whole blocks of the filter in front of the
-/// templates.
+int64_t StretchCorrection::longestFor(double samplingFrequency, size_t nrOfChannels) {
+  return std::min(largestBlock / static_cast<int64_t>(nrOfChannels),
+                  static_cast<int64_t>(std::ceil(longestStretch * samplingFrequency)));
+}
+
+/// Not shorter than what its stages need around it: what is put in place of one stretch is not needed any more
+/// by the next but one. In whole blocks of the filter in front of the templates.
 int64_t StretchCorrection::stretchLength() const {
   const int64_t n = stretchPlan_.recordingLength;
   const int64_t middle = n / 2;
@@ -51,19 +55,9 @@ int64_t StretchCorrection::stretchLength() const {
                                 ? stretchPlan_.resampler->outputsIn({middle, std::min(middle + 1, n)}, n)
                                 : PositionRange{middle, std::min(middle + 1, n)};
   const int64_t context = rangesFor(stretchPlan_, one, !stretchPlan_.scans.empty()).input.length();
-  const auto channels = static_cast<int64_t>(plan_.roles.size());
-  const auto longest = static_cast<int64_t>(std::ceil(longestStretch * plan_.samplingFrequency));
-  const int64_t length = std::max<int64_t>(std::min(largestBlock / channels, longest), context / 2 + 1);
+  const int64_t length = std::max(longestFor(plan_.samplingFrequency, plan_.roles.size()), context + 1);
   const int64_t block = stretchPlan_.scans.empty() ? 1 : stretchPlan_.split.blockLength();
-  return std::max(length / block * block, block);
-}
-
-uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency) {
-  constexpr uint64_t arrays = 10;    // of a channel's stretch: samples, above 1 Hz, spline, estimate
-  constexpr double mostContext = 60; // seconds on both sides, with usual filters and windows
-  const auto longest = static_cast<uint64_t>((longestStretch + 2 * mostContext) * samplingFrequency);
-  const uint64_t block = std::min(static_cast<uint64_t>(largestBlock), nrOfSamples * nrOfChannels);
-  return arrays * std::min(nrOfSamples, longest) * sizeof(double) + block * sizeof(float);
+  return (length + block - 1) / block * block;
 }
 
 /// `emit` gets the number of time points of the block that is complete.

@@ -7,6 +7,7 @@
 #include "engine/stages/StageRun.h"
 #include "engine/stages/StretchPlan.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -34,8 +35,8 @@ public:
   /// which stays in memory.
   KeptCorrection runIntoStore();
 
-  /// Bytes that this takes, a little generously.
-  static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
+  /// Time points of a stretch whose stages need no more than that around it.
+  static int64_t longestFor(double samplingFrequency, size_t nrOfChannels);
 
 private:
   int64_t stretchLength() const;
@@ -56,7 +57,6 @@ private:
   GradientMeter* const meter_;
   Observer& observer_;
   double outputRate_;
-  int64_t nrOfOutputs_;
   std::vector<int> pulseNumber_; ///< per channel, -1 without heart beats to remove
   StretchState state_;
   Workspace work_;
