@@ -139,7 +139,7 @@ private:
           !shape_.roles[static_cast<size_t>(c)].passesUnchanged)
         candidates.push_back(c);
     observer_.memoryNeeded(memoryForScanSearch(shape_.nrOfSamples) +
-                           CachedChannels::bytesPerSample * static_cast<uint64_t>(shape_.nrOfSamples));
+                           CachedChannels::memoryFor(shape_.nrOfSamples));
     CachedChannels recording(store_, offset_, shape_.nrOfSamples);
     TimedScans scans = findScans(recording, candidates, shape_.nrOfSamples, shape_.samplingFrequency,
                                  settings_.timing, observer_);

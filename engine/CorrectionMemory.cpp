@@ -100,10 +100,10 @@ uint64_t memoryOfWholeChannels(const CorrectionSettings& settings, const Recordi
 
 uint64_t Correction::memoryFor(const CorrectionSettings& settings, const RecordingShape& shape) {
   if (settings.method.wholeChannels) return memoryOfWholeChannels(settings, shape);
-  const auto n = static_cast<uint64_t>(shape.nrOfSamples);
   uint64_t needed = memoryOfStretches(settings, shape);
   if (settings.gradient)
-    needed = std::max(needed, memoryForScanSearch(shape.nrOfSamples) + CachedChannels::bytesPerSample * n);
+    needed = std::max(needed,
+                      memoryForScanSearch(shape.nrOfSamples) + CachedChannels::memoryFor(shape.nrOfSamples));
   if (settings.repairSaturation) needed = std::max(needed, memoryForRepair(shape.nrOfSamples));
   if (!settings.heartBeats) return needed;
   constexpr double heartArrays = 2; // series and detection signal

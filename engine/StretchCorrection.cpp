@@ -46,8 +46,8 @@ int64_t StretchCorrection::longestFor(double samplingFrequency, size_t nrOfChann
                   static_cast<int64_t>(std::ceil(longestStretch * samplingFrequency)));
 }
 
-/// Not shorter than what its stages need around it: what is put in place of one stretch is not needed any more
-/// by the next but one. In whole blocks of the filter in front of the templates.
+/// Not shorter than what its stages need around it: what is put in place of one stretch is not needed any
+/// more by the next but one. In whole blocks of the filter in front of the templates.
 int64_t StretchCorrection::stretchLength() const {
   const int64_t n = stretchPlan_.recordingLength;
   const int64_t middle = n / 2;
