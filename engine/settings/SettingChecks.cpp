@@ -1,5 +1,6 @@
 #include "engine/settings/SettingChecks.h"
 
+#include "engine/CorrectionFilters.h"
 #include "engine/settings/OutputRate.h"
 #include "engine/settings/SettingText.h"
 
@@ -14,7 +15,8 @@ namespace {
 
 using Problem = std::optional<std::string>;
 
-constexpr double lowestFrequency = 10; // Hz: what the artifact correction needs at least
+constexpr double lowestFrequency = 10;   // Hz: what the artifact correction needs at least
+constexpr double highestFrequency = 1e6; // Hz: the filter at 1 Hz has its longest
 constexpr double fewestVolumes = 3;
 
 /// One look at the settings of one recording.
@@ -25,9 +27,10 @@ public:
         seconds_(static_cast<double>(shape.nrOfSamples) / shape.samplingFrequency) {}
 
   Problem firstProblem() const {
-    for (const auto check : {&SettingCheck::recording, &SettingCheck::counts, &SettingCheck::rate,
-                             &SettingCheck::passBand, &SettingCheck::notches, &SettingCheck::lineNoise,
-                             &SettingCheck::saturation, &SettingCheck::timing, &SettingCheck::plugin})
+    for (const auto check :
+         {&SettingCheck::recording, &SettingCheck::counts, &SettingCheck::rate, &SettingCheck::passBand,
+          &SettingCheck::notches, &SettingCheck::lineNoise, &SettingCheck::saturation, &SettingCheck::timing,
+          &SettingCheck::electrocardiogram, &SettingCheck::plugin})
       if (Problem problem = (this->*check)()) return problem;
     return std::nullopt;
   }
@@ -40,9 +43,9 @@ private:
 
   Problem recording() const {
     const double rate = shape_.samplingFrequency;
-    if (!(rate >= lowestFrequency && std::isfinite(rate)))
+    if (!(rate >= lowestFrequency && rate <= highestFrequency))
       return "The recording has " + shortTextOf(rate) + " samples a second; the correction needs " +
-             shortTextOf(lowestFrequency) + " at least.";
+             shortTextOf(lowestFrequency) + " at least and takes 1000000 at most.";
     if (shape_.nrOfSamples < 1) return "The recording holds no samples.";
     if (shape_.roles.empty()) return "The recording has no channels.";
     return std::nullopt;
@@ -57,8 +60,15 @@ private:
     return std::nullopt;
   }
 
+  /// Whole channels are decimated, stretches get a new rate.
   Problem rate() const {
+    if (!settings_.method.wholeChannels && settings_.decimation > 1)
+      return named("decimate", settings_.decimation) + ": stretch by stretch, a new " + prefix_ +
+             "rate takes its place.";
     if (settings_.rate == 0) return std::nullopt;
+    if (settings_.method.wholeChannels)
+      return named("rate", settings_.rate) + ": with " + prefix_ + "as-plugin, " + prefix_ +
+             "decimate takes its place.";
     return problemOfRate(shape_.samplingFrequency, settings_.rate, settings_.method, prefix_);
   }
 
@@ -106,6 +116,15 @@ private:
     return std::nullopt;
   }
 
+  Problem electrocardiogram() const {
+    if (!settings_.heartBeats || settings_.beats.source != BeatSource::Ecg) return std::nullopt;
+    const bool isThere = std::any_of(shape_.roles.begin(), shape_.roles.end(), [](const ChannelRole& role) {
+      return role.showsHeartBeats && !role.takesPartInPulses && !role.passesUnchanged;
+    });
+    if (isThere) return std::nullopt;
+    return prefix_ + "ecg: the heart beats are to come from an electrocardiogram, and no channel is one.";
+  }
+
   /// Samples at the limits of integers cannot be told from others without integers.
   Problem saturation() const {
     if (!settings_.repairSaturation) return std::nullopt;
@@ -140,6 +159,8 @@ private:
                          settings_.beats.source == BeatSource::Blind;
     if (!isBlind)
       return prefix_ + "as-plugin: neither the timing of the scan nor heart beats can be given with it.";
+    if (!pairedEdges(settings_, shape_.samplingFrequency).isComplete)
+      return prefix_ + "as-plugin: the filters have more edges than can be paired; ask for fewer notches.";
     if (shape_.nrOfSamples > std::numeric_limits<int32_t>::max())
       return prefix_ + "as-plugin: a recording has 2147483647 samples per channel at most.";
     return std::nullopt;

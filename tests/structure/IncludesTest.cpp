@@ -23,6 +23,7 @@ const std::vector<Floor> floors = {
     {"files/exchange/", 2},
     {"engine/", 3},
     {"include/emeg/", 4},
+    {"library/", 4},
     {"plugin/bridge/", 5},
     {"plugin/converter/messages/", 5},
     {"plugin/converter/", 6},
@@ -66,7 +67,7 @@ std::vector<std::string> sourceFiles() {
   std::vector<std::string> files;
   const fs::path root = EMEG_SOURCE_DIR;
   for (const char* folder :
-       {"dsp", "files", "artifacts", "engine", "converter", "library", "include", "plugin", "host", "app"}) {
+       {"dsp", "files", "artifacts", "engine", "library", "include", "plugin", "host", "app"}) {
     for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
       const std::string extension = entry.path().extension().string();
       if (extension == ".h" || extension == ".cpp")
@@ -117,7 +118,8 @@ TEST(Includes, ComputationsIncludeNothingOfHostsOrFiles) {
   }
 }
 
-TEST(Includes, TheEngineIncludesOnlyComputationsAndItself) {
+// Its store may be a file, which files/formats knows to open under every name.
+TEST(Includes, TheEngineIncludesOnlyComputationsFileFormatsAndItself) {
   for (const std::string& file : sourceFiles()) {
     if (file.rfind("engine/", 0) != 0) continue;
     for (const std::string& include : projectIncludesOf(fs::path(EMEG_SOURCE_DIR) / file)) {
