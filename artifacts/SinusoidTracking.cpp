@@ -40,8 +40,8 @@ SinusoidTracker::Wave SinusoidTracker::fit(const RecordingStretch& stretch, int6
   const int64_t to = std::min(middle + hop_, stretch.recordingLength);
   double cc = 0, ss = 0, cs = 0, xc = 0, xs = 0;
   for (int64_t t = from; t < to; ++t) {
-    const double weight = 0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(t - middle) /
-                                               static_cast<double>(hop_));
+    const double weight =
+        0.5 + 0.5 * std::cos(std::numbers::pi * static_cast<double>(t - middle) / static_cast<double>(hop_));
     const double c = std::cos(phaseAt(t));
     const double s = std::sin(phaseAt(t));
     const double x = stretch.samples[static_cast<size_t>(t - stretch.first)];

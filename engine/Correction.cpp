@@ -149,8 +149,8 @@ private:
     stretches_.windowSlices = settings_.timing.windowSlices;
     if (stretches_.scans.empty()) return;
     stretches_.split = templateSplit(shape_.samplingFrequency);
-    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency,
-                                           stretches_.volumeWise, stretches_.windowSlices)
+    const int64_t context = SegmentRemoval(stretches_.scans, shape_.samplingFrequency, stretches_.volumeWise,
+                                           stretches_.windowSlices)
                                 .context();
     // The filter works in blocks: whole ones are done once.
     const int64_t block = stretches_.split.blockLength();

@@ -1,8 +1,8 @@
 #include "engine/timing/ScanTiming.h"
 
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "artifacts/gradient/templates/SegmentRemoval.h"
+#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "dsp/FrequencyFilter.h"
 #include "engine/figures/GradientMeter.h"
 

@@ -88,7 +88,8 @@ TEST(MutableState, OfTransformsIsTheirSharedTablesAndWhatTheMachineOffers) {
 }
 
 TEST(MutableState, IsNotInArtifactComputationsFileFormatsAndConverter) {
-  for (const char* const library : {EMEG_ARTIFACTS_PATH, EMEG_FILES_PATH, EMEG_ENGINE_PATH, EMEG_CONVERTER_PATH})
+  for (const char* const library :
+       {EMEG_ARTIFACTS_PATH, EMEG_FILES_PATH, EMEG_ENGINE_PATH, EMEG_CONVERTER_PATH})
     EXPECT_EQ(mutableVariablesOf(library), Names()) << library;
 }
 

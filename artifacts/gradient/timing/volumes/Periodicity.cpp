@@ -1,9 +1,9 @@
 #include "artifacts/gradient/timing/volumes/Periodicity.h"
 
-#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
 #include "artifacts/gradient/templates/BandLimitedShift.h"
-#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "artifacts/gradient/timing/slices/SlicesInARow.h"
+#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
+#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "dsp/Statistics.h"
 
 #include <algorithm>

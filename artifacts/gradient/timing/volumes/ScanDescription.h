@@ -1,9 +1,9 @@
 #pragma once
 
-#include "artifacts/gradient/timing/volumes/Periodicity.h"
-#include "artifacts/gradient/timing/volumes/Repeats.h"
 #include "artifacts/gradient/ScanSegment.h"
 #include "artifacts/gradient/timing/slices/SliceStructure.h"
+#include "artifacts/gradient/timing/volumes/Periodicity.h"
+#include "artifacts/gradient/timing/volumes/Repeats.h"
 
 #include <optional>
 #include <span>
