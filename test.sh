@@ -21,8 +21,8 @@ cmake --build --preset asan -- -k 0 --quiet
 ctest --preset asan -j "$jobs" --no-tests=error --label-exclude long
 
 cmake --preset tsan >/dev/null
-cmake --build --preset tsan --target tests_dsp -- --quiet
-ctest --preset tsan --tests-regex ParallelTransforms --no-tests=error
+cmake --build --preset tsan --target tests_dsp tests_engine -- --quiet
+ctest --preset tsan --tests-regex 'ParallelTransforms|CorrectionsInThreads' --no-tests=error
 
 cmake --preset release >/dev/null
 cmake --build --preset release -- -k 0 --quiet

@@ -38,6 +38,9 @@ SinusoidTracker::Wave SinusoidTracker::fit(const RecordingStretch& stretch, int6
   const int64_t middle = window * hop_;
   const int64_t from = std::max<int64_t>(middle - hop_ + 1, 0);
   const int64_t to = std::min(middle + hop_, stretch.recordingLength);
+  // Less than half a turn does not tell amplitude and phase apart: an offset would count as the sinusoid.
+  constexpr double fewestTurns = 0.5;
+  if (static_cast<double>(to - from) * cyclesPerSample_ < fewestTurns) return {};
   double cc = 0, ss = 0, cs = 0, xc = 0, xs = 0;
   for (int64_t t = from; t < to; ++t) {
     const double weight =
@@ -52,7 +55,6 @@ SinusoidTracker::Wave SinusoidTracker::fit(const RecordingStretch& stretch, int6
     xs += weight * x * s;
   }
   const double determinant = cc * ss - cs * cs;
-  // Less than half a turn does not tell amplitude and phase apart.
   constexpr double leastIndependent = 0.01;
   if (!(determinant > leastIndependent * cc * ss)) return {};
   return {(xc * ss - xs * cs) / determinant, (xs * cc - xc * cs) / determinant};

@@ -10,7 +10,7 @@ namespace emeg {
 /// Follows a sinusoid of known frequency, such as the mains, whose amplitude and phase change slowly: in
 /// windows of eight seconds that overlap by half both are fitted (least squares with a Hann window), and
 /// between their middles they are interpolated. A constant sinusoid is removed entirely; of the EEG what lies
-/// within about an eighth of a hertz of it.
+/// within about an eighth of a hertz of it. Where a window holds less than half a turn nothing is removed.
 ///
 /// Windows lie at fixed places of the recording: results do not depend on how it is cut.
 class SinusoidTracker {

@@ -19,22 +19,14 @@ namespace emeg {
 
 namespace {
 
-constexpr double lowestFrequency = 10; // Hz: what the artifact correction needs at least
-
 int64_t outputsOf(const CorrectionSettings& settings, const RecordingShape& shape) {
   if (settings.method.wholeChannels) return (shape.nrOfSamples - 1) / settings.decimation + 1;
-  const std::optional<Resampler> resampler = outputResampler(settings, shape.samplingFrequency);
-  return resampler ? resampler->outputLength(shape.nrOfSamples) : shape.nrOfSamples;
-}
-
-void check(const CorrectionSettings& settings, const RecordingShape& shape) {
-  const bool isSampled = shape.samplingFrequency >= lowestFrequency && std::isfinite(shape.samplingFrequency);
-  if (!isSampled) throw UnusableSettings("The correction needs a sampling frequency of at least 10 Hz.");
-  if (shape.nrOfSamples < 1) throw UnusableSettings("The recording holds no samples.");
-  if (shape.roles.empty()) throw UnusableSettings("The recording has no channels.");
-  if (settings.decimation < 1) throw UnusableSettings("The decimation factor must be 1 at least.");
-  if (settings.timing.windowSlices < 1)
-    throw UnusableSettings("The averaging window must be one slice long at least.");
+  try {
+    const std::optional<Resampler> resampler = outputResampler(settings, shape.samplingFrequency);
+    return resampler ? resampler->outputLength(shape.nrOfSamples) : shape.nrOfSamples;
+  } catch (const std::invalid_argument& error) {
+    throw UnusableSettings(error.what());
+  }
 }
 
 } // namespace
@@ -62,6 +54,8 @@ public:
   const Findings& find() {
     if (intake_.nrOfSamples() != shape_.nrOfSamples)
       throw std::logic_error("samples of the recording are missing");
+    if (hasLooked_) return findings_;
+    hasLooked_ = true;
     findings_.nrOfNotFinite = intake_.nrOfNotFinite();
     if (settings_.method.wholeChannels) {
       correctWholeChannels();
@@ -77,15 +71,16 @@ public:
   }
 
   void correct(CorrectedSink& sink) {
+    checkHasLooked();
     if (settings_.method.wholeChannels) return readCorrected(sink);
     correctStretches([&sink](StretchCorrection& correction) { correction.run(sink); });
   }
 
   std::vector<ValueBounds> correctIntoStore() {
+    checkHasLooked();
     if (!settings_.method.wholeChannels) {
-      std::vector<ValueBounds> bounds;
-      correctStretches([&bounds](StretchCorrection& correction) { bounds = correction.runIntoStore(); });
-      return bounds;
+      correctStretches([this](StretchCorrection& correction) { kept_ = correction.runIntoStore(); });
+      return kept_.bounds;
     }
     BoundsSink bounds(shape_.roles.size());
     readCorrected(bounds);
@@ -97,7 +92,8 @@ public:
     std::vector<double> factors(shape_.roles.size(), 1);
     for (size_t c = 0; settings_.method.wholeChannels && c < factors.size(); ++c)
       if (!shape_.roles[c].passesUnchanged) factors[c] = powerOfTen(settings_.scalingOrder);
-    sendStored(store_, nrOfOutputs_, factors, sink);
+    sendStored(store_, nrOfOutputs_ - kept_.lastCount, factors, sink);
+    if (kept_.lastCount > 0) sendBlock(kept_.lastStretch, shape_.roles.size(), sink);
   }
 
   int64_t nrOfOutputs() const { return nrOfOutputs_; }
@@ -108,6 +104,10 @@ public:
   const Findings& findings() const { return findings_; }
 
 private:
+  void checkHasLooked() const {
+    if (!hasLooked_) throw std::logic_error("scans and heart beats were not looked for");
+  }
+
   template <typename Way>
   void correctStretches(const Way& way) {
     const RunPlan plan = planOfStages();
@@ -139,7 +139,7 @@ private:
           !shape_.roles[static_cast<size_t>(c)].passesUnchanged)
         candidates.push_back(c);
     observer_.memoryNeeded(memoryForScanSearch(shape_.nrOfSamples) +
-                           CachedChannels::bytesPerSample * static_cast<uint64_t>(shape_.nrOfSamples));
+                           CachedChannels::memoryFor(shape_.nrOfSamples));
     CachedChannels recording(store_, offset_, shape_.nrOfSamples);
     TimedScans scans = findScans(recording, candidates, shape_.nrOfSamples, shape_.samplingFrequency,
                                  settings_.timing, observer_);
@@ -220,9 +220,7 @@ private:
   /// As the plug-in does.
   void correctWholeChannels() {
     RunPlan plan = planOfStages();
-    PairedEdges edges = pairedEdges(settings_, shape_.samplingFrequency);
-    if (!edges.isComplete)
-      throw UnusableSettings("The filters have more edges than can be paired; ask for fewer notches.");
+    const PairedEdges edges = pairedEdges(settings_, shape_.samplingFrequency);
     plan.filterStages = edges.stages;
     plan.filteringNeeded = edges.stages.count() > 0;
     plan.volumeWise = settings_.timing.volumeWise;
@@ -250,11 +248,13 @@ private:
   Intake intake_;
   StretchPlan stretches_;
   Findings findings_;
+  KeptCorrection kept_; ///< with correctIntoStore
+  bool hasLooked_ = false;
 };
 
 Correction::Correction(CorrectionSettings settings, RecordingShape shape, ChannelStore& store,
                        Observer& observer) {
-  check(settings, shape);
+  refuseUnusable(settings, shape);
   run_ = std::make_unique<Run>(std::move(settings), std::move(shape), store, observer);
 }
 
@@ -294,24 +294,6 @@ const Findings& Correction::findings() const {
 
 int64_t Correction::storeLength(const CorrectionSettings& settings, const RecordingShape& shape) {
   return std::max(outputsOf(settings, shape), shape.nrOfSamples);
-}
-
-uint64_t Correction::memoryFor(const CorrectionSettings& settings, const RecordingShape& shape) {
-  const auto n = static_cast<uint64_t>(shape.nrOfSamples);
-  const auto channels = static_cast<uint64_t>(shape.roles.size());
-  if (settings.method.wholeChannels) {
-    constexpr uint64_t arrays = 10; // channel in a transform, spline, estimate
-    return arrays * sizeof(double) * n;
-  }
-  uint64_t needed = StretchCorrection::memoryFor(n, channels, shape.samplingFrequency);
-  if (settings.gradient)
-    needed = std::max(needed, memoryForScanSearch(shape.nrOfSamples) + CachedChannels::bytesPerSample * n);
-  if (!settings.heartBeats) return needed;
-  constexpr double heartRate = 500;   // the low rate lies below twice 250 Hz
-  constexpr uint64_t heartArrays = 2; // series and detection signal
-  const double seconds = static_cast<double>(n) / shape.samplingFrequency;
-  return needed + heartArrays * sizeof(double) * channels *
-                      static_cast<uint64_t>(seconds * std::min(heartRate, shape.samplingFrequency) + 1);
 }
 
 } // namespace emeg

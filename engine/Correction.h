@@ -5,20 +5,15 @@
 #include "engine/Findings.h"
 #include "engine/Observer.h"
 #include "engine/RecordingShape.h"
+#include "engine/UnusableSettings.h"
 #include "engine/store/ChannelStore.h"
 
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <stdexcept>
 #include <vector>
 
 namespace emeg {
-
-/// Settings that contradict each other or the recording. The message is a sentence.
-class UnusableSettings : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 /// The correction of one recording, in three steps: its samples are taken in, scans and beats are found, the
 /// corrected samples go out. Knows no file and no host. Used by one thread; several corrections may run in
@@ -33,12 +28,14 @@ public:
   Correction& operator=(const Correction&) = delete;
 
   /// The next `count` time points of all channels, channel after channel: values[c x count + t], in
-  /// microvolts. Samples that are not finite count as 0 and are counted.
+  /// microvolts. Samples that are not finite count as 0 and are counted. std::invalid_argument for blocks of
+  /// another size than they say, or beyond the recording's end.
   void takeIn(int64_t count, std::span<const double> values);
 
   /// When all samples are there: looks for scans and heart beats. The caller may look at the result and go no
   /// further. Without a scan nothing of the gradient artifact is removed. Whole-channel methods find what
-  /// they find while they correct: they do it here, in place.
+  /// they find while they correct: they do it here, in place. std::logic_error when samples are missing, here
+  /// and below when it was not called.
   const Findings& find();
 
   /// Sends the corrected recording to the sink: nrOfOutputs() time points. The store's content is lost.
@@ -57,7 +54,7 @@ public:
   /// them; these when the recording was corrected.
   const Findings& findings() const;
 
-  /// Samples per channel that the store must hold.
+  /// Samples per channel that the store must hold. Throws UnusableSettings.
   static int64_t storeLength(const CorrectionSettings& settings, const RecordingShape& shape);
   /// Bytes that a run will have in memory at most beside the store, and never less than what it allocates.
   static uint64_t memoryFor(const CorrectionSettings& settings, const RecordingShape& shape);

@@ -24,17 +24,16 @@ public:
 StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& stretchPlan, ChannelStore& store,
                                      int64_t offset, GradientMeter* meter, Observer& observer)
     : plan_(plan), stretchPlan_(stretchPlan), store_(store), offset_(offset), meter_(meter),
-      observer_(observer),
-      nrOfOutputs_(plan.nrOfOutputs), state_{stretchPlan,
-                                             SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
-                                                            stretchPlan.volumeWise, stretchPlan.windowSlices),
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {},
-                                             {}} {
+      observer_(observer), state_{stretchPlan,
+                                  SegmentRemoval(stretchPlan.scans, stretchPlan.samplingFrequency,
+                                                 stretchPlan.volumeWise, stretchPlan.windowSlices),
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {},
+                                  {}} {
   outputRate_ = plan.outputRate;
   int pulseChannels = 0;
   for (const ChannelRole& role : plan.roles)
@@ -42,8 +41,13 @@ StretchCorrection::StretchCorrection(const RunPlan& plan, const StretchPlan& str
         plan.correctBCG && role.takesPartInPulses && !role.passesUnchanged ? pulseChannels++ : -1);
 }
 
-/// Not much shorter than what its stages need around it, in whole blocks of the filter in front of the
-/// templates.
+int64_t StretchCorrection::longestFor(double samplingFrequency, size_t nrOfChannels) {
+  return std::min(largestBlock / static_cast<int64_t>(nrOfChannels),
+                  static_cast<int64_t>(std::ceil(longestStretch * samplingFrequency)));
+}
+
+/// Not shorter than what its stages need around it: what is put in place of one stretch is not needed any
+/// more by the next but one. In whole blocks of the filter in front of the templates.
 int64_t StretchCorrection::stretchLength() const {
   const int64_t n = stretchPlan_.recordingLength;
   const int64_t middle = n / 2;
@@ -51,19 +55,9 @@ int64_t StretchCorrection::stretchLength() const {
                                 ? stretchPlan_.resampler->outputsIn({middle, std::min(middle + 1, n)}, n)
                                 : PositionRange{middle, std::min(middle + 1, n)};
   const int64_t context = rangesFor(stretchPlan_, one, !stretchPlan_.scans.empty()).input.length();
-  const auto channels = static_cast<int64_t>(plan_.roles.size());
-  const auto longest = static_cast<int64_t>(std::ceil(longestStretch * plan_.samplingFrequency));
-  const int64_t length = std::max<int64_t>(std::min(largestBlock / channels, longest), context / 2 + 1);
+  const int64_t length = std::max(longestFor(plan_.samplingFrequency, plan_.roles.size()), context + 1);
   const int64_t block = stretchPlan_.scans.empty() ? 1 : stretchPlan_.split.blockLength();
-  return std::max(length / block * block, block);
-}
-
-uint64_t StretchCorrection::memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency) {
-  constexpr uint64_t arrays = 10;    // of a channel's stretch: samples, above 1 Hz, spline, estimate
-  constexpr double mostContext = 60; // seconds on both sides, with usual filters and windows
-  const auto longest = static_cast<uint64_t>((longestStretch + 2 * mostContext) * samplingFrequency);
-  const uint64_t block = std::min(static_cast<uint64_t>(largestBlock), nrOfSamples * nrOfChannels);
-  return arrays * std::min(nrOfSamples, longest) * sizeof(double) + block * sizeof(float);
+  return (length + block - 1) / block * block;
 }
 
 /// `emit` gets the number of time points of the block that is complete.
@@ -81,29 +75,29 @@ void StretchCorrection::runStretches(const Emit& emit) {
 }
 
 void StretchCorrection::run(CorrectedSink& sink) {
-  runStretches([&](size_t count) { send(count, sink); });
+  runStretches([&](size_t) { sendBlock(block_, plan_.roles.size(), sink); });
 }
 
 /// A block is written when the next one is complete: until then the stages may still need what it replaces.
-std::vector<ValueBounds> StretchCorrection::runIntoStore() {
+KeptCorrection StretchCorrection::runIntoStore() {
   ChannelBounds bounds(plan_.roles.size());
-  std::vector<float> pending;
-  size_t pendingCount = 0;
+  KeptCorrection kept;
   int64_t written = 0;
-  const auto writePending = [&] {
-    for (size_t c = 0; c < plan_.roles.size() && pendingCount > 0; ++c)
+  const auto writeKept = [&] {
+    const auto count = static_cast<size_t>(kept.lastCount);
+    for (size_t c = 0; c < plan_.roles.size() && count > 0; ++c)
       store_.write(static_cast<int>(c), written,
-                   std::span<const float>(pending).subspan(c * pendingCount, pendingCount));
-    written += static_cast<int64_t>(pendingCount);
+                   std::span<const float>(kept.lastStretch).subspan(c * count, count));
+    written += kept.lastCount;
   };
   runStretches([&](size_t count) {
-    writePending();
+    writeKept();
     bounds.add(count, std::span<const float>(block_));
-    pending.swap(block_);
-    pendingCount = count;
+    kept.lastStretch.swap(block_);
+    kept.lastCount = static_cast<int64_t>(count);
   });
-  writePending();
-  return bounds.all();
+  kept.bounds = bounds.all();
+  return kept;
 }
 
 /// Returns the number of time points that the block holds.
@@ -142,21 +136,6 @@ void StretchCorrection::measureAfter(size_t count) {
     const std::span<const float> samples = std::span<const float>(block_).subspan(c * count, count);
     values_.assign(samples.begin(), samples.end());
     meter_->addAfter(number++, values_, figureWork_);
-  }
-}
-
-/// In parts, so that the doubles take little memory.
-void StretchCorrection::send(size_t count, CorrectedSink& sink) {
-  constexpr size_t valuesOfPart = size_t{1} << 20;
-  const size_t channels = plan_.roles.size();
-  const size_t longest = std::max<size_t>(valuesOfPart / channels, 1);
-  for (size_t done = 0; done < count; done += longest) {
-    const size_t length = std::min(longest, count - done);
-    values_.resize(length * channels);
-    for (size_t c = 0; c < channels; ++c)
-      std::copy_n(block_.begin() + static_cast<std::ptrdiff_t>(c * count + done), length,
-                  values_.begin() + static_cast<std::ptrdiff_t>(c * length));
-    sink.take(static_cast<int64_t>(length), values_);
   }
 }
 

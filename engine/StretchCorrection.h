@@ -7,10 +7,18 @@
 #include "engine/stages/StageRun.h"
 #include "engine/stages/StretchPlan.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 namespace emeg {
+
+/// A corrected recording in the store, and its last stretch beside it.
+struct KeptCorrection {
+  std::vector<ValueBounds> bounds; ///< per channel
+  std::vector<float> lastStretch;  ///< channel after channel
+  int64_t lastCount = 0;           ///< its time points
+};
 
 /// Sends a recording through the stages stretch after stretch, all channels of a stretch together. Stretches
 /// lie at places that follow from the recording alone: the result does not depend on memory.
@@ -23,12 +31,12 @@ public:
 
   void run(CorrectedSink& sink);
 
-  /// Puts the result where the recording was, from the store's first sample on. Returns the smallest and
-  /// largest value of every channel.
-  std::vector<ValueBounds> runIntoStore();
+  /// Puts the result where the recording was, from the store's first sample on, but for the last stretch,
+  /// which stays in memory.
+  KeptCorrection runIntoStore();
 
-  /// Bytes that this takes, a little generously.
-  static uint64_t memoryFor(uint64_t nrOfSamples, uint64_t nrOfChannels, double samplingFrequency);
+  /// Time points of a stretch whose stages need no more than that around it.
+  static int64_t longestFor(double samplingFrequency, size_t nrOfChannels);
 
 private:
   int64_t stretchLength() const;
@@ -39,7 +47,6 @@ private:
   void passUnchanged(int channel, PositionRange outputs);
   void subtractReference(size_t count);
   void measureAfter(size_t count);
-  void send(size_t count, CorrectedSink& sink);
   void measureBefore(int number, PositionRange stretch);
   void load(int channel);
 
@@ -50,7 +57,6 @@ private:
   GradientMeter* const meter_;
   Observer& observer_;
   double outputRate_;
-  int64_t nrOfOutputs_;
   std::vector<int> pulseNumber_; ///< per channel, -1 without heart beats to remove
   StretchState state_;
   Workspace work_;

@@ -32,7 +32,8 @@ void keepChannel(StageRun& run) {
     run.work.chunkBuffer[static_cast<size_t>(run.plan.margin + i)] = static_cast<float>(run.signal()[i]);
 }
 
-/// The artifact's spline, from the knots around the stretch.
+/// The artifact's spline, from the knots around the stretch. Between two knots without artifact there is
+/// none, where a spline would still swing: those samples keep their bits.
 void removeFromStretch(StretchState& stretch, const std::vector<double>& knots) {
   constexpr int64_t beside = 64; // knots behind which a spline does not feel where it was cut
   const PositionRange range = stretch.ranges.signal;
@@ -52,6 +53,7 @@ void removeFromStretch(StretchState& stretch, const std::vector<double>& knots) 
   const std::span<double> samples = stretch.at(range);
   for (int64_t t = range.begin; t < range.end; ++t) {
     const int64_t k = std::min(t / step, nrOfKnots - 1) - first;
+    if (a[k] == 0 && k + 1 < end - first && a[k + 1] == 0) continue;
     const double f = static_cast<double>(t - (k + first) * step) / static_cast<double>(step);
     samples[static_cast<size_t>(t - range.begin)] -= ((d[k] * f + c[k]) * f + b[k]) * f + a[k];
   }

@@ -8,7 +8,8 @@
 
 namespace emeg {
 
-/// Whole channels of a store, which a search reads more than once: the first few stay in memory.
+/// Whole channels of a store, which a search reads more than once: the first ten stay in memory, or as many
+/// as 256 MB hold.
 class CachedChannels {
 public:
   /// `offset`: the store's sample at which the recording begins.
@@ -17,8 +18,8 @@ public:
   /// Fills `samples` with a channel. Throws StoreError.
   void read(int channel, std::vector<double>& samples);
 
-  /// Bytes that may be held per sample of a recording.
-  static constexpr uint64_t bytesPerSample = 11 * sizeof(float);
+  /// Bytes that are held at most for channels of so many samples.
+  static uint64_t memoryFor(int64_t nrOfSamples);
 
 private:
   ChannelStore& store_;

@@ -23,4 +23,19 @@ void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double
   }
 }
 
+void sendBlock(std::span<const float> block, size_t nrOfChannels, CorrectedSink& sink) {
+  constexpr size_t valuesOfPart = size_t{1} << 20;
+  const size_t count = block.size() / nrOfChannels;
+  const size_t longest = std::max<size_t>(valuesOfPart / nrOfChannels, 1);
+  std::vector<double> values;
+  for (size_t done = 0; done < count; done += longest) {
+    const size_t length = std::min(longest, count - done);
+    values.resize(length * nrOfChannels);
+    for (size_t c = 0; c < nrOfChannels; ++c)
+      std::copy_n(block.begin() + static_cast<std::ptrdiff_t>(c * count + done), length,
+                  values.begin() + static_cast<std::ptrdiff_t>(c * length));
+    sink.take(static_cast<int64_t>(length), values);
+  }
+}
+
 } // namespace emeg

@@ -51,4 +51,7 @@ private:
 void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double> factors,
                 CorrectedSink& sink);
 
+/// Sends a block of 32-bit floats, channel after channel, in parts, so that the doubles take little memory.
+void sendBlock(std::span<const float> block, size_t nrOfChannels, CorrectedSink& sink);
+
 } // namespace emeg

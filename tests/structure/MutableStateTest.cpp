@@ -1,5 +1,5 @@
 // What the built libraries hold that a program can write to. Two corrections may run in two threads, so there
-// is nothing but the shared tables of transforms, which guard themselves.
+// is nothing but what is made once and guards itself: shared tables of transforms, the list of settings.
 
 #include <gtest/gtest.h>
 
@@ -91,6 +91,12 @@ TEST(MutableState, IsNotInArtifactComputationsFileFormatsAndConverter) {
   for (const char* const library :
        {EMEG_ARTIFACTS_PATH, EMEG_FILES_PATH, EMEG_ENGINE_PATH, EMEG_CONVERTER_PATH})
     EXPECT_EQ(mutableVariablesOf(library), Names()) << library;
+}
+
+TEST(MutableState, OfTheEngineIsItsListOfSettingsWhichIsMadeOnce) {
+  const Names expected = {"emeg::correctionSettings()::list",
+                          "guard variable for emeg::correctionSettings()::list"};
+  EXPECT_EQ(mutableVariablesOf(EMEG_ENGINE_PATH), expected);
 }
 
 TEST(MutableState, OfTheBridgeIsItsTableOfHostFunctions) {

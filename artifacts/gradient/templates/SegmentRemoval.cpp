@@ -15,6 +15,9 @@ namespace {
 constexpr double fadeSeconds = 0.01; // beyond the scan's activity
 constexpr uint64_t nrOfArrays = 5;   // samples, spline and estimate
 constexpr int64_t fewestSamples = 16;
+// Samples. Where scanner and amplifier have one clock, onsets lie at samples: rounding must not move the
+// windows of some of them to the sample before, another some for every stretch of the channel.
+constexpr double behindTheSample = 1e-6;
 constexpr int64_t splineContext = 64; // samples behind which a spline does not feel where it was cut
 
 /// The volumes whose templates reach into samples from ... to - 1: they rise before their onset, and end
@@ -90,7 +93,8 @@ void SegmentRemoval::estimateScan(size_t index, const RecordingStretch& stretch,
   // Where the recording cuts the scan in its quiet, the activity ends before it.
   if (scan.beginsInVolume) scan.begin = std::min(scan.begin, static_cast<double>(whole.firstOfScan));
   if (scan.endsInVolume) scan.end = std::max(scan.end, static_cast<double>(whole.endOfScan));
-  const MRSequence sequence = windowed(sequenceOf(scan, fs_, -static_cast<double>(whole.nrOfAddedBefore)));
+  const MRSequence sequence =
+      windowed(sequenceOf(scan, fs_, -static_cast<double>(whole.nrOfAddedBefore) - behindTheSample));
   const size_t length = whole.samples.size();
   for (std::vector<double>* array : {&b_, &c_, &d_}) array->resize(length);
   estimate_.assign(length, 0.0);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <algorithm>

@@ -51,7 +51,7 @@ TEST(SegmentRemoval, AWholeScanIsRemovedAsWithoutSegments) {
   std::vector<double> b(n), c(n), d(n), plain(n, 0.0);
   computeSplineCoefficients(scan.recorded.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n));
   MRSequence sequence = sequenceOf(segment, scan.fs);
-  sequence.windowHalfLength = windowHalfLengthOf(sequence, 150);
+  sequence.windowHalfLength = windowSecondsOf(sequence, 150, false);
   estimateGradientArtifact({scan.recorded.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n)},
                            sequence, scan.fs, false, plain.data());
   for (auto t = static_cast<size_t>(segment.begin); t < static_cast<size_t>(segment.end); t++)
