@@ -22,8 +22,8 @@ public:
   /// The positions that the input must hold for `outputs` of a recording of `recordingLength` samples.
   PositionRange inputFor(PositionRange outputs, int64_t recordingLength) const;
 
-  /// Subtracts the sinusoid at the positions `outputs` from `samples` (one per position). std::invalid_argument
-  /// if the stretch lacks samples that are needed.
+  /// Subtracts the sinusoid at the positions `outputs` from `samples` (one per position).
+  /// std::invalid_argument if the stretch lacks samples that are needed.
   void subtract(const RecordingStretch& stretch, PositionRange outputs, std::span<double> samples) const;
 
 private:

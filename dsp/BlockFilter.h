@@ -8,8 +8,8 @@
 
 namespace emeg {
 
-/// Overlap-save: a symmetric filter applied to blocks of a power-of-two length through the real transform. All
-/// transforms of the filters are here. Immutable: threads may share it, each with a workspace of its own.
+/// Overlap-save: a symmetric filter applied to blocks of a power-of-two length through the real transform.
+/// All transforms of the filters are here. Immutable: threads may share it, each with a workspace of its own.
 /// (Stockham: High-speed convolution and correlation, AFIPS 1966.)
 class BlockFilter {
 public:

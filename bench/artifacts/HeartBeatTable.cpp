@@ -3,8 +3,8 @@
 // tables of docs/heart-beats.md. Arguments: first seed, number of seeds [101 20].
 
 #include "app/simulation/HeartBeats.h"
-#include "artifacts/cardiac/search/BeatSearch.h"
 #include "artifacts/cardiac/model/PulseModel.h"
+#include "artifacts/cardiac/search/BeatSearch.h"
 #include "tests/artifacts/cardiac/SimulatedBcg.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/series/BcgSeries.h"
 #include "artifacts/cardiac/search/BeatSearch.h"
+#include "artifacts/cardiac/series/BcgSeries.h"
 #include "engine/Observer.h"
 
 #include <cstdint>

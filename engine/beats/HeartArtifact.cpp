@@ -1,8 +1,8 @@
 #include "engine/beats/HeartArtifact.h"
 
-#include "artifacts/cardiac/search/BeatSearch.h"
 #include "artifacts/cardiac/known/PulseDelay.h"
 #include "artifacts/cardiac/model/PulseModel.h"
+#include "artifacts/cardiac/search/BeatSearch.h"
 #include "engine/beats/KnownBeats.h"
 #include "engine/beats/PulseFigures.h"
 

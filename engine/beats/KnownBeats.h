@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/series/BcgSeries.h"
 #include "artifacts/cardiac/known/KnownPulses.h"
+#include "artifacts/cardiac/series/BcgSeries.h"
 #include "engine/CorrectionSettings.h"
 
 #include <cstdint>

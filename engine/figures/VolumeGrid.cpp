@@ -37,9 +37,10 @@ bool VolumeGrid::makesSense() const {
   if (!std::isfinite(fs) || !(fs > 0) || !std::isfinite(duration) || !(duration * fs >= 1)) return false;
   if (!(std::abs(first) * fs <= mostSamples) || nrOfPairs_ < fewestPairs) return false;
   const auto samples = static_cast<double>(nrOfTimePoints_);
+  constexpr int mostSamplesPerVolume = std::numeric_limits<int>::max() / 4;
   const double needed = 2 * static_cast<double>(fewestPairs) * duration;
-  return samples <= mostSamples && duration * fs < std::numeric_limits<int>::max() / 4 &&
-         needed <= samples / fs && samples / fs >= first + needed;
+  return samples <= mostSamples && duration * fs < mostSamplesPerVolume && needed <= samples / fs &&
+         samples / fs >= first + needed;
 }
 
 double VolumeGrid::inVolumes(double position) const {

@@ -53,8 +53,9 @@ WelchWindows::WelchWindows(double from, double to, double highest, double sampli
   count_ = std::min(mostWindows, 2 * (end_ - first_) / length() - 1);
   hzPerBin_ = fs / static_cast<double>(length());
   const auto samples = static_cast<size_t>(length());
+  const size_t mostBins = samples / 2;
   const double bins = highest > 0 ? std::floor(highest / hzPerBin_) + 1 : 1;
-  nrOfBins_ = static_cast<size_t>(std::min(bins, static_cast<double>(samples / 2)));
+  nrOfBins_ = static_cast<size_t>(std::min(bins, static_cast<double>(mostBins)));
   hann_ = hannWindow(samples);
   double windowPower = 0;
   for (const double value : hann_) windowPower += value * value;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "artifacts/cardiac/search/BeatSearch.h"
+#include "engine/Method.h"
+#include "files/formats/ChunkFiles.h"
 #include "plugin/converter/RunState.h"
 #include "plugin/converter/messages/Messages.h"
 #include "plugin/converter/messages/PathBuffer.h"
 #include "plugin/converter/messages/RunValues.h"
-#include "engine/Method.h"
-#include "files/formats/ChunkFiles.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "artifacts/gradient/timing/pauses/SequenceDetection.h"
-#include "engine/ChannelRole.h"
 #include "dsp/FilterStages.h"
+#include "engine/ChannelRole.h"
 #include "files/formats/BinaryFile.h"
 #include "files/formats/CcdFile.h"
 #include "files/formats/CtcFile.h"

@@ -54,8 +54,8 @@ double spectrumError(const std::vector<double>& packed, const std::function<Wide
   long double length = 0;
   const std::size_t half = packed.size() / 2;
   for (std::size_t k = 0; k <= half; ++k) {
-    const Wide actual = k == 0      ? Wide(packed[0])
-                        : k == half ? Wide(packed[1])
+    const Wide actual = k == 0      ? Wide(static_cast<long double>(packed[0]))
+                        : k == half ? Wide(static_cast<long double>(packed[1]))
                                     : reference::pointOf(packed, k);
     difference += std::norm(actual - expected(k));
     length += std::norm(expected(k));

@@ -19,10 +19,10 @@ struct FilledGap {
 struct KnownPulses {
   /// Ascending whole samples of the series: between two of them the model leaves no sample out.
   std::vector<double> positions;
-  int64_t nrOfOutside = 0;       ///< left out: outside the series, or not a number
-  int64_t nrOfDoubled = 0;       ///< left out: closer than a quarter second to a better one
-  int64_t nrOfStray = 0;         ///< left out: between two beats of a regular rhythm
-  std::vector<FilledGap> gaps;   ///< in ascending order
+  int64_t nrOfOutside = 0;     ///< left out: outside the series, or not a number
+  int64_t nrOfDoubled = 0;     ///< left out: closer than a quarter second to a better one
+  int64_t nrOfStray = 0;       ///< left out: between two beats of a regular rhythm
+  std::vector<FilledGap> gaps; ///< in ascending order
 };
 
 /// Shortest interval between two beats of a heart, seconds.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 namespace emeg {
@@ -24,7 +25,7 @@ inline BeatModelSettings keepingBeatModel(float rate) {
   constexpr double fadeSeconds = 0.075;
   BeatModelSettings settings;
   settings.keepOutside = true;
-  settings.fadeLength = static_cast<int32_t>(fadeSeconds * static_cast<double>(rate) + 0.5);
+  settings.fadeLength = static_cast<int32_t>(std::lround(fadeSeconds * static_cast<double>(rate)));
   settings.gapFactor = 1.5;
   settings.followsUsualBeat = true;
   return settings;

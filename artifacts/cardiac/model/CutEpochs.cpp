@@ -79,6 +79,7 @@ void fitScores(const CutEpoch& cut, PrincipalComponents& model) {
   const size_t n = found.size();
   if (n == 0 || cut.inside.begin >= cut.inside.end) return;
   std::vector<double> energies;
+  energies.reserve(n);
   for (const auto* component : found) energies.push_back(energyOf(component->scores));
   const double weakest = *std::min_element(energies.begin(), energies.end());
 

@@ -1,7 +1,7 @@
 #include "artifacts/cardiac/model/PrincipalComponents.h"
 
-#include "artifacts/cardiac/series/Energy.h"
 #include "artifacts/cardiac/model/GramIteration.h"
+#include "artifacts/cardiac/series/Energy.h"
 #include "dsp/VectorKernels.h"
 
 #include <algorithm>

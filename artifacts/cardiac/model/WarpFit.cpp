@@ -1,8 +1,8 @@
 #include "artifacts/cardiac/model/WarpFit.h"
 
-#include "artifacts/cardiac/series/Energy.h"
 #include "artifacts/cardiac/model/ResamplingKernels.h"
 #include "artifacts/cardiac/model/RowMatrix.h"
+#include "artifacts/cardiac/series/Energy.h"
 #include "dsp/VectorKernels.h"
 
 #include <algorithm>

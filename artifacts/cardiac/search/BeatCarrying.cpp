@@ -20,8 +20,7 @@ constexpr double clearly = 0.6;        // of the way from there to that of beats
 constexpr double leastDistance = 0.15; // between the two, for beats that stand out at all
 
 double ranked(std::vector<double> values, double rank) {
-  const auto place =
-      values.begin() + static_cast<std::ptrdiff_t>(rank * static_cast<double>(values.size() - 1) + 0.5);
+  const auto place = values.begin() + std::lround(rank * static_cast<double>(values.size() - 1));
   std::nth_element(values.begin(), place, values.end());
   return *place;
 }
@@ -45,7 +44,7 @@ struct Likenesses {
 };
 
 int32_t medianInterval(const std::vector<double>& positions) {
-  return static_cast<int32_t>(ranked(intervalsOf(positions), 0.5) + 0.5);
+  return static_cast<int32_t>(std::lround(ranked(intervalsOf(positions), 0.5)));
 }
 
 /// The place of the highest likeness within `distance` samples of the one that is expected.

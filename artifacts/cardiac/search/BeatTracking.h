@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/series/BcgSeries.h"
 #include "artifacts/cardiac/search/HeartPeriod.h"
+#include "artifacts/cardiac/series/BcgSeries.h"
 
 #include <cstddef>
 #include <cstdint>

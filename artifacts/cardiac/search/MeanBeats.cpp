@@ -46,6 +46,7 @@ MeanBeats::MeanBeats(const BcgSeries& series, const std::vector<double>& positio
     channels_.push_back({samples.data(), sumOfBeats(samples.data(), length_, positions, half_)});
   }
   std::vector<double> likenesses;
+  likenesses.reserve(positions.size());
   for (const double position : positions) likenesses.push_back(likenessAt(static_cast<int64_t>(position)));
   const double limit = 0.5 * medianOf(likenesses);
   std::vector<double> alike;

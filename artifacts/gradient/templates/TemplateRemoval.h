@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
 #include "artifacts/gradient/SplinedSignal.h"
+#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
-#include "plugin/converter/Converter.h"
-#include "plugin/converter/correction/ChunkStore.h"
-#include "plugin/converter/correction/RunObserver.h"
 #include "engine/WholeChannelCorrection.h"
 #include "engine/beats/BlindBeats.h"
 #include "files/formats/TriggerMarkers.h"
+#include "plugin/converter/Converter.h"
+#include "plugin/converter/correction/ChunkStore.h"
+#include "plugin/converter/correction/RunObserver.h"
 
 #include <algorithm>
 #include <cerrno>

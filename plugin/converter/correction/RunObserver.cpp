@@ -1,10 +1,10 @@
 #include "plugin/converter/correction/RunObserver.h"
 
-#include "plugin/converter/messages/Text.h"
-#include "plugin/converter/run/MachineResources.h"
 #include "artifacts/cardiac/search/BeatSearch.h"
 #include "files/formats/TriggerMarkers.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/messages/Text.h"
+#include "plugin/converter/run/MachineResources.h"
 
 namespace emeg {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plugin/converter/Converter.h"
 #include "engine/Observer.h"
+#include "plugin/converter/Converter.h"
 
 namespace emeg {
 

@@ -1,5 +1,5 @@
-#include "plugin/converter/Converter.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
 
 namespace emeg {
 

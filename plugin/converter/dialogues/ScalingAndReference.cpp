@@ -1,7 +1,7 @@
-#include "plugin/converter/Converter.h"
-#include "plugin/converter/messages/Text.h"
 #include "dsp/PowerOfTen.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
+#include "plugin/converter/messages/Text.h"
 
 namespace emeg {
 

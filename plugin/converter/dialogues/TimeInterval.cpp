@@ -1,6 +1,6 @@
+#include "plugin/bridge/HostFunctions.h"
 #include "plugin/converter/Converter.h"
 #include "plugin/converter/messages/Text.h"
-#include "plugin/bridge/HostFunctions.h"
 
 namespace emeg {
 

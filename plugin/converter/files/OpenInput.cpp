@@ -1,8 +1,8 @@
-#include "plugin/converter/Converter.h"
-#include "plugin/converter/messages/Text.h"
 #include "files/formats/ProtocolFile.h"
 #include "files/formats/TriggerMarkers.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
+#include "plugin/converter/messages/Text.h"
 
 #include <array>
 #include <cerrno>

@@ -1,5 +1,5 @@
-#include "plugin/converter/Converter.h"
 #include "files/formats/OutputFile.h"
+#include "plugin/converter/Converter.h"
 
 #include <algorithm>
 #include <vector>

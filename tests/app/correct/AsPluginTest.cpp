@@ -1,5 +1,5 @@
-#include "plugin/converter/Converter.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
 #include "tests/TestFolder.h"
 #include "tests/app/SimulatedFiles.h"
 #include "tests/app/correct/MemoryRecording.h"

@@ -1,5 +1,5 @@
-#include "artifacts/cardiac/search/DetectionSignal.h"
 #include "artifacts/cardiac/model/PulseModel.h"
+#include "artifacts/cardiac/search/DetectionSignal.h"
 #include "artifacts/cardiac/search/PulseSelection.h"
 #include "tests/artifacts/cardiac/SimulatedBcg.h"
 #include "tests/artifacts/reference/LiteralDetectionSignal.h"

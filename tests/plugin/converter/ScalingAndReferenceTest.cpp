@@ -71,7 +71,8 @@ TEST_F(ScalingAndReference, AScalingOrderBeyondWhatANumberHoldsIsRefused) {
   converter.options.parametersFromDialog = true;
   host.dialogIntegers[5] = 400;
   EXPECT_FALSE(converter.askScalingAndReference());
-  EXPECT_EQ(host.calls, (Lines{"parameter 5", "box The scaling order 400 is too large: 10^308 is the largest factor."}));
+  EXPECT_EQ(host.calls,
+            (Lines{"parameter 5", "box The scaling order 400 is too large: 10^308 is the largest factor."}));
 }
 
 TEST_F(ScalingAndReference, OnlySelectedChannelsAreScaledOffsetsIncluded) {

@@ -1,7 +1,7 @@
 #include "tests/plugin/converter/ScriptedHost.h"
 
-#include "plugin/converter/messages/Text.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/messages/Text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
-#include "plugin/converter/correction/RunObserver.h"
 #include "engine/beats/BeatStrategy.h"
 #include "engine/timing/TimingStrategy.h"
+#include "plugin/converter/correction/RunObserver.h"
 #include "tests/plugin/converter/Converters.h"
 #include "tests/plugin/converter/LiteralSignals.h"
 

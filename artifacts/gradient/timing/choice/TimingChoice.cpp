@@ -1,7 +1,7 @@
 #include "artifacts/gradient/timing/choice/TimingChoice.h"
 
-#include "artifacts/gradient/timing/choice/Plausibility.h"
 #include "artifacts/gradient/templates/SegmentRemoval.h"
+#include "artifacts/gradient/timing/choice/Plausibility.h"
 #include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "dsp/Statistics.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "artifacts/gradient/timing/choice/TimingEvidence.h"
 #include "artifacts/gradient/timing/markers/MarkerTiming.h"
 #include "artifacts/gradient/timing/volumes/ScanDetection.h"
-#include "artifacts/gradient/timing/choice/TimingEvidence.h"
 
 #include <cstdint>
 #include <functional>

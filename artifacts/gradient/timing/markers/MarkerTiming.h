@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/gradient/timing/volumes/ScanDetection.h"
 #include "artifacts/gradient/ScanSegment.h"
+#include "artifacts/gradient/timing/volumes/ScanDetection.h"
 
 #include <cstdint>
 #include <span>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/gradient/timing/pauses/LogLine.h"
 #include "artifacts/gradient/SplinedSignal.h"
+#include "artifacts/gradient/timing/pauses/LogLine.h"
 
 #include <cstdint>
 
@@ -13,11 +13,11 @@ class FFTWorkspace;
 struct MRSequence {
   int32_t nrOfVolumes = 0;
   int32_t nrOfSlicesPerVolume = 0;
-  double volumeDuration = 0;    ///< seconds
-  double sliceDuration = 0;     ///< seconds; 0: not (yet) detected
-  double firstTriggerTime = 0;  ///< seconds from the start of the processed interval
-  double windowHalfLength = 0;  ///< half-width of the averaging window, seconds
-  bool hasVolumeGaps = false;   ///< quiet between volumes; false: continuous acquisition
+  double volumeDuration = 0;   ///< seconds
+  double sliceDuration = 0;    ///< seconds; 0: not (yet) detected
+  double firstTriggerTime = 0; ///< seconds from the start of the processed interval
+  double windowHalfLength = 0; ///< half-width of the averaging window, seconds
+  bool hasVolumeGaps = false;  ///< quiet between volumes; false: continuous acquisition
 
   /// Onset in samples of slice `slice` of volume `volume`, a real number.
   double onsetOf(int64_t volume, int64_t slice, double samplingFrequency) const {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/gradient/timing/volumes/CircularVolume.h"
 #include "artifacts/gradient/timing/slices/SliceStructure.h"
+#include "artifacts/gradient/timing/volumes/CircularVolume.h"
 
 #include <vector>
 

@@ -1,11 +1,11 @@
 #include "artifacts/gradient/timing/slices/SliceStructure.h"
 
-#include "artifacts/gradient/timing/volumes/CircularVolume.h"
 #include "artifacts/gradient/timing/slices/FirstSlice.h"
-#include "artifacts/gradient/timing/volumes/Repeats.h"
-#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "artifacts/gradient/timing/slices/SliceDuration.h"
 #include "artifacts/gradient/timing/slices/SliceGaps.h"
+#include "artifacts/gradient/timing/volumes/CircularVolume.h"
+#include "artifacts/gradient/timing/volumes/Repeats.h"
+#include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "artifacts/gradient/timing/volumes/LargerUnit.h"
 
-#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
 #include "artifacts/gradient/templates/BandLimitedShift.h"
+#include "artifacts/gradient/timing/volumes/Autocorrelation.h"
 #include "artifacts/gradient/timing/volumes/SharpenedSignal.h"
 #include "dsp/Statistics.h"
 

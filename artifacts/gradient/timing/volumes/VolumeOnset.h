@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/gradient/timing/volumes/Repeats.h"
 #include "artifacts/gradient/timing/slices/SliceStructure.h"
+#include "artifacts/gradient/timing/volumes/Repeats.h"
 
 #include <optional>
 #include <span>
