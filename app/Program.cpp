@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/Command.h"
 #include "app/commands/Completion.h"
 #include "app/commands/Convert.h"
@@ -17,9 +18,6 @@ namespace emeg {
 
 namespace {
 
-constexpr int commandFailed = 1;
-constexpr int wrongUsage = 2;
-
 int parseAndRun(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
   CLI::App program("emeg: recordings of the brain's electric activity made inside an MR scanner", "emeg");
   program.set_version_flag("--version", std::string("emeg ") + EMEG_VERSION);
@@ -35,12 +33,12 @@ int parseAndRun(const std::vector<std::string>& arguments, std::ostream& out, st
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     program.parse(reversed);
   } catch (const CLI::ParseError& error) {
-    return program.exit(error, out, err) == 0 ? 0 : wrongUsage;
+    return program.exit(error, out, err) == 0 ? succeeded : unusable;
   }
 
   const auto chosen = std::find_if(commands.begin(), commands.end(),
                                    [](const Command& command) { return command.parser->parsed(); });
-  return chosen == commands.end() ? wrongUsage : chosen->run(out, err);
+  return chosen == commands.end() ? unusable : chosen->run(out, err);
 }
 
 } // namespace
@@ -49,11 +47,11 @@ int runProgram(const std::vector<std::string>& arguments, std::ostream& out, std
   try {
     return parseAndRun(arguments, out, err);
   } catch (const std::bad_alloc&) {
-    err << "emeg: not enough memory\n";
+    err << "emeg: there is not enough memory; close other programs, or take a shorter recording.\n";
   } catch (const std::exception& error) {
     err << "emeg: " << error.what() << "\n";
   }
-  return commandFailed;
+  return failed;
 }
 
 } // namespace emeg

@@ -7,7 +7,7 @@
 namespace emeg {
 
 /// The program `emeg` as a function: finds the command that `arguments` (without the program's name) begin
-/// with and runs it. Returns the exit status: 0 success, 1 a command failed, 2 the arguments are wrong.
+/// with and runs it. Returns the exit status (app/ExitStatus.h).
 int runProgram(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
 
 } // namespace emeg

@@ -13,6 +13,8 @@ else()
 endif()
 
 set(CPACK_GENERATOR ZIP)
-set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-windows-x64)
+# As the plug-in tells its host.
+set(CPACK_PACKAGE_VERSION 1.0)
+set(CPACK_PACKAGE_FILE_NAME EMEGArtifactPlugin-${CPACK_PACKAGE_VERSION}-windows-x64)
 set(CPACK_INCLUDE_TOPLEVEL_DIRECTORY OFF)
 include(CPack)

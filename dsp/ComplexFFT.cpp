@@ -1,6 +1,7 @@
 #include "dsp/FFTKernels.h"
 #include "dsp/FFTTables.h"
 #include "dsp/FFTTwiddles.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/LongFFTPasses.h"
 #include "dsp/RealFFT.h"
 
@@ -28,9 +29,9 @@ struct Kernels<Direction::Inverse> {
 /// Inverse: with real and imaginary parts exchanged on the way in and out a forward transform is an inverse
 /// one.
 template <Direction direction>
-void transformLong(double* x, int32_t log2m) {
+void transformLong(double* x, int32_t log2m, FFTWorkspace& workspace) {
   constexpr bool swapped = direction == Direction::Inverse;
-  const LongFFT fft = longFFT(log2m);
+  const LongFFT fft = workspace.longFFT(log2m);
   const LongFFTPasses& passes = longFFTPasses();
   passes.transformColumns(fft, x, swapped);
   passes.transformRows(fft, x, swapped);
@@ -38,7 +39,7 @@ void transformLong(double* x, int32_t log2m) {
 }
 
 template <Direction direction>
-void transform(double* x, int32_t log2m) {
+void transform(double* x, int32_t log2m, FFTWorkspace& workspace) {
   switch (log2m) {
   case 2:
     return fft4(x);
@@ -57,18 +58,19 @@ void transform(double* x, int32_t log2m) {
   case 9:
     return Kernels<direction>::whole512(x);
   default:
-    if (log2m >= FFTPlan::leastLog2m && log2m <= maxLog2FftSize) transformLong<direction>(x, log2m);
+    if (log2m >= FFTPlan::leastLog2m && log2m <= maxLog2FftSize)
+      transformLong<direction>(x, log2m, workspace);
   }
 }
 
 } // namespace
 
-void complexFFTForward(double* points, int32_t log2m) {
-  transform<Direction::Forward>(points, log2m);
+void complexFFTForward(double* points, int32_t log2m, FFTWorkspace& workspace) {
+  transform<Direction::Forward>(points, log2m, workspace);
 }
 
-void complexFFTInverse(double* points, int32_t log2m) {
-  transform<Direction::Inverse>(points, log2m);
+void complexFFTInverse(double* points, int32_t log2m, FFTWorkspace& workspace) {
+  transform<Direction::Inverse>(points, log2m, workspace);
 }
 
 } // namespace emeg

@@ -72,7 +72,7 @@ void transformSmall(double* x) {
 /// Whole transform of 128 to 512 points: the permutation comes from the table of its size.
 template <Direction direction, int n>
 void transformMiddle(double* x) {
-  permuteToBitReversed(x, bitReversalTable(std::countr_zero(static_cast<unsigned>(n))));
+  permuteToBitReversed(x, fftTables().bitReversalTable(std::countr_zero(static_cast<unsigned>(n))));
   transformFromLeaves<direction, BlockKind::A, n>(x);
 }
 

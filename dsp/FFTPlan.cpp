@@ -1,7 +1,5 @@
 #include "dsp/FFTPlan.h"
 
-#include "dsp/FFTTables.h"
-
 #include <algorithm>
 
 namespace emeg {
@@ -15,7 +13,8 @@ constexpr int32_t log2LongestLeaf = 5;
 constexpr int32_t leastLog2mOfWideGroups = 16;
 
 /// The turns by j x k, k = 0, step, 2 step ... (`count` of them), of all columns j.
-std::vector<ColumnTurns> turnsOfColumns(int32_t log2m, int64_t columns, int64_t step, int64_t count) {
+std::vector<ColumnTurns> turnsOfColumns(const CosineTable& cosines, int32_t log2m, int64_t columns,
+                                        int64_t step, int64_t count) {
   const int64_t m = int64_t{1} << log2m;
   std::vector<ColumnTurns> turns;
   turns.reserve(static_cast<std::size_t>(columns / ColumnTurns::columns * count));
@@ -23,7 +22,7 @@ std::vector<ColumnTurns> turnsOfColumns(int32_t log2m, int64_t columns, int64_t 
     for (int64_t i = 0; i < count; ++i) {
       ColumnTurns& entry = turns.emplace_back();
       for (int64_t lane = 0; lane < ColumnTurns::columns; ++lane) {
-        const Turn turn = turnFromTable((first + lane) * (i * step) % m, log2m);
+        const Turn turn = cosines.turn((first + lane) * (i * step) % m, log2m);
         entry.cosines[static_cast<std::size_t>(lane)] = turn.cosine;
         entry.sines[static_cast<std::size_t>(lane)] = turn.sine;
       }
@@ -33,15 +32,15 @@ std::vector<ColumnTurns> turnsOfColumns(int32_t log2m, int64_t columns, int64_t 
 
 } // namespace
 
-FFTPlan::FFTPlan(int32_t log2m)
+FFTPlan::FFTPlan(int32_t log2m, const CosineTable& cosines)
     : log2Rows_((log2m + 1) / 2), log2Columns_(log2m / 2),
       columnsAtOnce_(log2m < leastLog2mOfWideGroups ? narrowGroup : wideGroup),
-      coarse_(turnsOfColumns(log2m, columns(), fineTurns, rows() / fineTurns)),
-      fine_(turnsOfColumns(log2m, columns(), 1, fineTurns)) {
+      coarse_(turnsOfColumns(cosines, log2m, columns(), fineTurns, rows() / fineTurns)),
+      fine_(turnsOfColumns(cosines, log2m, columns(), 1, fineTurns)) {
   for (int32_t log2n = log2LongestLeaf + 1; log2n <= log2Rows_; ++log2n) {
     std::vector<double>& turns = passTurns_[static_cast<std::size_t>(log2n)];
     for (int64_t k = 0; k < (int64_t{1} << log2n) / 4; ++k) {
-      const Turn turn = turnFromTable(k, log2n);
+      const Turn turn = cosines.turn(k, log2n);
       turns.push_back(turn.cosine);
       turns.push_back(turn.sine);
     }

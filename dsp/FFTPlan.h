@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dsp/CosineTable.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -25,7 +27,8 @@ public:
   /// Turns by row k1 are the product of a coarse one, k1 / fineTurns, and a fine one, k1 mod fineTurns.
   static constexpr int64_t fineTurns = 16;
 
-  explicit FFTPlan(int32_t log2m);
+  /// `cosines` must cover 2^log2m points.
+  FFTPlan(int32_t log2m, const CosineTable& cosines);
 
   int32_t log2Rows() const { return log2Rows_; }
   int32_t log2Columns() const { return log2Columns_; }
@@ -61,6 +64,14 @@ private:
   std::vector<ColumnTurns> coarse_;
   std::vector<ColumnTurns> fine_;
   std::array<std::vector<double>, 32> passTurns_;
+};
+
+/// A plan, the bit reversals of its rows and columns, and room for plan.workspaceSize() doubles.
+struct LongFFT {
+  const FFTPlan& plan;
+  const uint32_t* reversedRows;
+  const uint32_t* reversedColumns;
+  void* work;
 };
 
 } // namespace emeg

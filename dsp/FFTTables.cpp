@@ -1,46 +1,19 @@
 #include "dsp/FFTTables.h"
 
-#include "dsp/FFTTwiddles.h"
 #include "dsp/RealFFT.h"
 
 #include <utility>
 
 namespace emeg {
 
-FFTTables& fftTables() {
-  static FFTTables tables;
-  return tables;
+namespace {
+
+bool isOffered(int32_t log2) {
+  return log2 >= 0 && log2 <= maxLog2FftSize;
 }
 
-void initFFTTables() {
-  FFTTables& tables = fftTables();
-  if (tables.initialised) return;
-  tables = FFTTables{};
-  tables.initialised = true;
-}
-
-void makeCosineTable(int32_t log2n) {
-  if (log2n < 0 || log2n > maxLog2FftSize) return;
-  initFFTTables();
-  FFTTables& tables = fftTables();
-  const int64_t period = powersOfTwo[static_cast<std::size_t>(log2n)];
-  if (tables.cosinePeriod >= period) return;
-
-  // The old table goes first: the two together would be the largest memory of a run. Should the new one not
-  // fit, the tables say so and a later transform starts again.
-  tables.cosinePeriod = 0;
-  std::vector<double>().swap(tables.cosines);
-  std::vector<double> cosines(static_cast<std::size_t>(period / 4));
-  for (std::size_t k = 0; k < cosines.size(); ++k) cosines[k] = cosineOfTurn(static_cast<int64_t>(k), log2n);
-  tables.cosines = std::move(cosines);
-  tables.cosinePeriod = period;
-}
-
-void prepareFFTSize(int32_t log2m) {
-  if (log2m < 0 || log2m > maxLog2FftSize) return;
-  initFFTTables();
-  const std::size_t size = powersOfTwo[static_cast<std::size_t>(log2m)];
-  std::vector<uint32_t> table(size);
+std::unique_ptr<const std::vector<uint32_t>> makeBitReversals(int32_t log2m) {
+  std::vector<uint32_t> table(powersOfTwo[static_cast<std::size_t>(log2m)]);
   // Behind the entries of the lowest t bits stand the same ones with bit t set, whose reversal has bit
   // log2m - 1 - t set; doubled, because the entries index doubles.
   for (int32_t t = 0; t < log2m; ++t) {
@@ -48,63 +21,70 @@ void prepareFFTSize(int32_t log2m) {
     const uint32_t reversedBit = powersOfTwo[static_cast<std::size_t>(log2m - t)];
     for (std::size_t i = 0; i < done; ++i) table[done + i] = table[i] + reversedBit;
   }
-  fftTables().bitReversals[static_cast<std::size_t>(log2m)] = std::move(table);
-  makeCosineTable(log2m);
+  return std::make_unique<const std::vector<uint32_t>>(std::move(table));
 }
 
-const std::vector<uint32_t>& bitReversalTable(int32_t log2m) {
-  const std::vector<uint32_t>& table = fftTables().bitReversals[static_cast<std::size_t>(log2m)];
-  if (table.empty()) prepareFFTSize(log2m);
-  return table;
+} // namespace
+
+FFTTables& fftTables() {
+  static FFTTables tables;
+  return tables;
 }
 
-const FFTPlan& fftPlan(int32_t log2m) {
-  std::unique_ptr<const FFTPlan>& plan = fftTables().plans[static_cast<std::size_t>(log2m)];
-  if (plan == nullptr) {
+void initFFTTables() {
+  fftTables();
+}
+
+std::shared_ptr<const CosineTable> FFTTables::makeCosineTable(int32_t log2n) {
+  if (!isOffered(log2n)) return nullptr;
+  const std::lock_guard<std::mutex> lock(cosinesMutex_);
+  if (cosines_ == nullptr || cosines_->period() < int64_t{1} << log2n) {
+    // The old table goes first: the two together would be the largest memory of a run. Should the new one not
+    // fit, there is none, and a later transform starts again.
+    cosines_.reset();
+    cosines_ = std::make_shared<const CosineTable>(log2n);
+  }
+  return cosines_;
+}
+
+void FFTTables::prepareFFTSize(int32_t log2m) {
+  if (isOffered(log2m)) bitReversalTable(log2m);
+}
+
+const std::vector<uint32_t>& FFTTables::bitReversalTable(int32_t log2m) {
+  return bitReversals_[static_cast<std::size_t>(log2m)].get([&] {
     makeCosineTable(log2m);
-    plan = std::make_unique<const FFTPlan>(log2m);
-  }
-  return *plan;
+    return makeBitReversals(log2m);
+  });
 }
 
-const RealFFTPlan& realFFTPlan(int32_t log2n) {
-  std::unique_ptr<const RealFFTPlan>& plan = fftTables().realPlans[static_cast<std::size_t>(log2n)];
-  if (plan == nullptr) {
-    makeCosineTable(log2n);
-    plan = std::make_unique<const RealFFTPlan>(log2n);
-  }
-  return *plan;
+const FFTPlan& FFTTables::fftPlan(int32_t log2m) {
+  return plans_[static_cast<std::size_t>(log2m)].get(
+      [&] { return std::make_unique<const FFTPlan>(log2m, *makeCosineTable(log2m)); });
 }
 
-LongFFT longFFT(int32_t log2m) {
-  const FFTPlan& plan = fftPlan(log2m);
-  std::vector<CacheLine>& workspace = fftTables().workspace;
-  const std::size_t lines = plan.workspaceSize() * sizeof(double) / sizeof(CacheLine);
-  if (workspace.size() < lines) {
-    std::vector<CacheLine>().swap(workspace);
-    workspace.resize(lines);
-  }
-  return {plan, bitReversalTable(plan.log2Rows()).data(), bitReversalTable(plan.log2Columns()).data(),
-          workspace.data()};
+const RealFFTPlan& FFTTables::realFFTPlan(int32_t log2n) {
+  return realPlans_[static_cast<std::size_t>(log2n)].get([&] {
+    const std::shared_ptr<const CosineTable> cosines = makeCosineTable(log2n);
+    const FFTPlan& plan = fftPlan(log2n - 1);
+    return std::make_unique<const RealFFTPlan>(log2n, plan, bitReversalTable(plan.log2Columns()), *cosines);
+  });
 }
 
-Turn turnFromTable(int64_t k, int32_t log2N) {
-  const FFTTables& tables = fftTables();
-  const int64_t quarter = tables.cosinePeriod / 4;
-  const int64_t position = k * (tables.cosinePeriod >> log2N);
-  const int64_t within = position % quarter;
-  const double cosine = tables.cosines[static_cast<std::size_t>(within)];
-  const double sine = within == 0 ? 0.0 : tables.cosines[static_cast<std::size_t>(quarter - within)];
-  switch (position / quarter) {
-  case 0:
-    return {cosine, sine};
-  case 1:
-    return {-sine, cosine};
-  case 2:
-    return {-cosine, -sine};
-  default:
-    return {sine, -cosine};
-  }
+int64_t FFTTables::cosinePeriod() const {
+  const std::lock_guard<std::mutex> lock(cosinesMutex_);
+  return cosines_ == nullptr ? 0 : cosines_->period();
+}
+
+std::size_t FFTTables::bytes() const {
+  std::size_t bytes = static_cast<std::size_t>(cosinePeriod() / 4) * sizeof(double);
+  for (const auto& table : bitReversals_)
+    if (table.find() != nullptr) bytes += table.find()->size() * sizeof(uint32_t);
+  for (const auto& plan : plans_)
+    if (plan.find() != nullptr) bytes += plan.find()->tableBytes();
+  for (const auto& plan : realPlans_)
+    if (plan.find() != nullptr) bytes += plan.find()->tableBytes();
+  return bytes;
 }
 
 void permuteToBitReversed(double* points, const std::vector<uint32_t>& bitReversals) {

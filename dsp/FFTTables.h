@@ -1,13 +1,15 @@
 #pragma once
 
+#include "dsp/CosineTable.h"
 #include "dsp/FFTPlan.h"
-#include "dsp/FFTTwiddles.h"
+#include "dsp/MadeOnce.h"
 #include "dsp/RealFFTPlan.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace emeg {
@@ -37,61 +39,50 @@ inline constexpr auto halfSizes = detail::tabulate([](uint64_t p) { return stati
 inline constexpr auto splitRadixCounts =
     detail::tabulate([](uint64_t p) { return static_cast<uint32_t>(p / 3); });
 
-/// A plan, the bit reversals of its rows and columns, and room for plan.workspaceSize() doubles.
-struct LongFFT {
-  const FFTPlan& plan;
-  const uint32_t* reversedRows;
-  const uint32_t* reversedColumns;
-  void* work;
+/// Tables and plans that transforms share. Each is made at its first use and is constant from then on; any
+/// number of threads may ask at once. What a reference leads to lives as long as the tables.
+class FFTTables {
+public:
+  FFTTables() = default;
+  FFTTables(const FFTTables&) = delete;
+  FFTTables& operator=(const FFTTables&) = delete;
+
+  /// Makes sure that the cosine table serves transforms of up to 2^log2n points (log2n = 0 ... 31), and
+  /// returns it. The table only grows: a longer one takes the place of a shorter one, which goes when nobody
+  /// holds it any more. Nothing for any other size.
+  std::shared_ptr<const CosineTable> makeCosineTable(int32_t log2n);
+
+  /// Makes sure that there is a bit-reversal table for 2^log2m complex points (log2m = 0 ... 31) and that the
+  /// cosine table covers 2^log2m. Does nothing for any other size.
+  void prepareFFTSize(int32_t log2m);
+
+  /// Bit reversals of 2^log2m points (log2m = 0 ... 31): entry i holds twice the reversal of i, the index of
+  /// that point's real part.
+  const std::vector<uint32_t>& bitReversalTable(int32_t log2m);
+
+  /// Plans for 2^log2m complex points (log2m = 10 ... 31) and 2^log2n real values (log2n = 11 ... 31).
+  const FFTPlan& fftPlan(int32_t log2m);
+  const RealFFTPlan& realFFTPlan(int32_t log2n);
+
+  /// Length of the longest transform that the cosine table serves; 0 as long as there is none.
+  int64_t cosinePeriod() const;
+
+  /// Bytes that all tables hold.
+  std::size_t bytes() const;
+
+private:
+  mutable std::mutex cosinesMutex_;
+  std::shared_ptr<const CosineTable> cosines_;
+
+  template <class T>
+  using PerSize = std::array<MadeOnce<T>, maxLog2FftSize + 1>;
+  PerSize<std::vector<uint32_t>> bitReversals_;
+  PerSize<FFTPlan> plans_;
+  PerSize<RealFFTPlan> realPlans_;
 };
 
-/// Memory without a type.
-struct alignas(64) CacheLine {
-  std::array<std::byte, 64> bytes;
-};
-
-/// Tables that all transforms of the process share. They only grow.
-struct FFTTables {
-  bool initialised = false;
-
-  /// Length Nc of the longest transform that the cosine table serves.
-  int64_t cosinePeriod = 0;
-
-  /// cos(2 pi k / Nc) for k < Nc/4. The sine of k is the entry Nc/4 - k.
-  std::vector<double> cosines;
-
-  /// Per log2m: entry i holds twice the bit reversal of i, the index of that complex point's real part; or
-  /// empty.
-  std::array<std::vector<uint32_t>, 32> bitReversals;
-
-  /// Per log2m from 1024 points on, or nothing.
-  std::array<std::unique_ptr<const FFTPlan>, 32> plans;
-
-  /// Per log2n from 2048 values on, or nothing.
-  std::array<std::unique_ptr<const RealFFTPlan>, 32> realPlans;
-
-  /// What the passes of long transforms work in: a few rows and columns of the longest one so far.
-  std::vector<CacheLine> workspace;
-};
-
-/// The one instance of the process.
+/// The tables of the process. Nothing else is shared between threads.
 FFTTables& fftTables();
-
-/// Bit-reversal table for 2^log2m points (log2m = 0 ... 31), built at its first use.
-const std::vector<uint32_t>& bitReversalTable(int32_t log2m);
-
-/// Plans for 2^log2m complex points (log2m = 10 ... 31) and 2^log2n real values (log2n = 11 ... 31), made at
-/// their first use.
-const FFTPlan& fftPlan(int32_t log2m);
-const RealFFTPlan& realFFTPlan(int32_t log2n);
-
-/// What a complex transform of 2^log2m points (log2m = 10 ... 31) needs, made at its first use. Valid until
-/// the next call for a longer one.
-LongFFT longFFT(int32_t log2m);
-
-/// Cosine and sine of 2 pi k / 2^log2N, 0 <= k < 2^log2N, from the cosine table, which must cover that
-/// length.
-Turn turnFromTable(int64_t k, int32_t log2N);
 
 /// Brings interleaved points, as many as the table has entries, into bit-reversed order and back.
 void permuteToBitReversed(double* points, const std::vector<uint32_t>& bitReversals);

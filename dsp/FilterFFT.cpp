@@ -1,6 +1,7 @@
 #include "dsp/FilterFFT.h"
 
 #include "dsp/FFTTables.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/LongFFTPasses.h"
 #include "dsp/RealFFT.h"
 
@@ -29,8 +30,8 @@ BinGains::BinGains(const float* packed, int32_t log2n, SimdLevel level) : level_
 }
 
 void BinGains::layOut(const float* packed) {
-  const FFTPlan& plan = fftPlan(log2n_ - 1);
-  const std::vector<uint32_t>& reversals = bitReversalTable(plan.log2Columns());
+  const FFTPlan& plan = fftTables().fftPlan(log2n_ - 1);
+  const std::vector<uint32_t>& reversals = fftTables().bitReversalTable(plan.log2Columns());
   const int64_t rows = plan.rows();
   const int64_t columns = plan.columns();
   const int64_t lanes = longFFTPasses(level_).lanes;
@@ -51,18 +52,18 @@ void BinGains::layOut(const float* packed) {
   }
 }
 
-void filterFFT(double* signal, const BinGains& gains) {
+void filterFFT(double* signal, const BinGains& gains, FFTWorkspace& workspace) {
   const int32_t log2n = gains.log2n();
   if (log2n < leastFilterLog2n) return;
   if (log2n < RealFFTPlan::leastLog2n) {
-    realFFTForward(signal, log2n);
+    realFFTForward(signal, log2n, workspace);
     for (std::size_t k = 0; k < gains.packed().size(); ++k)
       signal[k] *= static_cast<double>(gains.packed()[k]);
-    realFFTInverse(signal, log2n);
+    realFFTInverse(signal, log2n, workspace);
     return;
   }
-  const RealFFTPlan& realPlan = realFFTPlan(log2n);
-  const LongFFT fft = longFFT(log2n - 1);
+  const RealFFTPlan& realPlan = workspace.realFFTPlan(log2n);
+  const LongFFT fft = workspace.longFFT(log2n - 1);
   const LongFFTPasses& passes = longFFTPasses(gains.level());
   passes.transformColumnsInPairs(fft, signal);
   passes.filterRows(fft, realPlan, gains, signal);

@@ -7,6 +7,8 @@
 
 namespace emeg {
 
+class FFTWorkspace;
+
 /// One real gain per bin of a real transform, laid out once for filterFFT.
 class BinGains {
 public:
@@ -49,6 +51,6 @@ private:
 /// rounding: `signal` (2^gains.log2n() values) becomes the filtered one times n/2. The spectrum is never
 /// brought into its natural order, and long signals pass through memory three times instead of nine. Gains
 /// without a length leave the signal as it is.
-void filterFFT(double* signal, const BinGains& gains);
+void filterFFT(double* signal, const BinGains& gains, FFTWorkspace& workspace);
 
 } // namespace emeg

@@ -101,14 +101,15 @@ FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N) 
   return response;
 }
 
-void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response) {
+void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response,
+                     FFTWorkspace& workspace) {
   // Lengths that have no transform have no gains either.
   if (response.nrOfStages() == 0 || response.binGains().log2n() == 0) return;
   const int64_t length = int64_t{1} << response.binGains().log2n();
   if (nrOfValidSamples <= 0 || nrOfValidSamples > length) return;
 
   padPeriodically(signal, nrOfValidSamples, length);
-  filterFFT(signal, response.binGains());
+  filterFFT(signal, response.binGains(), workspace);
 }
 
 } // namespace emeg

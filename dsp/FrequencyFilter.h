@@ -39,6 +39,7 @@ FilterResponse makeFilterResponse(const FilterStageList& stages, int32_t log2N);
 /// zero phase. The values behind them are overwritten with a padding that leads from the signal's end back to
 /// its start, and hold filtered padding afterwards. Where the padding is longer than the signal its reads are
 /// clamped to the signal.
-void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response);
+void filterSignalFFT(double* signal, int64_t nrOfValidSamples, const FilterResponse& response,
+                     FFTWorkspace& workspace);
 
 } // namespace emeg

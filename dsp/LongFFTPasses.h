@@ -1,8 +1,9 @@
 #pragma once
 
-#include "dsp/FFTTables.h"
+#include "dsp/FFTPlan.h"
 #include "dsp/FFTTwiddles.h"
 #include "dsp/FilterFFT.h"
+#include "dsp/RealFFTPlan.h"
 #include "dsp/SimdLevel.h"
 
 #include <cstddef>

@@ -2,6 +2,7 @@
 
 #include "dsp/FFTTables.h"
 #include "dsp/FFTTwiddles.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/LongFFTPasses.h"
 
 #include <cstddef>
@@ -26,11 +27,10 @@ bool hasRealTransform(int32_t log2n) {
 /// or puts it together again (inverse); bins k and n/2 - k are done together. DC and Nyquist are left to the
 /// caller.
 template <Direction direction>
-void splitBins(double* x, int64_t n) {
-  const FFTTables& tables = fftTables();
-  const int64_t stride = tables.cosinePeriod / n;
-  const double* cosine = tables.cosines.data();
-  const double* sine = cosine + tables.cosinePeriod / 4;
+void splitBins(double* x, int64_t n, const CosineTable& table) {
+  const int64_t stride = table.period() / n;
+  const double* cosine = table.quarter().data();
+  const double* sine = cosine + table.period() / 4;
   for (int64_t i = 2; i < n / 2; i += 2) {
     const int64_t j = n - i;
     cosine += stride;
@@ -48,32 +48,34 @@ void splitBins(double* x, int64_t n) {
 
 } // namespace
 
-void realFFTForward(double* signal, int32_t log2n) {
+void realFFTForward(double* signal, int32_t log2n, FFTWorkspace& workspace) {
   if (!hasRealTransform(log2n)) return;
-  makeCosineTable(log2n);
-  complexFFTForward(signal, log2n - 1);
-  if (log2n >= RealFFTPlan::leastLog2n)
-    longFFTPasses().splitSpectrum(realFFTPlan(log2n), signal);
-  else
-    splitBins<Direction::Forward>(signal, int64_t{1} << log2n);
+  if (log2n >= RealFFTPlan::leastLog2n) {
+    // The plan comes first: what it needs of the cosine table serves the complex transform too.
+    const RealFFTPlan& plan = workspace.realFFTPlan(log2n);
+    complexFFTForward(signal, log2n - 1, workspace);
+    longFFTPasses().splitSpectrum(plan, signal);
+  } else {
+    complexFFTForward(signal, log2n - 1, workspace);
+    splitBins<Direction::Forward>(signal, int64_t{1} << log2n, workspace.cosines(log2n));
+  }
   const double even = signal[0];
   const double odd = signal[1];
   signal[0] = even + odd;
   signal[1] = even - odd;
 }
 
-void realFFTInverse(double* spectrum, int32_t log2n) {
+void realFFTInverse(double* spectrum, int32_t log2n, FFTWorkspace& workspace) {
   if (!hasRealTransform(log2n)) return;
-  makeCosineTable(log2n);
   if (log2n >= RealFFTPlan::leastLog2n)
-    longFFTPasses().mergeSpectrum(realFFTPlan(log2n), spectrum);
+    longFFTPasses().mergeSpectrum(workspace.realFFTPlan(log2n), spectrum);
   else
-    splitBins<Direction::Inverse>(spectrum, int64_t{1} << log2n);
+    splitBins<Direction::Inverse>(spectrum, int64_t{1} << log2n, workspace.cosines(log2n));
   const double dc = spectrum[0];
   const double nyquist = spectrum[1];
   spectrum[0] = (dc + nyquist) * 0.5;
   spectrum[1] = (dc - nyquist) * 0.5;
-  complexFFTInverse(spectrum, log2n - 1);
+  complexFFTInverse(spectrum, log2n - 1, workspace);
 }
 
 } // namespace emeg

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dsp/CosineTable.h"
+#include "dsp/FFTPlan.h"
 #include "dsp/FFTTwiddles.h"
 
 #include <array>
@@ -18,7 +20,10 @@ public:
   /// The turn of bin k is the product of a coarse one, k / fineBins, and a fine one, k mod fineBins.
   static constexpr int64_t fineBins = 64;
 
-  explicit RealFFTPlan(int32_t log2n);
+  /// `plan` is that of the m complex points, `reversedColumns` the bit-reversal table of its columns;
+  /// `cosines` must cover 2^log2n points.
+  RealFFTPlan(int32_t log2n, const FFTPlan& plan, const std::vector<uint32_t>& reversedColumns,
+              const CosineTable& cosines);
 
   int32_t log2n() const { return log2n_; }
   const Turn& coarseTurn(int64_t bin) const { return coarse_[static_cast<std::size_t>(bin / fineBins)]; }

@@ -1,8 +1,8 @@
 #include "plugin/RunPlugin.h"
 
-#include "converter/Converter.h"
-#include "converter/messages/Text.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
+#include "plugin/converter/messages/Text.h"
 
 #include <exception>
 #include <new>

@@ -1,5 +1,6 @@
 #include "app/commands/Completion.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/Declarations.h"
 
 #include <CLI/CLI.hpp>
@@ -123,7 +124,7 @@ Command addCompletionCommand(CLI::App& program) {
             if (*shell == "bash") writeBash(commands, out);
             if (*shell == "zsh") writeZsh(commands, out);
             if (*shell == "fish") writeFish(commands, out);
-            return 0;
+            return succeeded;
           }};
 }
 

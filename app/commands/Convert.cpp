@@ -1,5 +1,6 @@
 #include "app/commands/Convert.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/ProgressLine.h"
 #include "files/exchange/RecordingReader.h"
 #include "files/exchange/RecordingWriter.h"
@@ -15,9 +16,6 @@
 namespace emeg {
 
 namespace {
-
-constexpr int failed = 1;
-constexpr int wrongUsage = 2;
 
 const char* const description = "Convert a recording to another format, markers included";
 
@@ -91,7 +89,7 @@ int runConvert(const ConvertOptions& options, std::ostream& out, std::ostream& e
     writer = createRecording(options.output, header, write);
   } catch (const RecordingError& error) {
     fmt::print(err, "emeg convert: {}\n", error.what());
-    return wrongUsage;
+    return unusable;
   }
 
   try {
@@ -102,18 +100,18 @@ int runConvert(const ConvertOptions& options, std::ostream& out, std::ostream& e
     writer->finish();
   } catch (const UnreadableInput& error) {
     fmt::print(err, "emeg convert: {}\n", error.what());
-    return wrongUsage;
+    return unusable;
   } catch (const RecordingError& error) {
     fmt::print(err, "emeg convert: {}\n", error.what());
     return failed;
   }
-  if (options.quiet) return 0;
+  if (options.quiet) return succeeded;
   warn(err, writer->warnings());
   const RecordingHeader& header = reader->header();
   fmt::print(out, "{}: {} channel{}, {:.3f} s at {} Hz, {} marker{}\n", options.output, header.nrOfChannels(),
              header.nrOfChannels() == 1 ? "" : "s", header.seconds(), header.samplingFrequency,
              header.markers.size(), header.markers.size() == 1 ? "" : "s");
-  return 0;
+  return succeeded;
 }
 
 } // namespace

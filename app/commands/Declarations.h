@@ -17,7 +17,7 @@ struct DeclaredOption {
   bool isPositional = false;
   bool isRequired = false;
   bool takesValue = false;
-  std::string value; ///< what stands for the value in help: "HZ"
+  std::string value;      ///< what stands for the value in help: "HZ"
   bool takesFile = false; ///< the value is a path
 };
 

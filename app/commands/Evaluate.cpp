@@ -1,5 +1,6 @@
 #include "app/commands/Evaluate.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/EvaluationTables.h"
 #include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/HeartPulses.h"
@@ -12,8 +13,6 @@
 namespace emeg {
 
 namespace {
-
-constexpr int failed = 1;
 
 const char* const footer =
     R"(The truth is what `emeg simulate` wrote beside the recording; its clean (and pulse) file and the
@@ -91,7 +90,7 @@ int evaluate(const EvaluateOptions& options, std::ostream& out, std::ostream& er
     const Evaluation evaluation = measure(options);
     if (options.json == "-") {
       out << evaluationJson(evaluation);
-      return 0;
+      return succeeded;
     }
     printEvaluation(out, evaluation);
     if (!options.json.empty()) {
@@ -100,7 +99,7 @@ int evaluate(const EvaluateOptions& options, std::ostream& out, std::ostream& er
       file.close();
       if (!file) throw UnreadableFile("cannot write " + options.json);
     }
-    return 0;
+    return succeeded;
   } catch (const UnreadableFile& error) {
     err << "emeg evaluate: " << error.what() << "\n";
     return failed;

@@ -1,9 +1,8 @@
 #include "app/commands/EvaluationTables.h"
 
-#include "converter/messages/Text.h"
-
 #include <algorithm>
 #include <cmath>
+#include <fmt/printf.h>
 #include <nlohmann/json.hpp>
 
 namespace emeg {
@@ -31,7 +30,7 @@ double atThreeDecimals(double value) {
 
 /// Channels without artifact have nothing to measure.
 std::string numberOrDash(int width, int decimals, double value) {
-  return std::isnan(value) ? formatText("%*s", width, "-") : formatText("%*.*f", width, decimals, value);
+  return std::isnan(value) ? fmt::sprintf("%*s", width, "-") : fmt::sprintf("%*.*f", width, decimals, value);
 }
 
 void printSequence(std::ostream& out, const Evaluation& evaluation) {
@@ -43,40 +42,40 @@ void printSequence(std::ostream& out, const Evaluation& evaluation) {
     out << "\n\n";
     return;
   }
-  out << formatText("%-24s%16s", "Scan", "true");
+  out << fmt::sprintf("%-24s%16s", "Scan", "true");
   if (evaluation.hasTranscript) out << "           found";
   out << "\n";
   const auto count = [&](const char* name, int trueValue, int foundValue) {
-    out << formatText("  %-22s%16d", name, trueValue);
-    if (found) out << formatText("%16d", foundValue);
+    out << fmt::sprintf("  %-22s%16d", name, trueValue);
+    if (found) out << fmt::sprintf("%16d", foundValue);
     out << "\n";
   };
   const auto seconds = [&](const char* name, double trueValue, double foundValue) {
-    out << formatText("  %-22s%14.7f s", name, trueValue);
-    if (found) out << formatText("%14.7f s", foundValue);
+    out << fmt::sprintf("  %-22s%14.7f s", name, trueValue);
+    if (found) out << fmt::sprintf("%14.7f s", foundValue);
     out << "\n";
   };
-  const DetectedSequence s = found.value_or(DetectedSequence());
+  const MRSequence s = found.value_or(MRSequence());
   count("volumes", truth.scans.front().nrOfVolumes, s.nrOfVolumes);
   count("slices per volume", truth.nrOfSlicesPerVolume, s.nrOfSlicesPerVolume);
   seconds("volume duration", truth.volumeDuration, s.volumeDuration);
   seconds("slice duration", truth.sliceDuration, s.sliceDuration);
   seconds("first volume", truth.scans.front().firstVolumeOnset, s.firstTriggerTime);
   for (size_t i = 1; i < truth.scans.size(); ++i)
-    out << formatText("  scan %-17d%16d volumes from %.7f s\n", static_cast<int>(i + 1),
-                      truth.scans[i].nrOfVolumes, truth.scans[i].firstVolumeOnset);
+    out << fmt::sprintf("  scan %-17d%16d volumes from %.7f s\n", static_cast<int>(i + 1),
+                        truth.scans[i].nrOfVolumes, truth.scans[i].firstVolumeOnset);
   if (evaluation.hasTranscript && !found) out << "  No sequence was found.\n";
   out << "\n";
 }
 
 void printResiduals(std::ostream& out, const Evaluation& evaluation) {
-  out << formatText("%-12s%16s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "below (dB)",
-                    "outside (uV)");
+  out << fmt::sprintf("%-12s%16s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "below (dB)",
+                      "outside (uV)");
   Range range;
   for (const ChannelResidual& channel : evaluation.residuals) {
     range.add(channel.decibels());
-    out << formatText("%-12s%16.1f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
-        << numberOrDash(16, 1, channel.decibels()) << formatText("%16.2f\n", channel.outsideUv);
+    out << fmt::sprintf("%-12s%16.1f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
+        << numberOrDash(16, 1, channel.decibels()) << fmt::sprintf("%16.2f\n", channel.outsideUv);
   }
   const size_t nrOfScans = evaluation.truth.scans.size();
   if (nrOfScans > 1) out << "\n";
@@ -84,66 +83,66 @@ void printResiduals(std::ostream& out, const Evaluation& evaluation) {
     Range ofScan;
     for (const ChannelResidual& channel : evaluation.residuals) ofScan.add(channel.scans[i].decibels());
     if (!ofScan.isEmpty)
-      out << formatText("In scan %d the residual lies %.1f to %.1f dB below the gradient artifact.",
-                        static_cast<int>(i + 1), ofScan.least, ofScan.most)
+      out << fmt::sprintf("In scan %d the residual lies %.1f to %.1f dB below the gradient artifact.",
+                          static_cast<int>(i + 1), ofScan.least, ofScan.most)
           << "\n";
   }
   if (range.isEmpty)
     out << "\nNo channel has a gradient artifact.\n";
   else
-    out << formatText("\nThe residual lies %.1f to %.1f dB below the gradient artifact.\n", range.least,
-                      range.most);
+    out << fmt::sprintf("\nThe residual lies %.1f to %.1f dB below the gradient artifact.\n", range.least,
+                        range.most);
 }
 
 void printBeats(std::ostream& out, const Evaluation& evaluation) {
   const SimulatedTruth& truth = evaluation.truth;
   const auto inside = std::count_if(truth.beatTimes.begin(), truth.beatTimes.end(),
                                     [&](double time) { return time >= 0 && time < truth.seconds; });
-  out << formatText("Heart\n  %-22s%16d\n", "beats", static_cast<int>(inside));
+  out << fmt::sprintf("Heart\n  %-22s%16d\n", "beats", static_cast<int>(inside));
   if (!evaluation.heartPulses) {
     out << "  Beats are not judged: " << evaluation.triggerFile
         << " is not there or holds no HeartPulseTriggers.\n";
     return;
   }
   const std::vector<double>& pulses = *evaluation.heartPulses;
-  out << formatText("  %-22s%16d", "pulses found", static_cast<int>(pulses.size()));
-  if (!pulses.empty()) out << formatText("   (from %.3f to %.3f s)", pulses.front(), pulses.back());
+  out << fmt::sprintf("  %-22s%16d", "pulses found", static_cast<int>(pulses.size()));
+  if (!pulses.empty()) out << fmt::sprintf("   (from %.3f to %.3f s)", pulses.front(), pulses.back());
   out << "\n";
   if (!evaluation.beats) {
     out << "  Beats are not judged: that takes two pulses.\n";
     return;
   }
   const BeatAgreement& beats = *evaluation.beats;
-  out << formatText("  %-22s%16d\n", "beats in that span", static_cast<int>(beats.nrOfTrueBeats))
-      << formatText("  %-22s%16d\n", "matched", static_cast<int>(beats.nrOfMatched))
-      << formatText("  %-22s%13.1f ms\n", "delay", beats.delay * 1000)
-      << formatText("  %-22s%13.1f ms\n", "largest timing error", beats.largestError * 1000)
-      << formatText("  %-22s%13.1f ms\n", "RMS timing error", beats.rmsError * 1000);
+  out << fmt::sprintf("  %-22s%16d\n", "beats in that span", static_cast<int>(beats.nrOfTrueBeats))
+      << fmt::sprintf("  %-22s%16d\n", "matched", static_cast<int>(beats.nrOfMatched))
+      << fmt::sprintf("  %-22s%13.1f ms\n", "delay", beats.delay * 1000)
+      << fmt::sprintf("  %-22s%13.1f ms\n", "largest timing error", beats.largestError * 1000)
+      << fmt::sprintf("  %-22s%13.1f ms\n", "RMS timing error", beats.rmsError * 1000);
 }
 
 void printHeart(std::ostream& out, const Evaluation& evaluation) {
   printBeats(out, evaluation);
-  out << formatText("\n%-12s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "explained");
+  out << fmt::sprintf("\n%-12s%16s%16s%16s\n", "Channel", "artifact (uV)", "residual (uV)", "explained");
   Range range;
   for (const ChannelExplained& channel : evaluation.explained) {
     range.add(channel.explained());
-    out << formatText("%-12s%16.2f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
+    out << fmt::sprintf("%-12s%16.2f%16.2f", channel.name.c_str(), channel.artifactUv, channel.residualUv)
         << numberOrDash(16, 3, atThreeDecimals(channel.explained())) << "\n";
   }
 
   out << "\nBeats: ";
   if (const auto& beats = evaluation.beats)
-    out << formatText("sensitivity %.3f, positive predictivity %.3f (tolerance %.0f ms, delay %.0f ms)",
-                      beats->sensitivity(), beats->positivePredictivity(), beatTolerance * 1000,
-                      beats->delay * 1000);
+    out << fmt::sprintf("sensitivity %.3f, positive predictivity %.3f (tolerance %.0f ms, delay %.0f ms)",
+                        beats->sensitivity(), beats->positivePredictivity(), beatTolerance * 1000,
+                        beats->delay * 1000);
   else
     out << "not judged";
   out << "; artifact explained ";
   if (range.isEmpty)
     out << "nowhere: no channel has any";
   else
-    out << formatText("%.3f to %.3f, in all %.3f", atThreeDecimals(range.least), atThreeDecimals(range.most),
-                      atThreeDecimals(explainedInAll(evaluation.explained)));
+    out << fmt::sprintf("%.3f to %.3f, in all %.3f", atThreeDecimals(range.least),
+                        atThreeDecimals(range.most), atThreeDecimals(explainedInAll(evaluation.explained)));
   if (!evaluation.beats) out << " (whole recording)";
   out << "\n";
 }

@@ -20,7 +20,7 @@ constexpr double beatTolerance = 0.1;
 struct Evaluation {
   SimulatedTruth truth;
   bool hasTranscript = false;
-  std::optional<DetectedSequence> foundSequence; ///< from the transcript
+  std::optional<MRSequence> foundSequence; ///< from the transcript
 
   std::vector<ChannelResidual> residuals; ///< of the gradient artifact; empty without a scan
 

@@ -1,5 +1,6 @@
 #include "app/commands/Info.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/RecordingSummary.h"
 #include "files/exchange/RecordingReader.h"
 
@@ -10,8 +11,6 @@
 namespace emeg {
 
 namespace {
-
-constexpr int wrongUsage = 2;
 
 const char* const description = "Show what a recording holds: format, length, channels, markers";
 
@@ -43,10 +42,10 @@ int runInfo(const InfoOptions& options, std::ostream& out, std::ostream& err) {
       out << summaryText(header);
       for (const std::string& warning : header.warnings) err << "emeg info: note: " << warning << "\n";
     }
-    return 0;
+    return succeeded;
   } catch (const RecordingError& error) {
     err << "emeg info: " << error.what() << "\n";
-    return wrongUsage;
+    return unusable;
   }
 }
 

@@ -1,5 +1,6 @@
 #include "app/commands/Manual.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/Declarations.h"
 
 #include <CLI/CLI.hpp>
@@ -11,8 +12,6 @@
 namespace emeg {
 
 namespace {
-
-constexpr int unknownCommand = 2;
 
 const char* const footer = R"(Examples:
   emeg man correct | man -l -
@@ -97,16 +96,16 @@ Command addManualCommand(CLI::App& program) {
             const std::vector<DeclaredCommand> commands = declaredCommands(program);
             if (name->empty()) {
               writeProgramPage(program, commands, out);
-              return 0;
+              return succeeded;
             }
             const auto command = std::find_if(commands.begin(), commands.end(),
                                               [&name](const DeclaredCommand& c) { return c.name == *name; });
             if (command == commands.end()) {
               err << "emeg man: there is no command \"" << *name << "\"; `emeg --help` lists them.\n";
-              return unknownCommand;
+              return unusable;
             }
             writeCommandPage(*command, out);
-            return 0;
+            return succeeded;
           }};
 }
 

@@ -1,5 +1,6 @@
 #include "app/commands/Simulate.h"
 
+#include "app/ExitStatus.h"
 #include "app/commands/SimulateOptions.h"
 #include "app/commands/SimulateParameters.h"
 #include "app/simulation/GradientArtifact.h"
@@ -14,9 +15,6 @@
 namespace emeg {
 
 namespace {
-
-constexpr int failed = 1;
-constexpr int wrongUsage = 2;
 
 const char* const description =
     "Simulate an EEG recording with MR gradient or heart beat artifacts whose truth is known";
@@ -107,7 +105,7 @@ int runSimulate(const CLI::App& app, const SimulateOptions& options, std::ostrea
   const std::string wrong = problemWithOptions(app, options, parameters);
   if (!wrong.empty()) {
     err << "emeg simulate: " << wrong << "\n";
-    return wrongUsage;
+    return unusable;
   }
   RecordingTarget target = options.target;
   target.withCcd = !options.noCcd;
@@ -121,7 +119,7 @@ int runSimulate(const CLI::App& app, const SimulateOptions& options, std::ostrea
     return failed;
   }
   out << summaryOf(parameters, target.path) << "\n";
-  return 0;
+  return succeeded;
 }
 
 } // namespace

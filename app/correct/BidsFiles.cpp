@@ -100,7 +100,7 @@ std::string eventsDescription(const BidsPlace& place) {
       "the EEG, from markers or from a given TR";
   levels[pulseMarkerName] = "Heart beat, found in the EEG, or the known one that was used";
   levels[guessedMarkerName] = "Known heart beats are missing here and their places were guessed";
-  levels[unmodelledMarkerName] = "No heart beat model here: everything below 35 Hz was removed";
+  levels[unmodelledMarkerName] = "No heart beat model here: the heart beat artifact was not removed";
   description["sample"] = {{"Description", "Nearest sample of the corrected recording, the first is 0"}};
   return description.dump(2) + "\n";
 }
@@ -130,7 +130,7 @@ std::string channelsText(const CorrectionResult& result, double rate) {
   for (size_t c = 0; c < result.header.channels.size(); ++c) {
     const RecordingChannel& channel = result.header.channels[c];
     table.rows.push_back({channel.name, bidsTypeOf(channel.kind), channel.unit, fmt::format("{:g}", rate),
-                          channel.good ? "good" : "bad", treatmentOf(result.plan.channels.channels[c])});
+                          channel.good ? "good" : "bad", treatmentOf(result.plan.channels.roles[c])});
   }
   return table.text();
 }
@@ -159,10 +159,10 @@ std::string bidsSidecar(const BidsPlace& place, const CorrectionResult& result,
   for (const char* field : {"EEGReference", "PowerLineFrequency"})
     if (!json.contains(field)) json[field] = "n/a";
   if (parameters.averageReference) json["EEGReference"] = "average of the EEG channels";
-  const double rate = result.header.samplingFrequency / result.plan.decimationFactor;
+  const double rate = result.plan.outputRate;
   json["SamplingFrequency"] = rate;
   json["RecordingType"] = "continuous";
-  json["RecordingDuration"] = static_cast<double>(result.plan.nrOfOutputTimePoints()) / rate;
+  json["RecordingDuration"] = static_cast<double>(result.plan.nrOfOutputs) / rate;
   Json filters = json.contains("SoftwareFilters") && json["SoftwareFilters"].is_object()
                      ? json["SoftwareFilters"]
                      : Json::object();
@@ -170,7 +170,7 @@ std::string bidsSidecar(const BidsPlace& place, const CorrectionResult& result,
     filters["High-pass (zero phase)"] = {{"half-amplitude cutoff (Hz)", parameters.highPass}};
   if (parameters.lowPass > 0)
     filters["Low-pass (zero phase)"] = {{"half-amplitude cutoff (Hz)", parameters.lowPass}};
-  if (result.plan.decimationFactor > 1)
+  if (result.plan.samplesPerOutput > 1)
     filters["Anti-alias low-pass (zero phase)"] = {{"half-amplitude cutoff (Hz)", rate / 2}};
   filters["emeg correct"] = {{"gradient artifact removed", true},
                              {"heart beat artifact removed", parameters.bcg}};

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/correct/BidsDataset.h"
-#include "app/correct/Correction.h"
+#include "app/correct/CorrectionResult.h"
 
 #include <string>
 #include <vector>

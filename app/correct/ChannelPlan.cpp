@@ -35,6 +35,7 @@ ChannelRole roleOf(ChannelKind kind) {
   role.showsSequence = isEeg;
   role.takesPartInPulses = isEeg;
   role.takesPartInReference = isEeg;
+  role.passesUnchanged = kind == ChannelKind::Trigger || kind == ChannelKind::Status;
   return role;
 }
 
@@ -59,32 +60,25 @@ int electrocardiogramOf(const RecordingHeader& header, const CorrectParameters& 
 
 } // namespace
 
-std::vector<ChannelRole> ChannelPlan::roles() const {
-  std::vector<ChannelRole> all;
-  for (const int channel : corrected) all.push_back(channels[static_cast<size_t>(channel)].role);
-  return all;
+int ChannelPlan::placeAmongCorrected(int channel) const {
+  const auto place = std::find(corrected.begin(), corrected.end(), channel);
+  return place == corrected.end() ? -1 : static_cast<int>(place - corrected.begin());
 }
 
 ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters& parameters) {
   checkNames(header, parameters.treatAsEeg);
-  const bool treatAll = isOneOf(parameters.treatAsEeg, allNames);
+  const bool treatAll = parameters.asPlugin || isOneOf(parameters.treatAsEeg, allNames);
   ChannelPlan plan;
   const int ecg = electrocardiogramOf(header, parameters);
   bool hasEeg = false;
   for (int c = 0; c < header.nrOfChannels(); ++c) {
     const RecordingChannel& channel = header.channels[static_cast<size_t>(c)];
-    PlannedChannel planned;
     const bool asEeg = treatAll || isOneOf(parameters.treatAsEeg, channel.name);
-    planned.passesUntouched =
-        !asEeg && (channel.kind == ChannelKind::Trigger || channel.kind == ChannelKind::Status);
-    if (!planned.passesUntouched) {
-      planned.role = roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
-      if (c == ecg) planned.role = electrocardiogramRole();
-      planned.converterChannel = static_cast<int>(plan.corrected.size());
-      plan.corrected.push_back(c);
-      hasEeg = hasEeg || planned.role.showsSequence;
-    }
-    plan.channels.push_back(planned);
+    const ChannelRole role =
+        c == ecg ? electrocardiogramRole() : roleOf(asEeg ? ChannelKind::Eeg : channel.kind);
+    if (!role.passesUnchanged) plan.corrected.push_back(c);
+    hasEeg = hasEeg || role.showsSequence;
+    plan.roles.push_back(role);
   }
   if (!hasEeg)
     throw UnusableInput(
@@ -95,9 +89,9 @@ ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters&
   return plan;
 }
 
-std::string treatmentOf(const PlannedChannel& channel) {
-  if (channel.passesUntouched) return "unchanged";
-  return channel.role.takesPartInPulses ? "corrected" : "gradient artifact removed";
+std::string treatmentOf(const ChannelRole& role) {
+  if (role.passesUnchanged) return "unchanged";
+  return role.takesPartInPulses ? "corrected" : "gradient artifact removed";
 }
 
 } // namespace emeg

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectParameters.h"
-#include "converter/ChannelRole.h"
+#include "engine/ChannelRole.h"
 #include "files/exchange/Recording.h"
 
 #include <string>
@@ -9,28 +9,23 @@
 
 namespace emeg {
 
-/// What happens to one channel of a recording.
-struct PlannedChannel {
-  bool passesUntouched = false; ///< trigger and status channels: no filter, no scaling, no rounding
-  ChannelRole role;             ///< of a channel that goes through the converter
-  int converterChannel = -1;    ///< its number there; -1 when it passes untouched
-};
-
-/// One entry per channel of the recording.
+/// What happens to the channels of a recording.
 struct ChannelPlan {
-  std::vector<PlannedChannel> channels;
-  std::vector<int> corrected; ///< channels that go through the converter, by their numbers in the recording
+  std::vector<ChannelRole> roles; ///< one per channel
+  std::vector<int> corrected;     ///< those that do not pass unchanged, in their order
 
-  std::vector<ChannelRole> roles() const; ///< of the converter's channels
+  /// The place of a channel among the corrected ones; -1 where it passes unchanged.
+  int placeAmongCorrected(int channel) const;
+  bool changesAll() const { return corrected.size() == roles.size(); }
 };
 
 /// EEG takes part in everything; ECG, EOG, EMG and other channels have the gradient artifact removed and are
 /// filtered, no more, unless they are to be treated like EEG; the channel of --ecg is one of them; trigger
-/// and status channels pass. Throws UnusableInput when no channel is left to find the scanner's timing in, or
-/// a name is not there.
+/// and status channels pass. With --as-plugin all channels are alike. Throws UnusableInput when no channel is
+/// left to find the scanner's timing in, or a name is not there.
 ChannelPlan planChannels(const RecordingHeader& header, const CorrectParameters& parameters);
 
 /// For people: "corrected", "gradient artifact removed", "unchanged".
-std::string treatmentOf(const PlannedChannel& channel);
+std::string treatmentOf(const ChannelRole& role);
 
 } // namespace emeg

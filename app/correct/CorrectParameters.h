@@ -1,7 +1,9 @@
 #pragma once
 
+#include "app/RunErrors.h"
+#include "engine/CorrectionSettings.h"
+
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,62 +15,92 @@ struct Seconds {
   std::optional<double> end; ///< nothing: the end of the recording
 };
 
-/// A stop band of the filter.
-struct Notch {
-  double frequency = 0; ///< Hz
-  double width = 0;     ///< Hz
-};
-
-/// Everything that `emeg correct` was asked for.
+/// Everything that `emeg correct` was asked for. What each member is stands in engine/settings/SettingList
+/// and app/correct/RunOptions.
 struct CorrectParameters {
   std::string input;
-  std::string output; ///< empty: beside the input, named after it
 
   bool bcg = false;
-  bool volumeWise = true;
-  int window = 150; ///< half-length of the averaging window, slices
+  std::string pulseMarkers;
+  std::string ecg;
+  bool sliceWise = false;
+  bool volumeWise = false; ///< what happens anyway
+  int window = CorrectionSettings().timing.windowSlices;
+  std::vector<double> lineNoise;
+  bool repairSaturation = false;
+  bool asPlugin = false;
 
-  std::string volumeMarkers;   ///< name of the recording's markers at volume onsets; empty: not known
-  std::string sliceMarkers;    ///< the same at slice onsets
-  double tr = 0;               ///< seconds from volume to volume; 0: not known
-  int slices = 0;              ///< per volume; 0: not known
-  std::optional<double> first; ///< onset of the first volume, seconds from the recording's first sample
-  std::string pulseMarkers;    ///< name of the markers that are heart beats; empty: none
-  std::string ecg;             ///< channel whose R peaks are the heart beats; empty: none
+  std::string volumeMarkers; ///< empty: not known
+  std::string sliceMarkers;
+  double tr = 0;  ///< 0: not known
+  int slices = 0; ///< 0: not known
+  std::optional<double> first;
 
-  std::vector<std::string> channels;   ///< names; empty: all
-  std::vector<std::string> treatAsEeg; ///< names of channels of any kind that are corrected like EEG
+  std::vector<std::string> channels; ///< empty: all
+  std::vector<std::string> treatAsEeg;
   std::optional<Seconds> interval;
 
-  double highPass = 0; ///< Hz; 0: none
-  double lowPass = 0;  ///< Hz; 0: none
+  double highPass = 0; ///< 0: none
+  double lowPass = 0;
   std::vector<Notch> notches;
-  int decimate = 1;
-  std::optional<double> rate; ///< Hz, instead of `decimate`
+  int decimate = CorrectionSettings().decimation;
+  std::optional<double> rate;
   bool averageReference = false;
-  int scale = 0; ///< samples are multiplied by 10^scale
+  int scale = CorrectionSettings().scalingOrder;
 
-  std::vector<double> lineNoise; ///< Hz
-  bool repairSaturation = false;
-
+  std::string output; ///< empty: beside the input, named after it
+  bool bids = false;
   bool force = false;
   bool allowUncorrected = false;
-  bool bids = false;
-  std::string scratch; ///< folder for temporary files; empty: that of the output
+  std::string scratch; ///< empty: the output's folder
+  int memory = 64;     ///< MB
 
   bool quiet = false;
   bool verbose = false;
   bool json = false;
 };
 
-/// The arguments or the input cannot be used: exit status 2. The message is a sentence with the remedy.
-class UnusableInput : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+/// Calls visit(name, member) for every setting of a correction, in the order in which they are listed.
+template <typename Parameters, typename Visit>
+void visitSettings(Parameters& p, Visit&& visit) {
+  visit("bcg", p.bcg);
+  visit("pulse-markers", p.pulseMarkers);
+  visit("ecg", p.ecg);
+  visit("slice-wise", p.sliceWise);
+  visit("volume-wise", p.volumeWise);
+  visit("window", p.window);
+  visit("line-noise", p.lineNoise);
+  visit("repair-saturation", p.repairSaturation);
+  visit("as-plugin", p.asPlugin);
+  visit("volume-markers", p.volumeMarkers);
+  visit("slice-markers", p.sliceMarkers);
+  visit("tr", p.tr);
+  visit("slices", p.slices);
+  visit("first", p.first);
+  visit("channels", p.channels);
+  visit("treat-as-eeg", p.treatAsEeg);
+  visit("interval", p.interval);
+  visit("high-pass", p.highPass);
+  visit("low-pass", p.lowPass);
+  visit("notch", p.notches);
+  visit("decimate", p.decimate);
+  visit("rate", p.rate);
+  visit("average-reference", p.averageReference);
+  visit("scale", p.scale);
+}
 
-/// The run cannot be finished: exit status 1. The message is a sentence with the remedy.
-class FailedRun : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+/// The same for what a run of the program is asked for beside them.
+template <typename Parameters, typename Visit>
+void visitRunOptions(Parameters& p, Visit&& visit) {
+  visit("output", p.output);
+  visit("bids", p.bids);
+  visit("force", p.force);
+  visit("allow-uncorrected", p.allowUncorrected);
+  visit("scratch", p.scratch);
+  visit("memory", p.memory);
+  visit("quiet", p.quiet);
+  visit("verbose", p.verbose);
+  visit("json", p.json);
+}
 
 } // namespace emeg

@@ -1,6 +1,11 @@
 #include "app/correct/CorrectionPlan.h"
 
+#include "app/correct/KnownBeats.h"
+#include "app/correct/OutputName.h"
 #include "app/markers/NamedMarkers.h"
+#include "dsp/OutputInstants.h"
+#include "engine/settings/OutputRate.h"
+#include "engine/settings/SettingChecks.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,10 +16,7 @@ namespace emeg {
 
 namespace {
 
-constexpr double lowestFrequency = 10; // Hz: the artifact correction keeps ten values a second apart
 constexpr double longestSeconds = 1e9; // no recording is longer; keeps the arithmetic of sample numbers exact
-constexpr double rateTolerance = 1e-6; // of a ratio of two rates that should be a whole number
-constexpr int largestDecimation = 1000;
 
 int64_t nearestTimePoint(double seconds, double samplingFrequency) {
   return static_cast<int64_t>(std::floor(seconds * samplingFrequency + 0.5));
@@ -39,60 +41,37 @@ void cutInterval(const RecordingHeader& header, const CorrectParameters& paramet
     throw UnusableInput(fmt::format("--interval {:g}:{:g} is shorter than a sample.", interval.start, end));
 }
 
-std::string ratesNear(double samplingFrequency, double wanted) {
-  const double factor = samplingFrequency / wanted;
-  const double below = std::max(1.0, std::floor(factor));
-  return fmt::format("{:g} and {:g} Hz are possible", samplingFrequency / below,
-                     samplingFrequency / (below + 1));
+/// What stands before the names of options.
+constexpr const char* dashes = "--";
+
+void refuse(const std::optional<std::string>& problem) {
+  if (problem) throw UnusableInput(*problem);
 }
 
-int decimationOf(const RecordingHeader& header, const CorrectParameters& parameters) {
-  if (!parameters.rate) return parameters.decimate;
-  const double rate = *parameters.rate;
-  const double factor = header.samplingFrequency / rate;
-  const double whole = std::floor(factor + 0.5);
-  if (!(rate > 0) || whole < 1 || whole > largestDecimation ||
-      std::abs(factor - whole) > rateTolerance * whole)
-    throw UnusableInput(
-        fmt::format("--rate {:g}: the recording's {:g} Hz can only be divided by whole numbers; {}.", rate,
-                    header.samplingFrequency, ratesNear(header.samplingFrequency, std::max(rate, 0.001))));
-  return static_cast<int>(whole);
-}
-
-void checkEdge(const char* option, double hz, double nyquist) {
-  if (hz < 0 || hz >= nyquist || !std::isfinite(hz))
-    throw UnusableInput(
-        fmt::format("{} {:g}: a filter edge lies between 0 and {:g} Hz, half of the recording's "
-                    "sampling frequency.",
-                    option, hz, nyquist));
-}
-
-void checkFilters(const RecordingHeader& header, const CorrectParameters& parameters) {
-  const double nyquist = header.samplingFrequency / 2;
-  checkEdge("--high-pass", parameters.highPass, nyquist);
-  checkEdge("--low-pass", parameters.lowPass, nyquist);
-  for (const Notch& notch : parameters.notches) {
-    checkEdge("--notch", notch.frequency - notch.width / 2, nyquist);
-    checkEdge("--notch", notch.frequency + notch.width / 2, nyquist);
-    if (!(notch.frequency - notch.width / 2 > 0) || !(notch.width > 0))
-      throw UnusableInput(
-          fmt::format("--notch {:g}:{:g}: the stop band must begin above 0 Hz and be wider than 0.",
-                      notch.frequency, notch.width));
+void chooseRate(const RecordingHeader& header, const CorrectParameters& parameters, CorrectionPlan& plan) {
+  const double samplingFrequency = header.samplingFrequency;
+  int64_t divisor = parameters.decimate;
+  if (parameters.rate) {
+    refuse(problemOfRate(samplingFrequency, *parameters.rate, plan.settings.method, dashes));
+    divisor = wholeDivisor(samplingFrequency, *parameters.rate);
   }
-  for (const double hz : parameters.lineNoise) {
-    checkEdge("--line-noise", hz, nyquist);
-    if (!(hz > 0)) throw UnusableInput("--line-noise 0: give the frequency in Hz, such as 50 or 60.");
+  if (divisor > 0) {
+    plan.samplesPerOutput = static_cast<double>(divisor);
+    plan.outputRate = samplingFrequency / plan.samplesPerOutput;
+    plan.nrOfOutputs = (plan.nrOfTimePoints - 1) / divisor + 1;
+  } else {
+    plan.outputRate = *parameters.rate;
+    plan.samplesPerOutput = samplingFrequency / plan.outputRate;
+    plan.nrOfOutputs = OutputInstants(samplingFrequency, plan.outputRate).countUpTo(plan.nrOfTimePoints - 1);
   }
-  if (parameters.highPass > 0 && parameters.lowPass > 0 && parameters.highPass >= parameters.lowPass)
-    throw UnusableInput(fmt::format("--high-pass {:g} --low-pass {:g} leaves no frequency.",
-                                    parameters.highPass, parameters.lowPass));
+  CorrectionSettings& settings = plan.settings;
+  if (parameters.asPlugin)
+    settings.decimation = static_cast<int>(divisor);
+  else if (divisor != 1)
+    settings.rate = plan.outputRate;
 }
 
-void checkSize(const RecordingHeader& header, const CorrectParameters& parameters,
-               const CorrectionPlan& plan) {
-  if (header.samplingFrequency < lowestFrequency)
-    throw UnusableInput(fmt::format("\"{}\" has {:g} samples a second; the correction needs {:g} at least.",
-                                    parameters.input, header.samplingFrequency, lowestFrequency));
+void checkSize(const CorrectParameters& parameters, const CorrectionPlan& plan) {
   if (plan.nrOfTimePoints > std::numeric_limits<int32_t>::max())
     throw UnusableInput(
         fmt::format("\"{}\" has {} time points, 2147483647 can be corrected at once; choose a part "
@@ -109,24 +88,11 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
                        const CorrectionPlan& plan) {
   const auto first = static_cast<double>(plan.firstTimePoint);
   TimingRequest timing;
-  timing.volumeWise = parameters.volumeWise;
+  timing.volumeWise = !parameters.sliceWise;
   timing.windowSlices = parameters.window;
   timing.given.volumeDuration = parameters.tr;
   timing.given.nrOfSlicesPerVolume = parameters.slices;
-  const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
-  if (parameters.first) {
-    timing.given.firstOnset = *parameters.first - first / header.samplingFrequency;
-    if (!(std::abs(*timing.given.firstOnset) <= seconds))
-      throw UnusableInput(
-          fmt::format("--first {:g}: the corrected part of \"{}\" lasts from {:.3f} to {:.3f} s; "
-                      "give the onset of a volume there, in seconds.",
-                      *parameters.first, parameters.input, first / header.samplingFrequency,
-                      first / header.samplingFrequency + seconds));
-  }
-  if (parameters.tr > seconds / 3)
-    throw UnusableInput(fmt::format("--tr {:g}: the corrected part of \"{}\" lasts {:.3f} s, and three volumes "
-                                    "are needed at least; the TR is given in seconds.",
-                                    parameters.tr, parameters.input, seconds));
+  if (parameters.first) timing.given.firstOnset = *parameters.first - first / header.samplingFrequency;
 
   const bool areVolumes = !parameters.volumeMarkers.empty();
   if (!areVolumes && parameters.sliceMarkers.empty()) return timing;
@@ -144,36 +110,64 @@ TimingRequest timingOf(const RecordingHeader& header, const CorrectParameters& p
   return timing;
 }
 
+std::string suffixOf(const RecordingHeader& header, const CorrectParameters& parameters,
+                     const CorrectionPlan& plan) {
+  const double msPerSample = 1000 / header.samplingFrequency;
+  NamedSteps steps;
+  steps.nrOfChosenChannels = parameters.channels.empty() ? 0 : header.nrOfChannels();
+  steps.hasInterval = plan.hasInterval;
+  steps.startMs = static_cast<double>(plan.firstTimePoint) * msPerSample;
+  steps.endMs = static_cast<double>(plan.endTimePoint()) * msPerSample;
+  steps.highPass = parameters.highPass;
+  steps.lowPass = parameters.lowPass;
+  steps.hasNotches = !parameters.notches.empty();
+  const double divisor = std::floor(plan.samplesPerOutput);
+  if (divisor == plan.samplesPerOutput)
+    steps.decimation = static_cast<int>(divisor);
+  else
+    steps.rate = plan.outputRate;
+  steps.scalingOrder = parameters.scale;
+  steps.removesBeats = parameters.bcg;
+  return outputSuffixOf(steps);
+}
+
 } // namespace
+
+RecordingShape CorrectionPlan::shapeOf(const RecordingHeader& header) const {
+  RecordingShape shape;
+  shape.samplingFrequency = header.samplingFrequency;
+  shape.nrOfSamples = nrOfTimePoints;
+  shape.roles = channels.roles;
+  for (const RecordingChannel& channel : header.channels) {
+    std::optional<IntegerRange> integers;
+    if (channel.stored)
+      integers = {channel.stored->step, channel.stored->offset, channel.stored->smallest,
+                  channel.stored->largest};
+    shape.integers.push_back(integers);
+  }
+  return shape;
+}
 
 CorrectionPlan planCorrection(const RecordingHeader& header, const CorrectParameters& parameters) {
   CorrectionPlan plan;
   plan.channels = planChannels(header, parameters);
   cutInterval(header, parameters, plan);
-  plan.decimationFactor = decimationOf(header, parameters);
-  checkFilters(header, parameters);
-  checkSize(header, parameters, plan);
-  plan.timing = timingOf(header, parameters, plan);
-  plan.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
-
-  HostAnswers::Dialogue& dialogue = plan.dialogue;
-  dialogue.correctBcg = parameters.bcg;
-  dialogue.volumeWise = parameters.volumeWise;
-  dialogue.window = parameters.window;
-  dialogue.decimationFactor = plan.decimationFactor;
-  dialogue.highPass = parameters.highPass;
-  dialogue.lowPass = parameters.lowPass;
-  dialogue.notches = parameters.notches;
-  dialogue.averageReference = parameters.averageReference;
-  dialogue.scalingOrder = parameters.scale;
-
-  NamedSelection named;
-  named.nrOfChannels = parameters.channels.empty() ? 0 : header.nrOfChannels();
-  named.hasInterval = plan.hasInterval;
-  const double msPerSample = 1000 / header.samplingFrequency;
-  named.startMs = static_cast<double>(plan.firstTimePoint) * msPerSample;
-  named.endMs = static_cast<double>(plan.endTimePoint()) * msPerSample;
-  plan.suffix = outputSuffixOf(dialogue, named);
+  checkSize(parameters, plan);
+  CorrectionSettings& settings = plan.settings;
+  settings.method = parameters.asPlugin ? asThePluginDoes : stretchByStretch;
+  chooseRate(header, parameters, plan);
+  settings.heartBeats = parameters.bcg;
+  settings.timing = timingOf(header, parameters, plan);
+  settings.beats = requestedBeats(header, parameters, plan.firstTimePoint, plan.nrOfTimePoints);
+  settings.lineNoise = parameters.lineNoise;
+  settings.repairSaturation = parameters.repairSaturation;
+  settings.highPass = parameters.highPass;
+  settings.lowPass = parameters.lowPass;
+  settings.notches = parameters.notches;
+  settings.averageReference = parameters.averageReference;
+  settings.scalingOrder = parameters.scale;
+  refuse(firstProblemOf(settings, plan.shapeOf(header), dashes));
+  plan.suffix = suffixOf(header, parameters, plan);
   return plan;
 }
 

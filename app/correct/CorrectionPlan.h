@@ -1,14 +1,12 @@
 #pragma once
 
 #include "app/correct/ChannelPlan.h"
-#include "app/correct/ConverterRun.h"
 #include "app/correct/CorrectParameters.h"
-#include "app/correct/KnownBeats.h"
+#include "engine/RecordingShape.h"
 #include "files/exchange/Recording.h"
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace emeg {
 
@@ -18,15 +16,16 @@ struct CorrectionPlan {
   ChannelPlan channels;
   int64_t firstTimePoint = 0; ///< of the recording
   int64_t nrOfTimePoints = 0; ///< from there on, at the recording's rate
-  int decimationFactor = 1;
   bool hasInterval = false;
-  HostAnswers::Dialogue dialogue; ///< all but the path
-  TimingRequest timing;           ///< positions from `firstTimePoint` on
-  BeatRequest beats;
-  std::string suffix; ///< of the output's name
+  double samplesPerOutput = 1; ///< of the recording, at the new rate
+  double outputRate = 0;       ///< Hz
+  int64_t nrOfOutputs = 0;     ///< time points at that rate
+  CorrectionSettings settings; ///< times from `firstTimePoint` on
+  std::string suffix;          ///< of the output's name
 
-  int64_t nrOfOutputTimePoints() const { return (nrOfTimePoints - 1) / decimationFactor + 1; }
   int64_t endTimePoint() const { return firstTimePoint + nrOfTimePoints; }
+  /// What the correction is told of the recording.
+  RecordingShape shapeOf(const RecordingHeader& header) const;
 };
 
 /// `header` is that of the chosen channels. Throws UnusableInput when parameters contradict it.

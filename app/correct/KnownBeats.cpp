@@ -1,8 +1,7 @@
 #include "app/correct/KnownBeats.h"
 
 #include "app/markers/NamedMarkers.h"
-#include "artifacts/cardiac/PulseDelay.h"
-#include "artifacts/cardiac/RPeaks.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -26,9 +25,7 @@ std::vector<double> differentTimes(std::vector<double> times) {
 double medianInterval(const std::vector<double>& times) {
   std::vector<double> intervals;
   for (size_t i = 1; i < times.size(); ++i) intervals.push_back(times[i] - times[i - 1]);
-  const auto middle = intervals.begin() + static_cast<std::ptrdiff_t>(intervals.size() / 2);
-  std::nth_element(intervals.begin(), middle, intervals.end());
-  return *middle;
+  return upperMedianReordering(intervals);
 }
 
 BeatRequest beatsOfMarkers(const RecordingHeader& header, const CorrectParameters& parameters,
@@ -72,18 +69,6 @@ BeatRequest beatsOfChannel(const RecordingHeader& header, const CorrectParameter
   return {BeatSource::Ecg, parameters.ecg, {}};
 }
 
-std::string problemWith(const BeatRequest& request, const KnownPulses& pulses) {
-  if (pulses.positions.size() >= fewestBeats) return "";
-  if (request.source == BeatSource::Ecg)
-    return fmt::format(
-        "{} heart beats were found in channel \"{}\", so nothing was written. Is it an "
-        "electrocardiogram, and connected? Leave out --ecg to have the beats found in the EEG.",
-        pulses.positions.size(), request.name);
-  return fmt::format("only {} of the markers \"{}\" can be heart beats, so nothing was written. Leave out "
-                     "--pulse-markers to have the beats found in the EEG.",
-                     pulses.positions.size(), request.name);
-}
-
 } // namespace
 
 const char* nameOf(BeatSource source) {
@@ -107,23 +92,16 @@ BeatRequest requestedBeats(const RecordingHeader& header, const CorrectParameter
   return {};
 }
 
-KnownBeats findKnownBeats(const BeatRequest& request, const std::vector<double>& ecgSeries,
-                          const BcgSeries& series) {
-  const auto rate = static_cast<double>(series.rate);
-  const bool isEcg = request.source == BeatSource::Ecg;
-  std::vector<double> beats = isEcg ? findRPeaks(ecgSeries, rate) : request.times;
-  if (!isEcg)
-    for (double& beat : beats) beat *= rate;
-
-  // Whoever detected the R peaks saw what lies between them; a list may hold anything.
-  const bool withoutStray = !isEcg;
-  KnownBeats known;
-  known.pulses = usablePulses(beats, series.length, series.rate, withoutStray);
-  known.period = periodOfPulses(known.pulses.positions);
-  known.problem = problemWith(request, known.pulses);
-  if (known.problem.empty())
-    known.delays = fitPulseDelays(series, known.pulses.positions, known.period.period);
-  return known;
+std::string problemWithKnownBeats(const BeatRequest& request, const KnownPulses& pulses) {
+  if (request.source == BeatSource::Blind || pulses.positions.size() >= fewestBeats) return "";
+  if (request.source == BeatSource::Ecg)
+    return fmt::format(
+        "{} heart beats were found in channel \"{}\", so nothing was written. Is it an "
+        "electrocardiogram, and connected? Leave out --ecg to have the beats found in the EEG.",
+        pulses.positions.size(), request.name);
+  return fmt::format("only {} of the markers \"{}\" can be heart beats, so nothing was written. Leave out "
+                     "--pulse-markers to have the beats found in the EEG.",
+                     pulses.positions.size(), request.name);
 }
 
 } // namespace emeg

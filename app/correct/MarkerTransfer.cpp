@@ -1,5 +1,7 @@
 #include "app/correct/MarkerTransfer.h"
 
+#include "engine/beats/BeatDoubts.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,9 +9,6 @@ namespace emeg {
 
 namespace {
 
-// A beat's model is complete where the epochs of the two junctions beside it overlap: behind this part of the
-// first interval.
-constexpr double modelBegins = 0.6;
 constexpr const char* foundType = "Comment";
 constexpr const char* badType = "Bad";
 
@@ -57,43 +56,12 @@ bool moveIntoInterval(RecordingMarker& marker, const CorrectionPlan& plan) {
     marker.onset = std::max(marker.onset, first);
     marker.duration = isPoint ? marker.duration : std::min(markerEnd, end) - marker.onset;
   }
-  marker.onset = (marker.onset - first) / plan.decimationFactor;
-  marker.duration /= plan.decimationFactor;
+  marker.onset = (marker.onset - first) / plan.samplesPerOutput;
+  marker.duration /= plan.samplesPerOutput;
   return true;
 }
 
 } // namespace
-
-std::vector<Stretch> unmodelledStretches(const Findings& found, double seconds) {
-  constexpr size_t fewestPulses = 3;
-  const std::vector<double>& times = found.pulseTimes;
-  if (times.size() < fewestPulses) return {};
-  double earliest = 0;
-  double latest = 0;
-  if (!found.pulseDelays.empty()) {
-    const auto [low, high] = std::minmax_element(found.pulseDelays.begin(), found.pulseDelays.end());
-    earliest = *low;
-    latest = *high;
-  }
-  const double begin = times[0] + latest + modelBegins * (times[1] - times[0]);
-  double end = seconds;
-  for (const double delay : {earliest, latest}) {
-    // A pulse behind the recording's end is none.
-    size_t n = times.size();
-    while (n > 2 && times[n - 1] + delay >= seconds) --n;
-    end = std::min(end, times[n - 1] + delay - modelBegins * (times[n - 1] - times[n - 2]));
-  }
-  return {{0, begin}, {end, seconds}};
-}
-
-std::vector<Stretch> guessedStretches(const Findings& found) {
-  constexpr int64_t severalBeats = 4;
-  std::vector<Stretch> stretches;
-  for (const FilledGap& gap : found.knownPulses.gaps)
-    if (gap.nrOfBeats >= severalBeats)
-      stretches.push_back({gap.from / found.pulseSampleRate, gap.to / found.pulseSampleRate});
-  return stretches;
-}
 
 std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, const CorrectionPlan& plan,
                                              const Findings& found, bool atWholeSamples) {
@@ -101,14 +69,13 @@ std::vector<RecordingMarker> transferMarkers(const RecordingHeader& header, cons
   for (RecordingMarker marker : header.markers)
     if (moveIntoInterval(marker, plan)) markers.push_back(std::move(marker));
 
-  const double rate = header.samplingFrequency / plan.decimationFactor;
-  const auto length = static_cast<double>(plan.nrOfOutputTimePoints());
+  const double rate = plan.outputRate;
+  const auto length = static_cast<double>(plan.nrOfOutputs);
   const size_t nrOfCarried = markers.size();
   for (const FoundScan& scan : found.timing.scans) addGradientMarkers(scan, rate, length, markers);
   for (const double time : found.pulseTimes)
     markers.push_back(markerAt(foundType, pulseMarkerName, time, rate));
-  const double seconds = static_cast<double>(plan.nrOfTimePoints) / header.samplingFrequency;
-  for (const Stretch& stretch : unmodelledStretches(found, seconds))
+  for (const Stretch& stretch : found.withoutModel)
     addBadMarker(unmodelledMarkerName, stretch, rate, length, markers);
   for (const Stretch& stretch : guessedStretches(found))
     addBadMarker(guessedMarkerName, stretch, rate, length, markers);

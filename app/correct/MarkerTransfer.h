@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectionPlan.h"
+#include "engine/Findings.h"
 #include "files/exchange/Recording.h"
 
 #include <vector>
@@ -12,23 +13,6 @@ inline constexpr const char* pulseMarkerName = "HeartPulseTriggers";
 /// Programs that leave out annotated stretches look for names that begin with "BAD".
 inline constexpr const char* unmodelledMarkerName = "BAD_no_pulse_model";
 inline constexpr const char* guessedMarkerName = "BAD_guessed_pulses";
-
-/// Seconds from the first corrected sample.
-struct Stretch {
-  double start = 0;
-  double end = 0;
-  double seconds() const { return end - start; }
-};
-
-/// The stretches in front of and behind the chain of heart beats, in which everything below 35 Hz was
-/// subtracted: the model begins in the middle of the first interval between beats and ends in that of the
-/// last, in the channel in which the beats come latest and earliest. Nothing without heart beats: then
-/// nothing is subtracted.
-std::vector<Stretch> unmodelledStretches(const Findings& found, double seconds);
-
-/// Stretches of the corrected interval in which several known beats were missing, one after the other, and
-/// their places were guessed.
-std::vector<Stretch> guessedStretches(const Findings& found);
 
 /// The recording's markers at their places in the corrected interval, those that it does not touch left out,
 /// and those of what was found, in ascending order. With `atWholeSamples` (a format that knows no others) the

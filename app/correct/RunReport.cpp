@@ -1,6 +1,5 @@
 #include "app/correct/RunReport.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -33,10 +32,6 @@ std::string timeText(double seconds) {
   if (whole < 60) return fmt::format("{} s", whole);
   if (whole < 3600) return fmt::format("{} min {:02} s", whole / 60, whole % 60);
   return fmt::format("{} h {:02} min", whole / 3600, whole / 60 % 60);
-}
-
-bool startsWith(const std::string& line, const char* words) {
-  return line.rfind(words, 0) == 0;
 }
 
 } // namespace
@@ -105,38 +100,6 @@ void RunReport::warning(const std::string& text) {
 
 void RunReport::error(const std::string& text) {
   say(red, "error", text);
-}
-
-ConverterProgress::ConverterProgress(int nrOfChannels, bool hasTwoPasses)
-    : nrOfChannels_(std::max(nrOfChannels, 1)), hasTwoPasses_(hasTwoPasses) {}
-
-std::string ConverterProgress::take(const std::string& line) {
-  // Parts of a run of 32 channels: the gradient correction takes most of it, writing little.
-  constexpr double chunking = 0.05;
-  const double firstPass = hasTwoPasses_ ? 0.55 : 0.9;
-  constexpr double searching = 0.15;
-  constexpr double secondPass = 0.2;
-  std::string name;
-  if (startsWith(line, "Creating chunk #1/")) name = "Splitting the recording";
-  if (startsWith(line, "Pre-processing channel #") || startsWith(line, "Processing channel #")) {
-    finished_ = chunking + firstPass * nrOfFirstPass_++ / nrOfChannels_;
-    name = "Removing the gradient artifact";
-  }
-  if (startsWith(line, "Automatic detection of heart pulses")) {
-    finished_ = chunking + firstPass;
-    name = "Finding heart beats";
-  }
-  if (startsWith(line, "Removing heart pulse artifacts")) {
-    finished_ = chunking + firstPass + searching + secondPass * nrOfSecondPass_++ / nrOfChannels_;
-    name = "Removing the heart beat artifact";
-  }
-  if (startsWith(line, "Writing CTC")) {
-    finished_ = chunking + firstPass + (hasTwoPasses_ ? searching + secondPass : 0);
-    name = "Putting the channels together";
-  }
-  if (name == step_) return {};
-  if (!name.empty()) step_ = name;
-  return name;
 }
 
 } // namespace emeg

@@ -21,7 +21,7 @@ public:
   void step(const std::string& name);
   /// The finished part of the whole run, 0 ... 1.
   void progress(double finished);
-  /// A line of the converter, for --verbose.
+  /// A line for --verbose.
   void detail(const std::string& line);
 
   /// Worth knowing; no reason to distrust the result.
@@ -46,22 +46,6 @@ private:
   std::vector<std::string> notes_, warnings_, log_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point lastShown_{};
-};
-
-/// The finished part of the converter's own run, told by its log lines.
-class ConverterProgress {
-public:
-  ConverterProgress(int nrOfChannels, bool hasTwoPasses);
-  /// A name for people when the line begins a new step, else an empty text.
-  std::string take(const std::string& line);
-  double finished() const { return finished_; }
-
-private:
-  double nrOfChannels_;
-  bool hasTwoPasses_;
-  int nrOfFirstPass_ = 0, nrOfSecondPass_ = 0;
-  double finished_ = 0;
-  std::string step_;
 };
 
 } // namespace emeg

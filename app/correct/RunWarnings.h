@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/correct/Correction.h"
+#include "app/correct/CorrectionResult.h"
 
 #include <string>
 #include <vector>

@@ -1,5 +1,7 @@
 #include "app/correct/ScanWarnings.h"
 
+#include "engine/figures/ScanDoubts.h"
+
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -9,116 +11,95 @@ namespace emeg {
 
 namespace {
 
-using Warnings = std::vector<std::string>;
+using enum ScanDoubtKind;
 
-constexpr double scanLineToBackground = 10;
-constexpr double notReducedRemaining = 0.5; // of the artifact's amplitude
-constexpr double noticeableDrift = 0.0002;  // seconds
-constexpr double longestSlice = 0.5;        // seconds
-constexpr double hardlyAlike = 0.45;        // of a volume's power, sharpened; scans of 40 uV stay below 0.4
 constexpr size_t mostNames = 8;
 
-/// One scan of a result with its figures.
-struct MeasuredScan {
-  const CorrectionResult& result;
-  const FoundScan& scan;
-  const QualityFigures* quality; ///< null: too short to tell
-  std::string name;              ///< "scan 2: ", empty where there is only one
-};
-
-double secondsOf(const CorrectionResult& result) {
-  return static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
-}
-
 bool hasMarkers(const CorrectionResult& result) {
-  return result.plan.timing.markerKind.has_value();
+  return result.plan.settings.timing.markerKind.has_value();
 }
 
-/// Names of the corrected channels whose figures fulfil a condition.
-template <typename Condition>
-std::vector<std::string> channelsWith(const MeasuredScan& scan, const Condition& condition) {
+/// Names of the channels that a doubt is about.
+std::string channelsOf(const ScanDoubt& doubt, const CorrectionResult& result) {
   std::vector<std::string> names;
-  const CorrectionResult& result = scan.result;
-  for (size_t k = 0; k < scan.quality->channels.size(); ++k)
-    if (condition(scan.quality->channels[k]))
-      names.push_back(result.header.channels[static_cast<size_t>(result.plan.channels.corrected[k])].name);
-  return names;
+  for (const size_t k : doubt.channels)
+    names.push_back(result.header.channels[static_cast<size_t>(result.plan.channels.corrected[k])].name);
+  return listOf(names);
 }
 
-void addLengthWarning(const MeasuredScan& measured, Warnings& warnings) {
-  const MRSequence& sequence = measured.scan.sequence;
-  const double seconds = secondsOf(measured.result);
-  const double end = sequence.firstTriggerTime + sequence.nrOfVolumes * sequence.volumeDuration;
-  if (end > seconds + sequence.volumeDuration || sequence.firstTriggerTime < -sequence.volumeDuration)
-    warnings.push_back(
-        fmt::format("{}the {} volumes of {:.4f} s that were found would last from {:.1f} to {:.1f} s, but "
-                    "the recording ends at {:.1f} s: the timing is wrong. Choose the part with the "
-                    "scan alone with --interval START:END, or give its timing with --volume-markers NAME "
-                    "or --tr SECONDS --slices N.",
-                    measured.name, sequence.nrOfVolumes, sequence.volumeDuration, sequence.firstTriggerTime,
-                    end, seconds));
+/// A doubt about the scans together.
+std::string sentenceOnAll(const ScanDoubt& doubt, const CorrectionResult& result) {
+  if (doubt.kind == SlicesDoNotRepeat)
+    return fmt::format(
+        "the slices differ from each other: averaging them would leave {:.1f} dB more than averaging "
+        "whole volumes. Volumes were averaged, as with --volume-wise.",
+        doubt.measured);
+  return fmt::format("volumes of the timing that was given have only {:.0f} % of their power "
+                     "in common: is it the scanner's? "
+                     "Without {} the timing is looked for in the EEG.",
+                     100 * (1 - doubt.measured), hasMarkers(result) ? "the markers" : "--tr");
 }
 
-/// What was said about the scan's timing and does not go with it.
-void addGivenTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
-  const MRSequence& sequence = measured.scan.sequence;
-  const int32_t given = measured.result.plan.timing.given.nrOfSlicesPerVolume;
-  if (given > 0 && given != sequence.nrOfSlicesPerVolume)
-    warnings.push_back(fmt::format(
-        "{}{} slices per volume do not fit volumes of {:.4f} s; {} were taken. Is --slices right?",
-        measured.name, given, sequence.volumeDuration, sequence.nrOfSlicesPerVolume));
-  if (measured.result.found.timing.source == TimingSource::SliceMarkers &&
-      sequence.sliceDuration > longestSlice)
-    warnings.push_back(
-        fmt::format("{}the markers come every {:.3f} s, which is long for a slice. If there is one "
-                    "per volume, use --volume-markers.",
-                    measured.name, sequence.sliceDuration));
-}
-
-void addTimingWarnings(const MeasuredScan& measured, Warnings& warnings) {
-  const MRSequence& sequence = measured.scan.sequence;
-  if (!measured.quality) {
-    warnings.push_back(fmt::format(
-        "{}only {} volumes were found: too few for templates that average the EEG away, and to "
-        "measure what is left. Give a longer part of the scan{}.",
-        measured.name, sequence.nrOfVolumes, measured.result.volumeWise() ? ", or try --slice-wise" : ""));
-    return;
+std::string sentenceOnTiming(const ScanDoubt& doubt, const CorrectionResult& result) {
+  const MRSequence& sequence = result.found.timing.scans[doubt.scan].sequence;
+  switch (doubt.kind) {
+  case BeyondRecording:
+    return fmt::format("the {} volumes of {:.4f} s that were found would last from {:.1f} to {:.1f} s, but "
+                       "the recording ends at {:.1f} s: the timing is wrong. Choose the part with the "
+                       "scan alone with --interval START:END, or give its timing with --volume-markers NAME "
+                       "or --tr SECONDS --slices N.",
+                       sequence.nrOfVolumes, sequence.volumeDuration, doubt.where.start, doubt.where.end,
+                       result.seconds());
+  case SlicesNotTaken:
+    return fmt::format(
+        "{:.0f} slices per volume do not fit volumes of {:.4f} s; {} were taken. Is --slices right?",
+        doubt.measured, sequence.volumeDuration, sequence.nrOfSlicesPerVolume);
+  case LongSlices:
+    return fmt::format("the markers come every {:.3f} s, which is long for a slice. If there is one "
+                       "per volume, use --volume-markers.",
+                       doubt.measured);
+  default: // TooFewVolumes
+    return fmt::format("only {:.0f} volumes were found: too few for templates that average the EEG away, and "
+                       "to measure what is left. Give a longer part of the scan{}.",
+                       doubt.measured, result.volumeWise() ? ", or try --slice-wise" : "");
   }
-  const double drift = measured.quality->drift;
-  if (std::abs(drift) > std::max(noticeableDrift, 0.5 / measured.result.header.samplingFrequency))
-    warnings.push_back(
-        fmt::format("{}the volume duration drifts: in a part of the scan volumes come {:.2f} ms {} than "
-                    "the duration that was found says. Was the amplifier synchronised with the scanner's "
-                    "clock? A smaller --window follows drifts better; --interval START:END corrects a "
-                    "part alone.",
-                    measured.name, 1000 * std::abs(drift), drift > 0 ? "later" : "earlier"));
-  if (measured.quality->artifactSecondsOutside > 0)
-    warnings.push_back(fmt::format(
-        "about {:.0f} s outside the {} volumes that were found look like scan and were not "
-        "corrected. {} one scan at a time with --interval START:END.",
-        measured.quality->artifactSecondsOutside, sequence.nrOfVolumes,
-        hasMarkers(measured.result) ? "Are markers missing there? Choose"
-                                    : "Give the scanner's markers with --volume-markers NAME, or choose"));
 }
 
-void addResidualWarnings(const MeasuredScan& measured, Warnings& warnings) {
-  if (!measured.quality) return;
-  const auto grew = channelsWith(
-      measured, [](const ChannelQuality& channel) { return channel.isVisible() && channel.remaining() > 1; });
-  const auto stayed = channelsWith(measured, [](const ChannelQuality& channel) {
-    return channel.isVisible() && channel.remaining() > notReducedRemaining && channel.remaining() <= 1;
-  });
-  if (!grew.empty())
-    warnings.push_back(
-        fmt::format("{}the artifact is larger than before in {}. Try --slice-wise or --volume-wise (the "
-                    "other one), a smaller --window, or an --interval that holds the scan alone.",
-                    measured.name, listOf(grew)));
-  if (!stayed.empty())
-    warnings.push_back(
-        fmt::format("{}the power at the slice and volume frequencies was not reduced in {}. Look for "
-                    "movements or saturated samples there (--repair-saturation), or try a smaller "
-                    "--window.",
-                    measured.name, listOf(stayed)));
+std::string sentenceOnFigures(const ScanDoubt& doubt, const CorrectionResult& result) {
+  switch (doubt.kind) {
+  case Drift:
+    return fmt::format("the volume duration drifts: in a part of the scan volumes come {:.2f} ms {} than "
+                       "the duration that was found says. Was the amplifier synchronised with the scanner's "
+                       "clock? A smaller --window follows drifts better; --interval START:END corrects a "
+                       "part alone.",
+                       1000 * std::abs(doubt.measured), doubt.measured > 0 ? "later" : "earlier");
+  case ScanOutside:
+    return fmt::format("about {:.0f} s outside the {} volumes that were found look like scan and were not "
+                       "corrected. {} one scan at a time with --interval START:END.",
+                       doubt.measured, result.found.timing.scans[doubt.scan].sequence.nrOfVolumes,
+                       hasMarkers(result)
+                           ? "Are markers missing there? Choose"
+                           : "Give the scanner's markers with --volume-markers NAME, or choose");
+  case ArtifactGrew:
+    return fmt::format("the artifact is larger than before in {}. Try --slice-wise or --volume-wise (the "
+                       "other one), a smaller --window, or an --interval that holds the scan alone.",
+                       channelsOf(doubt, result));
+  default: // ArtifactStayed
+    return fmt::format("the power at the slice and volume frequencies was not reduced in {}. Look for "
+                       "movements or saturated samples there (--repair-saturation), or try a smaller "
+                       "--window.",
+                       channelsOf(doubt, result));
+  }
+}
+
+std::string sentenceOn(const ScanDoubt& doubt, const CorrectionResult& result) {
+  if (doubt.kind == SlicesDoNotRepeat || doubt.kind == VolumesUnlike) return sentenceOnAll(doubt, result);
+  const bool isOnTiming = doubt.kind == BeyondRecording || doubt.kind == SlicesNotTaken ||
+                          doubt.kind == LongSlices || doubt.kind == TooFewVolumes;
+  const std::string sentence =
+      isOnTiming ? sentenceOnTiming(doubt, result) : sentenceOnFigures(doubt, result);
+  const bool isOfOneScan = result.found.timing.scans.size() > 1 && doubt.kind != ScanOutside;
+  return isOfOneScan ? fmt::format("scan {}: {}", doubt.scan + 1, sentence) : sentence;
 }
 
 } // namespace
@@ -130,16 +111,6 @@ std::string listOf(const std::vector<std::string>& names) {
       fmt::format("{}", fmt::join(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(shown), ", "));
   if (names.size() > shown) text += fmt::format(" and {} more", names.size() - shown);
   return text;
-}
-
-bool looksLikeScan(const CorrectionResult& result) {
-  if (!result.found.hasSequence()) return false;
-  if (result.found.timing.source != TimingSource::QuietBetweenSlices) return true;
-  const QualityFigures* const quality = result.qualityOfLongest();
-  if (quality == nullptr) return true;
-  return std::any_of(quality->channels.begin(), quality->channels.end(), [](const ChannelQuality& channel) {
-    return channel.before.medianSliceToBackground > scanLineToBackground;
-  });
 }
 
 std::vector<std::string> notesOnTiming(const FoundScans& timing) {
@@ -159,31 +130,11 @@ std::vector<std::string> notesOnTiming(const FoundScans& timing) {
   return notes;
 }
 
-Warnings warningsOnScans(const CorrectionResult& result) {
-  const FoundScans& timing = result.found.timing;
-  Warnings warnings;
-  if (timing.slicesDoNotRepeat)
-    warnings.push_back(fmt::format(
-        "the slices differ from each other: averaging them would leave {:.1f} dB more than averaging "
-        "whole volumes. Volumes were averaged, as with --volume-wise.",
-        timing.slicesLeaveDb));
-  if (!result.plan.timing.isBlind() && timing.evidence.unlikeVolumes > hardlyAlike)
-    warnings.push_back(fmt::format("volumes of the timing that was given have only {:.0f} % of their power "
-                                   "in common: is it the scanner's? "
-                                   "Without {} the timing is looked for in the EEG.",
-                                   100 * (1 - timing.evidence.unlikeVolumes),
-                                   hasMarkers(result) ? "the markers" : "--tr"));
-  for (size_t i = 0; i < timing.scans.size(); ++i) {
-    const QualityFigures* const quality =
-        i < result.quality.size() && result.quality[i] ? &*result.quality[i] : nullptr;
-    const MeasuredScan measured{result, timing.scans[i], quality,
-                                timing.scans.size() > 1 ? fmt::format("scan {}: ", i + 1) : ""};
-    addLengthWarning(measured, warnings);
-    addGivenTimingWarnings(measured, warnings);
-    // What lies outside is outside of all scans.
-    if (i == timing.indexOfLongest() || quality == nullptr) addTimingWarnings(measured, warnings);
-    addResidualWarnings(measured, warnings);
-  }
+std::vector<std::string> warningsOnScans(const CorrectionResult& result) {
+  std::vector<std::string> warnings;
+  const RecordingShape shape = result.plan.shapeOf(result.header);
+  for (const ScanDoubt& doubt : doubtsAboutScans(result.found, result.plan.settings.timing, shape))
+    warnings.push_back(sentenceOn(doubt, result));
   return warnings;
 }
 

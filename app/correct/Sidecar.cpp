@@ -1,7 +1,8 @@
 #include "app/correct/Sidecar.h"
 
-#include "app/correct/MarkerTransfer.h"
-#include "app/correct/ScanWarnings.h"
+#include "app/correct/KnownBeats.h"
+#include "engine/beats/BeatDoubts.h"
+#include "engine/settings/SettingList.h"
 #include "files/exchange/PendingFiles.h"
 #include "files/formats/BinaryFile.h"
 
@@ -34,35 +35,47 @@ Json inputOf(const CorrectionResult& result) {
           {"NumberOfChannels", result.header.nrOfChannels()}};
 }
 
-Json parametersOf(const CorrectionResult& result, const CorrectParameters& parameters) {
+/// Values as JSON: nothing where a name or number was not given.
+Json valueOf(const Setting&, bool value) {
+  return value;
+}
+Json valueOf(const Setting&, const std::string& value) {
+  return value.empty() ? Json() : Json(value);
+}
+Json valueOf(const Setting&, const std::optional<double>& value) {
+  return value ? Json(*value) : Json();
+}
+Json valueOf(const Setting&, const std::optional<Seconds>& value) {
+  return value ? Json({value->start, value->end ? Json(*value->end) : Json()}) : Json();
+}
+Json valueOf(const Setting&, const std::vector<Notch>& values) {
   Json notches = Json::array();
-  for (const Notch& notch : parameters.notches)
+  for (const Notch& notch : values)
     notches.push_back({{"Frequency", notch.frequency}, {"Width", notch.width}});
+  return notches;
+}
+template <typename Value>
+Json valueOf(const Setting&, const std::vector<Value>& values) {
+  return values;
+}
+template <typename Number>
+Json valueOf(const Setting& setting, const Number& value) {
+  const bool isNotGiven = value == 0 && setting.smallest > 0;
+  return isNotGiven ? Json() : Json(value);
+}
+
+Json parametersOf(const CorrectionResult& result, const CorrectParameters& parameters) {
+  Json json;
+  visitSettings(parameters, [&json](const char* name, const auto& value) {
+    const Setting& setting = *settingNamed(correctionSettings(), name);
+    json[setting.key] = valueOf(setting, value);
+  });
   const CorrectionPlan& plan = result.plan;
   const double fs = result.header.samplingFrequency;
-  return {{"RemoveHeartBeatArtifact", parameters.bcg},
-          {"PulseMarkers", parameters.pulseMarkers.empty() ? Json() : Json(parameters.pulseMarkers)},
-          {"EcgChannel", parameters.ecg.empty() ? Json() : Json(parameters.ecg)},
-          {"Averaging", parameters.volumeWise ? "volume-wise" : "slice-wise"},
-          {"WindowHalfLengthSlices", parameters.window},
-          {"VolumeMarkers", parameters.volumeMarkers.empty() ? Json() : Json(parameters.volumeMarkers)},
-          {"SliceMarkers", parameters.sliceMarkers.empty() ? Json() : Json(parameters.sliceMarkers)},
-          {"TR", parameters.tr > 0 ? Json(parameters.tr) : Json()},
-          {"Slices", parameters.slices > 0 ? Json(parameters.slices) : Json()},
-          {"First", parameters.first ? Json(*parameters.first) : Json()},
-          {"Channels", parameters.channels},
-          {"TreatAsEEG", parameters.treatAsEeg},
-          {"IntervalStart", static_cast<double>(plan.firstTimePoint) / fs},
-          {"IntervalEnd", static_cast<double>(plan.endTimePoint()) / fs},
-          {"HighPass", parameters.highPass},
-          {"LowPass", parameters.lowPass},
-          {"Notches", notches},
-          {"DecimationFactor", plan.decimationFactor},
-          {"AverageReference", parameters.averageReference},
-          {"ScalingOrder", parameters.scale},
-          {"LineNoiseFrequencies", parameters.lineNoise},
-          {"RepairSaturation", parameters.repairSaturation},
-          {"AllowUncorrected", parameters.allowUncorrected}};
+  json["IntervalStart"] = static_cast<double>(plan.firstTimePoint) / fs;
+  json["IntervalEnd"] = static_cast<double>(plan.endTimePoint()) / fs;
+  json["AllowUncorrected"] = parameters.allowUncorrected;
+  return json;
 }
 
 Json scanOf(const FoundScan& scan) {
@@ -102,12 +115,11 @@ Json stretchesOf(const std::vector<Stretch>& stretches) {
 
 Json heartBeatsOf(const CorrectionResult& result) {
   const Findings& found = result.found;
-  const BeatRequest& request = result.plan.beats;
-  const double seconds = static_cast<double>(result.plan.nrOfTimePoints) / result.header.samplingFrequency;
+  const BeatRequest& request = result.plan.settings.beats;
   Json beats = {{"Source", nameOf(request.source)},
                 {"NumberOfBeats", found.pulseTimes.size()},
                 {"BeatsPerMinute", found.beatsPerMinute},
-                {"StretchesWithoutModel", stretchesOf(unmodelledStretches(found, seconds))}};
+                {"StretchesWithoutModel", stretchesOf(found.withoutModel)}};
   if (const auto& pulses = found.plausibility)
     beats["Plausibility"] = {
         {"CommonBeatsPerMinute",
@@ -129,7 +141,7 @@ Json detectedOf(const CorrectionResult& result, const CorrectParameters& paramet
   Json detected;
   detected["Scans"] = Json::array();
   detected["Timing"] = Json();
-  if (looksLikeScan(result)) {
+  if (result.found.hasSequence()) {
     for (const FoundScan& scan : result.found.timing.scans) detected["Scans"].push_back(scanOf(scan));
     detected["Timing"] = timingOf(result);
   }
@@ -163,15 +175,16 @@ Json channelsOf(const CorrectionResult& result) {
   const QualityFigures* const figures = result.qualityOfLongest();
   Json channels = Json::array();
   size_t pulseChannel = 0;
+  size_t corrected = 0;
   for (size_t c = 0; c < result.header.channels.size(); ++c) {
     const RecordingChannel& channel = result.header.channels[c];
-    const PlannedChannel& planned = result.plan.channels.channels[c];
+    const ChannelRole& role = result.plan.channels.roles[c];
     Json entry = {{"Name", channel.name},
                   {"Kind", nameOf(channel.kind)},
                   {"KindRule", channel.kindRule},
-                  {"Treatment", treatmentOf(planned)}};
-    if (!planned.passesUntouched && figures != nullptr) {
-      const ChannelQuality& quality = figures->channels[static_cast<size_t>(planned.converterChannel)];
+                  {"Treatment", treatmentOf(role)}};
+    if (!role.passesUnchanged && figures != nullptr) {
+      const ChannelQuality& quality = figures->channels[corrected];
       entry["Before"] = lineFiguresOf(quality.before, quality.peaksBefore);
       entry["After"] = lineFiguresOf(quality.after, quality.peaksAfter);
       entry["RemainingArtifact"] = quality.remaining();
@@ -179,8 +192,8 @@ Json channelsOf(const CorrectionResult& result) {
                                         {"After", quality.medianImagingArtifactAfter}};
       entry["BandPowers"] = bandsOf(quality);
     }
-    const bool hasPulses = !planned.passesUntouched && planned.role.takesPartInPulses;
-    if (hasPulses && pulseChannel < result.found.pulseFigures.size()) {
+    if (!role.passesUnchanged) ++corrected;
+    if (role.takesPartInPulses && pulseChannel < result.found.pulseFigures.size()) {
       const PulseChannelFigures& pulses = result.found.pulseFigures[pulseChannel];
       entry["HeartBeatArtifact"] = {{"RmsBelow35HzBefore", pulses.rmsBefore},
                                     {"RmsBelow35HzAfter", pulses.rmsAfter},
@@ -192,7 +205,7 @@ Json channelsOf(const CorrectionResult& result) {
     }
     channels.push_back(std::move(entry));
   }
-  for (const RepairedChannel& repaired : result.repaired)
+  for (const RepairedChannel& repaired : result.found.repaired)
     channels[static_cast<size_t>(repaired.channel)]["SaturatedSamples"] = {
         {"Repaired", repaired.nrOfRepaired}, {"Left", repaired.nrOfLeft}};
   return channels;
@@ -206,8 +219,8 @@ std::string sidecarText(const CorrectionResult& result, const CorrectParameters&
   sidecar["GeneratedBy"] = {{"Name", "emeg correct"}, {"Version", EMEG_VERSION}};
   sidecar["Input"] = inputOf(result);
   sidecar["Output"] = {{"Path", result.place.recording},
-                       {"SamplingFrequency", result.header.samplingFrequency / result.plan.decimationFactor},
-                       {"NumberOfTimePoints", result.plan.nrOfOutputTimePoints()}};
+                       {"SamplingFrequency", result.plan.outputRate},
+                       {"NumberOfTimePoints", result.plan.nrOfOutputs}};
   sidecar["Parameters"] = parametersOf(result, parameters);
   sidecar["Detected"] = detectedOf(result, parameters);
   sidecar["Warnings"] = report.warnings();

@@ -22,7 +22,7 @@ void printResidual(std::ostream& out, const CorrectionResult& result) {
   std::vector<Residual> residuals;
   for (size_t k = 0; k < figures->channels.size(); ++k) {
     const auto channel = static_cast<size_t>(result.plan.channels.corrected[k]);
-    if (!result.plan.channels.channels[channel].role.showsSequence) continue;
+    if (!result.plan.channels.roles[channel].showsSequence) continue;
     const ChannelQuality& quality = figures->channels[k];
     residuals.push_back(
         {result.header.channels[channel].name, quality.artifactBefore(), quality.artifactAfter()});
@@ -60,7 +60,7 @@ const char* waysOf(TimingSource source) {
 
 void printScans(std::ostream& out, const CorrectionResult& result) {
   const FoundScans& timing = result.found.timing;
-  if (!looksLikeScan(result)) {
+  if (!result.found.hasSequence()) {
     fmt::print(out, "Scan:      none found\n");
     return;
   }
@@ -92,10 +92,10 @@ std::string originOfBeats(const BeatRequest& request) {
 
 void printSummary(std::ostream& out, const CorrectionResult& result, const CorrectParameters& parameters) {
   printScans(out, result);
-  if (looksLikeScan(result)) printResidual(out, result);
+  if (result.found.hasSequence()) printResidual(out, result);
   if (parameters.bcg)
     fmt::print(out, "Heart:     {} beats, {:.0f} per minute{}\n", result.found.pulseTimes.size(),
-               result.found.beatsPerMinute, originOfBeats(result.plan.beats));
+               result.found.beatsPerMinute, originOfBeats(result.plan.settings.beats));
   fmt::print(out, "Corrected: {}\n", result.files.back());
 }
 

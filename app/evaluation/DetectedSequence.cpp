@@ -18,10 +18,10 @@ std::optional<double> numberBehind(const std::string& line, const std::string& l
 
 } // namespace
 
-std::optional<DetectedSequence> readDetectedSequence(const std::string& transcriptPath) {
+std::optional<MRSequence> readDetectedSequence(const std::string& transcriptPath) {
   std::ifstream stream(transcriptPath);
   if (!stream) throw UnreadableFile("cannot open " + transcriptPath);
-  DetectedSequence sequence;
+  MRSequence sequence;
   std::string line;
   try {
     while (std::getline(stream, line)) {

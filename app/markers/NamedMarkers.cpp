@@ -1,6 +1,6 @@
 #include "app/markers/NamedMarkers.h"
 
-#include "app/correct/CorrectParameters.h"
+#include "app/RunErrors.h"
 #include "files/exchange/TextFile.h"
 
 #include <algorithm>

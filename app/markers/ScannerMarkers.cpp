@@ -2,6 +2,7 @@
 
 #include "app/markers/MarkerNames.h"
 #include "app/markers/NamedMarkers.h"
+#include "dsp/Statistics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -101,12 +102,6 @@ std::vector<double> distancesBetween(const std::vector<double>& onsets) {
   return distances;
 }
 
-double medianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<int64_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 /// Slices: what is left out between two of them, but for the distance that most gaps have: the dead time of
 /// a volume.
 int64_t nrOfMissingSlices(const std::vector<double>& distances, double interval, double allowed) {
@@ -114,7 +109,7 @@ int64_t nrOfMissingSlices(const std::vector<double>& distances, double interval,
   for (const double distance : distances)
     if (distance > 1.5 * interval && distance < mostStepsInStretch * interval) gaps.push_back(distance);
   if (gaps.empty()) return 0;
-  const double usual = medianOf(gaps);
+  const double usual = upperMedian(gaps);
   const auto isUsual = [&](double gap) { return std::fabs(gap - usual) <= allowed; };
   const auto nrOfUsual = std::count_if(gaps.begin(), gaps.end(), isUsual);
   const bool isDeadTime = nrOfUsual >= 3 && 2 * nrOfUsual >= static_cast<int64_t>(gaps.size());
@@ -144,7 +139,7 @@ std::optional<ScannerMarkers> regularMarkers(const Group& group, MarkerOrigin or
   int64_t nrOfRegular = 0;
   if (markers.kind == MarkerKind::Slice) {
     const std::vector<double> distances = distancesBetween(onsets);
-    const double interval = medianOf(distances);
+    const double interval = upperMedian(distances);
     markers.interval = interval / samplingFrequency;
     nrOfRegular = 1 + std::count_if(distances.begin(), distances.end(), [&](double distance) {
                     return std::fabs(distance - interval) <= allowed || distance > 1.5 * interval;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "artifacts/gradient/timing/MarkerTiming.h"
+#include "artifacts/gradient/timing/markers/MarkerTiming.h"
 #include "files/exchange/Recording.h"
 
 #include <cstdint>

@@ -1,10 +1,10 @@
 // Heart beat detection and pulse model of a whole recording beside their plain versions, step by step in one
 // process: the ratio of the two is the figure to look at. The same pulses come out of both.
 
-#include "artifacts/cardiac/DetectionSignal.h"
-#include "artifacts/cardiac/HeartPeriod.h"
-#include "artifacts/cardiac/PulseModel.h"
-#include "artifacts/cardiac/PulseSelection.h"
+#include "artifacts/cardiac/model/PulseModel.h"
+#include "artifacts/cardiac/search/DetectionSignal.h"
+#include "artifacts/cardiac/search/HeartPeriod.h"
+#include "artifacts/cardiac/search/PulseSelection.h"
 #include "tests/artifacts/cardiac/SimulatedBcg.h"
 #include "tests/artifacts/reference/LiteralDetectionSignal.h"
 #include "tests/artifacts/reference/LiteralHeartPeriod.h"

@@ -6,8 +6,9 @@
 #include "app/simulation/RandomGenerator.h"
 #include "app/simulation/Simulation.h"
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/timing/SegmentRemoval.h"
-#include "artifacts/gradient/timing/TimingChoice.h"
+#include "artifacts/gradient/templates/SegmentRemoval.h"
+#include "artifacts/gradient/timing/choice/TimingChoice.h"
+#include "dsp/FFTWorkspace.h"
 
 #include <algorithm>
 #include <bit>
@@ -197,8 +198,10 @@ MRSequence sequenceFromQuiet(const Recording& recording) {
   const size_t n = channel.size();
   std::vector<double> b(n), c(n), d(n);
   computeSplineCoefficients(channel.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n));
+  FFTWorkspace workspace;
   return detectMRSequence({channel.data(), b.data(), c.data(), d.data(), static_cast<int64_t>(n)},
-                          recording.fs, static_cast<int32_t>(std::bit_width(n)), [](const std::string&) {});
+                          recording.fs, static_cast<int32_t>(std::bit_width(n)), workspace,
+                          [](const std::string&) {});
 }
 
 /// The choice that a correction makes.

@@ -2,7 +2,7 @@
 // process: the ratio of the two is the figure to look at.
 
 #include "artifacts/CubicSplines.h"
-#include "artifacts/gradient/TemplateRemoval.h"
+#include "artifacts/gradient/templates/TemplateRemoval.h"
 #include "tests/artifacts/BurstTrain.h"
 #include "tests/artifacts/reference/LiteralTemplateRemoval.h"
 

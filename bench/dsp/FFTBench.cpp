@@ -1,6 +1,7 @@
 // One channel's way through a filter - forward transform, multiplication by a response, inverse - by this
 // library's plain calls and by FFTW's, in one process on the same data: the ratio is the figure to look at.
 
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FilterFFT.h"
 #include "dsp/LongFFTPasses.h"
 #include "dsp/RealFFT.h"
@@ -65,19 +66,19 @@ public:
   }
   void run() {
     if (level_ == bestSimdLevel())
-      realFFTForward(signal_.get(), log2n_);
+      realFFTForward(signal_.get(), log2n_, workspace_);
     else
       forwardInPasses();
     multiply(signal_.get(), response_, std::size_t{1} << log2n_);
     if (level_ == bestSimdLevel())
-      realFFTInverse(signal_.get(), log2n_);
+      realFFTInverse(signal_.get(), log2n_, workspace_);
     else
       inverseInPasses();
   }
 
 private:
   void transformPoints(bool inverse) {
-    const LongFFT fft = longFFT(log2n_ - 1);
+    const LongFFT fft = workspace_.longFFT(log2n_ - 1);
     const LongFFTPasses& passes = longFFTPasses(level_);
     passes.transformColumns(fft, signal_.get(), inverse);
     passes.transformRows(fft, signal_.get(), inverse);
@@ -85,11 +86,11 @@ private:
   }
   void forwardInPasses() {
     transformPoints(false);
-    longFFTPasses(level_).splitSpectrum(realFFTPlan(log2n_), signal_.get());
+    longFFTPasses(level_).splitSpectrum(workspace_.realFFTPlan(log2n_), signal_.get());
     joinEnds(1.0);
   }
   void inverseInPasses() {
-    longFFTPasses(level_).mergeSpectrum(realFFTPlan(log2n_), signal_.get());
+    longFFTPasses(level_).mergeSpectrum(workspace_.realFFTPlan(log2n_), signal_.get());
     joinEnds(0.5);
     transformPoints(true);
   }
@@ -103,6 +104,7 @@ private:
 
   int32_t log2n_;
   SimdLevel level_;
+  FFTWorkspace workspace_;
   Signal signal_;
   std::vector<float> response_;
 };
@@ -114,9 +116,10 @@ public:
       : signal_(noise(log2n)), gains_(gains(log2n, 2).data(), log2n, level) {
     run();
   }
-  void run() { filterFFT(signal_.get(), gains_); }
+  void run() { filterFFT(signal_.get(), gains_, workspace_); }
 
 private:
+  FFTWorkspace workspace_;
   Signal signal_;
   BinGains gains_;
 };

@@ -144,7 +144,9 @@ void BrainVisionReader::readSamples(int64_t firstSample, int64_t count) {
   bytes_.resize(static_cast<size_t>(count * width));
   if (!data_.seek(firstSample * width) || !data_.read(bytes_.data(), bytes_.size()))
     throw RecordingError("\"" + dataPath_ + "\" cannot be read" +
-                         (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string()) + ".");
+                         (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string()) +
+                         ". Copy it again from where it was made.");
+  show(dataPath_, firstSample * width, bytes_);
   if (swapped_) swapByteGroups(bytes_.data(), bytes_.size(), width);
 }
 

@@ -27,6 +27,8 @@ public:
     header_.markers = std::move(markers);
   }
 
+  void showBytesTo(ByteWatcher* watcher) override { reader_->showBytesTo(watcher); }
+
 private:
   void readBlock(int64_t first, int64_t count, std::span<double> values) override {
     const int64_t blockLength = convenientBlockLength(reader_->header().nrOfChannels());

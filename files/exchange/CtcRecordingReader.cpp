@@ -144,10 +144,12 @@ void CtcRecordingReader::describeChannels() {
 void CtcRecordingReader::readSamples(int64_t firstSample, int64_t count) {
   const int64_t size = bytesPerSampleOf(format_);
   bytes_.resize(static_cast<size_t>(count * size));
-  if (!file_.seek(static_cast<int64_t>(ctcHeaderSize) + firstSample * size) ||
-      !file_.read(bytes_.data(), bytes_.size()))
-    throw RecordingError(inFile(
-        "reading failed" + (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string()) + "."));
+  const int64_t position = static_cast<int64_t>(ctcHeaderSize) + firstSample * size;
+  if (!file_.seek(position) || !file_.read(bytes_.data(), bytes_.size()))
+    throw RecordingError(inFile("reading failed" +
+                                (errno != 0 ? std::string(": ") + std::strerror(errno) : std::string()) +
+                                ". Copy it again from where it was recorded."));
+  show(path_, position, bytes_);
   if (!hostIsLittleEndian) swapByteGroups(bytes_.data(), bytes_.size(), static_cast<int>(size));
 }
 

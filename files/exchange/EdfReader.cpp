@@ -19,6 +19,7 @@ namespace emeg {
 namespace {
 
 constexpr double closeToWhole = 1e-9;
+constexpr int64_t largestWholeRecord = int64_t{1} << 24; // bytes; of larger ones the stretches are read
 
 /// Some channels of the file, all of one rate.
 class EdfReader : public RecordingReader {
@@ -27,9 +28,11 @@ public:
 
 private:
   void readBlock(int64_t first, int64_t count, std::span<double> values) override;
-  /// Samples first ... first + count - 1 of one signal within one data record.
+  /// The samples of one signal within one data record from `first` on.
   void readStretch(const EdfSignal& signal, int64_t record, int64_t first, std::span<double> values,
                    const StoredIntegers& stored);
+  void readBytes(int64_t position, size_t count, int64_t record);
+  void readRecord(int64_t record);
   void chooseSignals(const std::vector<std::string>& names);
   void describeChannels();
   void readMarkers();
@@ -39,6 +42,7 @@ private:
   BinaryFile file_;
   std::vector<size_t> signals_; ///< index of each channel among the file's signals
   std::vector<unsigned char> bytes_;
+  int64_t recordInBytes_ = -1; ///< the data record that they hold as a whole
 };
 
 std::string listOf(const std::vector<std::string>& names) {
@@ -147,15 +151,35 @@ int64_t integerAt(const unsigned char* bytes, bool is24Bit) {
   return (value ^ sign) - sign;
 }
 
+void EdfReader::readBytes(int64_t position, size_t count, int64_t record) {
+  bytes_.resize(count);
+  if (!file_.seek(position) || !file_.read(bytes_.data(), count))
+    throw RecordingError("\"" + path_ + "\" cannot be read at data record " + std::to_string(record + 1) +
+                         ". Copy it again from where it was made.");
+  show(path_, position, bytes_);
+}
+
+/// Whole, so that the file is read from front to back whatever the signals' order is.
+void EdfReader::readRecord(int64_t record) {
+  if (recordInBytes_ == record) return;
+  recordInBytes_ = -1;
+  readBytes(edf_.nrOfBytes + record * edf_.bytesPerRecord(), static_cast<size_t>(edf_.bytesPerRecord()),
+            record);
+  recordInBytes_ = record;
+}
+
 void EdfReader::readStretch(const EdfSignal& signal, int64_t record, int64_t first, std::span<double> values,
                             const StoredIntegers& stored) {
   const int width = edf_.bytesPerSample();
-  bytes_.resize(values.size() * static_cast<size_t>(width));
-  if (!file_.seek(edf_.nrOfBytes + record * edf_.bytesPerRecord() + signal.byteInRecord + first * width) ||
-      !file_.read(bytes_.data(), bytes_.size()))
-    throw RecordingError("\"" + path_ + "\" cannot be read at data record " + std::to_string(record + 1) +
-                         ".");
-  const unsigned char* from = bytes_.data();
+  int64_t inRecord = signal.byteInRecord + first * width;
+  if (edf_.bytesPerRecord() <= largestWholeRecord) {
+    readRecord(record);
+  } else {
+    readBytes(edf_.nrOfBytes + record * edf_.bytesPerRecord() + inRecord,
+              values.size() * static_cast<size_t>(width), record);
+    inRecord = 0;
+  }
+  const unsigned char* from = bytes_.data() + inRecord;
   for (double& value : values) {
     value = stored.valueOf(integerAt(from, edf_.is24Bit));
     from += width;

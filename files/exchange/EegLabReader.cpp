@@ -187,10 +187,11 @@ void EegLabReader::readBlock(int64_t first, int64_t count, std::span<double> val
   } else {
     floats_.resize(block_.size());
     const size_t nrOfBytes = floats_.size() * sizeof(float);
-    if (!dataFile_.seek(first * nrOfChannels_ * static_cast<int64_t>(sizeof(float))) ||
-        !dataFile_.read(floats_.data(), nrOfBytes))
+    const int64_t position = first * nrOfChannels_ * static_cast<int64_t>(sizeof(float));
+    if (!dataFile_.seek(position) || !dataFile_.read(floats_.data(), nrOfBytes))
       throw RecordingError("\"" + dataPath_ + "\" cannot be read from sample " + std::to_string(first + 1) +
-                           " on.");
+                           " on. Copy it again from where it was made.");
+    show(dataPath_, position, {reinterpret_cast<const unsigned char*>(floats_.data()), nrOfBytes});
     if (!hostIsLittleEndian) swapByteGroups(floats_.data(), nrOfBytes, sizeof(float));
     std::copy(floats_.begin(), floats_.end(), block_.begin());
   }

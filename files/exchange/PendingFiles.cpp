@@ -22,7 +22,7 @@ constexpr size_t longestNamePart = 200; // of the 255 bytes a file name may have
 constexpr int mostAttempts = 100;
 
 std::string temporaryPathFor(const std::string& finalPath) {
-  static std::random_device random;
+  std::random_device random;
   std::array<char, 32> number{};
   std::snprintf(number.data(), number.size(), "%08x%08x", random(), random());
   const fs::path path(finalPath);

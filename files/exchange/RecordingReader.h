@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/exchange/ByteWatcher.h"
 #include "files/exchange/Recording.h"
 
 #include <cstdint>
@@ -27,10 +28,21 @@ public:
   /// std::out_of_range for a stretch outside the recording or a span of another size.
   void read(int64_t first, int64_t count, std::span<double> values);
 
+  /// From now on `watcher` (null: nobody) is shown the samples' bytes as they stand in the file, in the order
+  /// in which they are read. Formats whose bytes a library reads show nothing.
+  virtual void showBytesTo(ByteWatcher* watcher) { watcher_ = watcher; }
+
 protected:
   virtual void readBlock(int64_t first, int64_t count, std::span<double> values) = 0;
 
+  void show(const std::string& path, int64_t position, std::span<const unsigned char> bytes) const {
+    if (watcher_ != nullptr) watcher_->bytesRead(path, position, bytes);
+  }
+
   RecordingHeader header_;
+
+private:
+  ByteWatcher* watcher_ = nullptr;
 };
 
 struct OpenOptions {

@@ -19,7 +19,8 @@ inline constexpr const char* triggerProtocolName = "_ArtifactsTriggers";
 /// An empty trigger protocol with its placeholder slot.
 Protocol makeTriggerProtocol();
 
-/// What the markers of a scan follow from. Durations in seconds.
+/// What the markers of a scan follow from. Durations in seconds. The members are those of MRSequence that
+/// markers need: the file formats stand below the computations and know none of their types.
 struct GradientMarkerTiming {
   int32_t nrOfVolumes = 0;
   int32_t nrOfSlicesPerVolume = 0;

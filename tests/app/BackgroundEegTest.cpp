@@ -1,5 +1,6 @@
 #include "app/simulation/BackgroundEeg.h"
 #include "app/simulation/Electrodes.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <cmath>
@@ -30,11 +31,11 @@ std::vector<double> bandPowers(const EegParameters& parameters,
                                const std::vector<std::pair<double, double>>& bands) {
   constexpr int32_t log2n = 15;
   constexpr size_t n = size_t{1} << log2n;
-  initFFTTables();
+  FFTWorkspace workspace;
   std::vector<double> powers(bands.size());
   for (uint64_t seed = 1; seed <= 8; seed++) {
     std::vector<double> spectrum = eeg(parameters, seed, 1, n);
-    realFFTForward(spectrum.data(), log2n);
+    realFFTForward(spectrum.data(), log2n, workspace);
     for (size_t b = 0; b < bands.size(); b++)
       for (size_t k = 1; k < n / 2; k++) {
         const double hz = static_cast<double>(k) * fs / n;

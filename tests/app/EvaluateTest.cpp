@@ -1,5 +1,5 @@
-#include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/DetectedSequence.h"
+#include "app/evaluation/EvaluatedRecording.h"
 #include "app/evaluation/Residual.h"
 #include "tests/app/SimulatedFiles.h"
 

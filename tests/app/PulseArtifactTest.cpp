@@ -1,4 +1,5 @@
 #include "app/simulation/PulseArtifact.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 
 #include <cmath>
@@ -204,8 +205,8 @@ TEST(PulseArtifact, LiesBelowFifteenHertz) {
   PulseArtifact artifact(parameters);
   std::vector<double> spectrum(n);
   artifact.fill(0, n, spectrum);
-  initFFTTables();
-  realFFTForward(spectrum.data(), log2n);
+  FFTWorkspace workspace;
+  realFFTForward(spectrum.data(), log2n, workspace);
   double below = 0;
   double above = 0;
   for (size_t k = 1; k < n / 2; k++) {

@@ -99,7 +99,7 @@ class LeafBlock : public testing::TestWithParam<Leaf> {};
 TEST_P(LeafBlock, TransformsBitReversedInputOfItsKind) {
   const auto [kernel, delay] = GetParam();
   const std::size_t m = std::size_t{1} << kernel.log2m;
-  const std::vector<uint32_t>& bitReversals = bitReversalTable(kernel.log2m);
+  const std::vector<uint32_t>& bitReversals = fftTables().bitReversalTable(kernel.log2m);
   for (const std::vector<double>& input : inputs(m)) {
     std::vector<double> points(2 * m);
     for (std::size_t j = 0; j < m; ++j) {

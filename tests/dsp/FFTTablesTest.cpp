@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -29,7 +30,7 @@ void expectWithinOneUlp(int64_t k, int32_t log2N) {
 
 class FFTTablesTest : public testing::Test {
 protected:
-  void SetUp() override { fftTables() = FFTTables{}; }
+  FFTTables tables;
 };
 
 TEST_F(FFTTablesTest, CosinesAreRightToOneUnitInTheLastPlace) {
@@ -77,37 +78,50 @@ TEST_F(FFTTablesTest, IntegerTablesHoldPowersHalvesAndThirds) {
 
 TEST_F(FFTTablesTest, SetUpHappensOnce) {
   initFFTTables();
-  EXPECT_TRUE(fftTables().initialised);
-  EXPECT_EQ(fftTables().cosinePeriod, 0);
-  makeCosineTable(8);
-  prepareFFTSize(7);
+  const FFTTables* const first = &fftTables();
+  const std::vector<uint32_t>& table = fftTables().bitReversalTable(7);
   initFFTTables();
-  EXPECT_EQ(fftTables().cosinePeriod, 256);
-  EXPECT_EQ(fftTables().bitReversals[7].size(), 128U);
+  EXPECT_EQ(&fftTables(), first);
+  EXPECT_EQ(&fftTables().bitReversalTable(7), &table);
 }
 
 TEST_F(FFTTablesTest, TheCosineTableHoldsAQuarterPeriodAndOnlyGrows) {
-  makeCosineTable(6);
-  ASSERT_EQ(fftTables().cosines.size(), 16U);
-  makeCosineTable(10);
-  EXPECT_EQ(fftTables().cosinePeriod, 1024);
-  makeCosineTable(6);
-  EXPECT_EQ(fftTables().cosinePeriod, 1024);
-  ASSERT_EQ(fftTables().cosines.size(), 256U);
-  for (std::size_t k = 0; k < 256; ++k)
-    EXPECT_EQ(fftTables().cosines[k], cosineOfTurn(static_cast<int64_t>(k), 10));
+  EXPECT_EQ(tables.cosinePeriod(), 0);
+  ASSERT_EQ(tables.makeCosineTable(6)->quarter().size(), 16U);
+  tables.makeCosineTable(10);
+  EXPECT_EQ(tables.cosinePeriod(), 1024);
+  const std::vector<double>& cosines = tables.makeCosineTable(6)->quarter();
+  EXPECT_EQ(tables.cosinePeriod(), 1024);
+  ASSERT_EQ(cosines.size(), 256U);
+  for (std::size_t k = 0; k < 256; ++k) EXPECT_EQ(cosines[k], cosineOfTurn(static_cast<int64_t>(k), 10));
+}
+
+TEST_F(FFTTablesTest, ACosineTableStaysAsItIsWhileSomebodyHoldsIt) {
+  const std::shared_ptr<const CosineTable> held = tables.makeCosineTable(6);
+  const std::vector<double> before = held->quarter();
+  EXPECT_NE(tables.makeCosineTable(12), held);
+  EXPECT_EQ(held->quarter(), before);
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+TEST_F(FFTTablesTest, TurnsHaveTheSameBitsInATableOfAnyLength) {
+  const CosineTable own(8);
+  const CosineTable longer(15);
+  for (int64_t k = 0; k < 256; ++k) {
+    EXPECT_EQ(own.turn(k, 8).cosine, longer.turn(k, 8).cosine);
+    EXPECT_EQ(own.turn(k, 8).sine, longer.turn(k, 8).sine);
+  }
 }
 
 TEST_F(FFTTablesTest, EightPointsReverseToTheKnownOrder) {
-  prepareFFTSize(3);
-  EXPECT_EQ(fftTables().bitReversals[3], (std::vector<uint32_t>{0, 8, 4, 12, 2, 10, 6, 14}));
-  EXPECT_EQ(fftTables().cosinePeriod, 8);
+  tables.prepareFFTSize(3);
+  EXPECT_EQ(tables.cosinePeriod(), 8);
+  EXPECT_EQ(tables.bitReversalTable(3), (std::vector<uint32_t>{0, 8, 4, 12, 2, 10, 6, 14}));
 }
 
 TEST_F(FFTTablesTest, BitReversalIsItsOwnInverse) {
   for (int32_t log2m = 0; log2m <= 16; ++log2m) {
-    prepareFFTSize(log2m);
-    const std::vector<uint32_t>& table = fftTables().bitReversals[static_cast<std::size_t>(log2m)];
+    const std::vector<uint32_t>& table = tables.bitReversalTable(log2m);
     ASSERT_EQ(table.size(), std::size_t{1} << log2m);
     for (std::size_t i = 0; i < table.size(); ++i) {
       ASSERT_EQ(table[table[i] / 2], 2 * i);
@@ -117,14 +131,24 @@ TEST_F(FFTTablesTest, BitReversalIsItsOwnInverse) {
   }
 }
 
+TEST_F(FFTTablesTest, WhatWasMadeStaysWhereItIs) {
+  const FFTPlan& plan = tables.fftPlan(10);
+  const RealFFTPlan& realPlan = tables.realFFTPlan(11);
+  const std::vector<uint32_t>& reversals = tables.bitReversalTable(5);
+  for (int32_t log2m = 0; log2m <= 14; ++log2m) tables.prepareFFTSize(log2m);
+  tables.realFFTPlan(15);
+  EXPECT_EQ(&tables.fftPlan(10), &plan);
+  EXPECT_EQ(&tables.realFFTPlan(11), &realPlan);
+  EXPECT_EQ(&tables.bitReversalTable(5), &reversals);
+}
+
 TEST_F(FFTTablesTest, SizesThatAreNotOfferedChangeNoTable) {
   for (const int32_t size :
        {-1, 32, 64, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()}) {
-    makeCosineTable(size);
-    prepareFFTSize(size);
+    EXPECT_EQ(tables.makeCosineTable(size), nullptr);
+    tables.prepareFFTSize(size);
   }
-  EXPECT_EQ(fftTables().cosinePeriod, 0);
-  for (const auto& table : fftTables().bitReversals) EXPECT_TRUE(table.empty());
+  EXPECT_EQ(tables.bytes(), 0U);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "dsp/FilterFFT.h"
 
 #include "dsp/FFTTables.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/RealFFT.h"
 #include "tests/dsp/SimdLevelTests.h"
 #include "tests/dsp/reference/SlowFourier.h"
@@ -33,15 +34,17 @@ std::vector<float> unevenGains(int32_t log2n) {
 }
 
 std::vector<double> filtered(std::vector<double> signal, const BinGains& gains) {
-  filterFFT(signal.data(), gains);
+  FFTWorkspace workspace;
+  filterFFT(signal.data(), gains, workspace);
   return signal;
 }
 
 std::vector<double> filteredByPlainCalls(std::vector<double> signal, const std::vector<float>& gains,
                                          int32_t log2n) {
-  realFFTForward(signal.data(), log2n);
+  FFTWorkspace workspace;
+  realFFTForward(signal.data(), log2n, workspace);
   for (std::size_t k = 0; k < signal.size(); ++k) signal[k] *= static_cast<double>(gains[k]);
-  realFFTInverse(signal.data(), log2n);
+  realFFTInverse(signal.data(), log2n, workspace);
   return signal;
 }
 
@@ -51,7 +54,8 @@ std::vector<Wide> asReference(const std::vector<double>& values) {
 
 class FilterFFTAtEveryLevel : public AtEveryLevel {
 protected:
-  void SetUp() override { fftTables() = FFTTables{}; }
+  FFTTables tables;
+  FFTWorkspace workspace{tables};
 };
 
 TEST_P(FilterFFTAtEveryLevel, EqualsThePlainCallsToRounding) {
@@ -121,7 +125,7 @@ TEST_P(FilterFFTAtEveryLevel, TouchesNothingOutsideTheSignalWhateverItsAlignment
       const std::vector<float> gains = unevenGains(log2n);
       const BinGains binGains(gains.data(), log2n, GetParam());
       EdgedArray signal(input, shift);
-      filterFFT(signal.data(), binGains);
+      filterFFT(signal.data(), binGains, workspace);
       EXPECT_EQ(signal.values(), filtered(input, binGains));
     }
 }
@@ -131,12 +135,12 @@ TEST_P(FilterFFTAtEveryLevel, SpreadsAValueThatIsNoNumberOverTheSignalAndNoFurth
   const BinGains gains(unevenGains(log2n).data(), log2n, GetParam());
   std::vector<double> bad = reference::random(sizeOf(log2n), 6);
   bad[77] = std::numeric_limits<double>::quiet_NaN();
-  filterFFT(bad.data(), gains);
+  filterFFT(bad.data(), gains, workspace);
   EXPECT_TRUE(std::isnan(bad[0]));
-  // The workspace is shared: nothing of it may reach the next signal.
+  // Nothing of what is left in the workspace may reach the next signal.
   const std::vector<double> input = reference::random(sizeOf(log2n), 7);
-  const std::vector<double> after = filtered(input, gains);
-  fftTables() = FFTTables{};
+  std::vector<double> after = input;
+  filterFFT(after.data(), gains, workspace);
   EXPECT_EQ(after, filtered(input, gains));
 }
 
@@ -147,11 +151,12 @@ TEST(FilterFFT, GainsOfNoLengthLeaveTheSignalAsItIs) {
   const std::vector<float> gains(8, 2.0F);
   std::vector<double> signal = reference::random(8, 8);
   const std::vector<double> before = signal;
-  filterFFT(signal.data(), BinGains{});
+  FFTWorkspace workspace;
+  filterFFT(signal.data(), BinGains{}, workspace);
   for (const int32_t log2n : {std::numeric_limits<int32_t>::min(), -1, 0, 1, 2, 3, 32, 33}) {
     const BinGains none(gains.data(), log2n);
     EXPECT_EQ(none.log2n(), 0);
-    filterFFT(signal.data(), none);
+    filterFFT(signal.data(), none, workspace);
   }
   EXPECT_EQ(signal, before);
 }

@@ -1,5 +1,6 @@
 #include "dsp/FrequencyFilter.h"
 
+#include "dsp/FFTWorkspace.h"
 #include "tests/dsp/reference/SlowFourier.h"
 
 #include <gtest/gtest.h>
@@ -190,6 +191,7 @@ TEST(FrequencyFilter, ExtremeEdgesGiveGainsBetweenZeroAndOne) {
 }
 
 TEST(FrequencyFilter, LengthsThatHaveNoTransformGiveAnEmptyResponse) {
+  FFTWorkspace workspace;
   FilterStageList stages;
   stages.addFilterStage(EdgeKind::LowPass, 0.5, 4);
   std::vector<double> signal(8, 1.0);
@@ -197,65 +199,73 @@ TEST(FrequencyFilter, LengthsThatHaveNoTransformGiveAnEmptyResponse) {
     const FilterResponse response = makeFilterResponse(stages, log2N);
     EXPECT_TRUE(response.gains().empty());
     EXPECT_EQ(response.nrOfStages(), 0);
-    filterSignalFFT(signal.data(), 1, response);
+    filterSignalFFT(signal.data(), 1, response, workspace);
   }
-  for (const int32_t log2N : {1, 2, 3}) filterSignalFFT(signal.data(), 2, makeFilterResponse(stages, log2N));
+  for (const int32_t log2N : {1, 2, 3})
+    filterSignalFFT(signal.data(), 2, makeFilterResponse(stages, log2N), workspace);
   EXPECT_EQ(signal, std::vector<double>(8, 1.0));
 }
 
 TEST(FrequencyFilter, WithoutStagesSignalAndPaddingStayUntouched) {
+  FFTWorkspace workspace;
   std::vector<double> signal = reference::random(64, 1);
   const std::vector<double> before = signal;
-  filterSignalFFT(signal.data(), 40, makeFilterResponse(FilterStageList{}, 6));
+  filterSignalFFT(signal.data(), 40, makeFilterResponse(FilterStageList{}, 6), workspace);
   EXPECT_EQ(signal, before);
 }
 
 TEST(FrequencyFilter, ImpossibleNumbersOfValidSamplesLeaveTheSignalUntouched) {
+  FFTWorkspace workspace;
   std::vector<double> signal = reference::random(64, 2);
   const std::vector<double> before = signal;
   const FilterResponse response = single(EdgeKind::LowPass, 0.1, 4, 6);
   for (const int64_t valid : {int64_t{0}, int64_t{-1}, int64_t{65}, std::numeric_limits<int64_t>::min(),
                               std::numeric_limits<int64_t>::max()})
-    filterSignalFFT(signal.data(), valid, response);
+    filterSignalFFT(signal.data(), valid, response, workspace);
   EXPECT_EQ(signal, before);
 }
 
 TEST(FrequencyFilter, PaddingLeadsFromTheMirroredEndToTheBeginning) {
+  FFTWorkspace workspace;
   // From a long padding that is clamped to the signal (1 to 31 of 64 valid samples) to none at all. What lies
   // behind the valid samples beforehand must not matter.
   for (std::size_t valid = 1; valid <= 64; ++valid) {
     const std::vector<double> input = reference::random(valid, 4);
     std::vector<double> signal(64, std::numeric_limits<double>::quiet_NaN());
     std::copy(input.begin(), input.end(), signal.begin());
-    filterSignalFFT(signal.data(), static_cast<int64_t>(valid), allPass(6));
+    filterSignalFFT(signal.data(), static_cast<int64_t>(valid), allPass(6), workspace);
     const std::vector<double> expected = slowPadding(input, 64);
     for (std::size_t k = 0; k < 64; ++k) EXPECT_NEAR(signal[k], expected[k], 1e-14) << valid << ' ' << k;
   }
 }
 
 TEST(FrequencyFilter, ASinglePaddingSlotHoldsTheMirroredSample) {
+  FFTWorkspace workspace;
   std::vector<double> signal = reference::random(32, 5);
   const double mirrored = signal[29];
-  filterSignalFFT(signal.data(), 31, allPass(5));
+  filterSignalFFT(signal.data(), 31, allPass(5), workspace);
   EXPECT_NEAR(signal[31], mirrored, 1e-14);
 }
 
 TEST(FrequencyFilter, LowPassKeepsAConstant) {
+  FFTWorkspace workspace;
   for (const int64_t valid : {int64_t{1024}, int64_t{1000}, int64_t{300}, int64_t{1}}) {
     std::vector<double> signal(1024, 0.0);
     std::fill(signal.begin(), signal.begin() + valid, 123.5);
-    filterSignalFFT(signal.data(), valid, single(EdgeKind::LowPass, 0.1, 8, 10));
+    filterSignalFFT(signal.data(), valid, single(EdgeKind::LowPass, 0.1, 8, 10), workspace);
     for (std::size_t k = 0; k < 1024; ++k) EXPECT_NEAR(signal[k], 123.5, 1e-11) << valid << ' ' << k;
   }
 }
 
 TEST(FrequencyFilter, HighPassRemovesAConstant) {
+  FFTWorkspace workspace;
   std::vector<double> signal(1024, 123.5);
-  filterSignalFFT(signal.data(), 1000, single(EdgeKind::HighPass, 0.1, 8, 10));
+  filterSignalFFT(signal.data(), 1000, single(EdgeKind::HighPass, 0.1, 8, 10), workspace);
   for (const double value : signal) EXPECT_NEAR(value, 0.0, 1e-11);
 }
 
 TEST(FrequencyFilter, FilteringIsAMultiplicationOfTheSpectrumOfThePaddedSignal) {
+  FFTWorkspace workspace;
   FilterStageList stages;
   stages.addFilterStage(EdgeKind::HighPass, 0.05, 3);
   stages.addFilterStage(EdgeKind::LowPass, 0.2, 6);
@@ -271,7 +281,7 @@ TEST(FrequencyFilter, FilteringIsAMultiplicationOfTheSpectrumOfThePaddedSignal) 
 
   std::vector<double> signal = input;
   signal.resize(256);
-  filterSignalFFT(signal.data(), 200, makeFilterResponse(stages, 8));
+  filterSignalFFT(signal.data(), 200, makeFilterResponse(stages, 8), workspace);
   for (std::size_t k = 0; k < 256; ++k)
     EXPECT_NEAR(signal[k], static_cast<double>(expected[k].real() / 2), 1e-6) << k;
 }

@@ -1,6 +1,7 @@
 #include "dsp/LongFFTPasses.h"
 
-#include "dsp/RealFFT.h"
+#include "dsp/FFTTables.h"
+#include "dsp/FFTWorkspace.h"
 #include "tests/dsp/SimdLevelTests.h"
 #include "tests/dsp/reference/SlowFourier.h"
 
@@ -21,7 +22,8 @@ constexpr int32_t leastLog2m = FFTPlan::leastLog2m;
 constexpr int32_t mostLog2m = 17;
 
 std::vector<double> complexForward(std::vector<double> points, int32_t log2m, SimdLevel level, bool inverse) {
-  const LongFFT fft = longFFT(log2m);
+  FFTWorkspace workspace;
+  const LongFFT fft = workspace.longFFT(log2m);
   const LongFFTPasses& passes = longFFTPasses(level);
   passes.transformColumns(fft, points.data(), inverse);
   passes.transformRows(fft, points.data(), inverse);
@@ -31,7 +33,8 @@ std::vector<double> complexForward(std::vector<double> points, int32_t log2m, Si
 
 class LongFFTPassesAtEveryLevel : public AtEveryLevel {
 protected:
-  void SetUp() override { fftTables() = FFTTables{}; }
+  FFTTables tables;
+  FFTWorkspace workspace{tables};
 };
 
 TEST_P(LongFFTPassesAtEveryLevel, GiveTheDefinitionsTransformInBothDirections) {
@@ -88,7 +91,7 @@ TEST_P(LongFFTPassesAtEveryLevel, SplitAndMergeSpectraLikeTheDefinition) {
 
     std::vector<double> spectrum = complexForward(signal, log2n - 1, GetParam(), false);
     const std::vector<double> ofPoints = spectrum;
-    longFFTPasses(GetParam()).splitSpectrum(realFFTPlan(log2n), spectrum.data());
+    longFFTPasses(GetParam()).splitSpectrum(workspace.realFFTPlan(log2n), spectrum.data());
     // DC and Nyquist are left to the caller.
     EXPECT_EQ(spectrum[0], ofPoints[0]);
     EXPECT_EQ(spectrum[1], ofPoints[1]);
@@ -97,7 +100,7 @@ TEST_P(LongFFTPassesAtEveryLevel, SplitAndMergeSpectraLikeTheDefinition) {
     whole[1] = ofPoints[0] - ofPoints[1];
     EXPECT_LT(reference::relativeError(whole, expected), reference::tolerance(log2n)) << "2^" << log2n;
 
-    longFFTPasses(GetParam()).mergeSpectrum(realFFTPlan(log2n), spectrum.data());
+    longFFTPasses(GetParam()).mergeSpectrum(workspace.realFFTPlan(log2n), spectrum.data());
     EXPECT_LT(reference::relativeError(spectrum, reference::asComplex(ofPoints)), reference::tolerance(log2n))
         << "2^" << log2n;
   }
@@ -107,11 +110,11 @@ TEST_P(LongFFTPassesAtEveryLevel, SplitAndMergeWithTheBitsOfTheBaseline) {
   for (int32_t log2n = RealFFTPlan::leastLog2n; log2n <= 13; ++log2n) {
     std::vector<double> here = unevenNoise(std::size_t{1} << log2n, 5);
     std::vector<double> baseline = here;
-    longFFTPasses(GetParam()).splitSpectrum(realFFTPlan(log2n), here.data());
-    longFFTPasses(SimdLevel::Baseline).splitSpectrum(realFFTPlan(log2n), baseline.data());
+    longFFTPasses(GetParam()).splitSpectrum(workspace.realFFTPlan(log2n), here.data());
+    longFFTPasses(SimdLevel::Baseline).splitSpectrum(workspace.realFFTPlan(log2n), baseline.data());
     EXPECT_TRUE(sameBits(here, baseline)) << "2^" << log2n;
-    longFFTPasses(GetParam()).mergeSpectrum(realFFTPlan(log2n), here.data());
-    longFFTPasses(SimdLevel::Baseline).mergeSpectrum(realFFTPlan(log2n), baseline.data());
+    longFFTPasses(GetParam()).mergeSpectrum(workspace.realFFTPlan(log2n), here.data());
+    longFFTPasses(SimdLevel::Baseline).mergeSpectrum(workspace.realFFTPlan(log2n), baseline.data());
     EXPECT_TRUE(sameBits(here, baseline)) << "2^" << log2n;
   }
 }
@@ -121,7 +124,7 @@ TEST_P(LongFFTPassesAtEveryLevel, TouchNothingOutsideTheirPointsWhateverTheAlign
     for (const std::size_t shift : {std::size_t{0}, std::size_t{1}, std::size_t{3}}) {
       const std::vector<double> input = reference::random(std::size_t{2} << log2m, 6);
       EdgedArray points(input, shift);
-      const LongFFT fft = longFFT(log2m);
+      const LongFFT fft = workspace.longFFT(log2m);
       const LongFFTPasses& passes = longFFTPasses(GetParam());
       passes.transformColumns(fft, points.data(), false);
       passes.transformRows(fft, points.data(), false);

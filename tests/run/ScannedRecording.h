@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/artifacts/BurstTrain.h"
-#include "tests/converter/Recordings.h"
+#include "tests/plugin/converter/Recordings.h"
 
 namespace emeg::test {
 

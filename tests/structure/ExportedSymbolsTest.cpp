@@ -89,6 +89,6 @@ TEST(ExportedSymbols, TheLibraryNeedsOnlyTheSystemsStandardLibraries) {
   ASSERT_FALSE(needed.empty());
   for (const std::string& name : needed) {
     EXPECT_THAT(name, testing::AnyOf("libc", "libm", "libstdc++", "libgcc_s", "libdl", "libasan", "libubsan",
-                                     "ld-linux-x86-64"));
+                                     "libtsan", "ld-linux-x86-64"));
   }
 }

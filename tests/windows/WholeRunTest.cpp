@@ -1,4 +1,4 @@
-#include "tests/converter/Recordings.h"
+#include "tests/plugin/converter/Recordings.h"
 #include "tests/run/DescriptionBytes.h"
 #include "tests/run/HostRun.h"
 #include "tests/windows/WindowsRecording.h"

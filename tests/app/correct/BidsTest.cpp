@@ -77,7 +77,7 @@ TEST_F(BidsDataset, EventsAreThoseOfTheRecordingAndWhatWasFound) {
   EXPECT_EQ(events.columns[0], "onset");
   EXPECT_EQ(events.columns[1], "duration");
   const auto names = columnOf(events, "trial_type");
-  for (const char* name : {"S  1", "MRGradientTriggers", "HeartPulseTriggers", "BAD_no_pulse_model"})
+  for (const char* name : {"S  1", "MRGradientTriggers", "HeartPulseTriggers"})
     EXPECT_THAT(names, Contains(name));
   const auto at = std::find(names.begin(), names.end(), "S  1") - names.begin();
   EXPECT_EQ(events.value(events.rows[static_cast<size_t>(at)], "onset"), "10.000000");

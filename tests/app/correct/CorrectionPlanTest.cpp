@@ -1,6 +1,7 @@
 #include "app/correct/CorrectionPlan.h"
 #include "app/correct/OutputPlace.h"
 
+#include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -60,15 +61,38 @@ TEST(CorrectionPlan, IntervalsThatHoldNothingAreRefused) {
 TEST(CorrectionPlan, ARateThatDividesTheRecordingsIsAFactor) {
   CorrectParameters parameters;
   parameters.rate = 250;
-  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).decimationFactor, 4);
-  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).nrOfOutputTimePoints(), 25000);
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).samplesPerOutput, 4);
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).nrOfOutputs, 25000);
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).suffix, "_dec4_GRA");
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).settings.rate, 250);
+  parameters.asPlugin = true;
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).settings.rate, 0);
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).settings.decimation, 4);
 }
 
-TEST(CorrectionPlan, OtherRatesAreRefusedWithThoseThatArePossible) {
+TEST(CorrectionPlan, AnyOtherRateIsTakenToo) {
   CorrectParameters parameters;
+  parameters.rate = 256;
+  const CorrectionPlan plan = planCorrection(hundredSeconds(), parameters);
+  EXPECT_EQ(plan.outputRate, 256);
+  EXPECT_EQ(plan.nrOfOutputs, 25600);
+  EXPECT_EQ(plan.suffix, "_256Hz_GRA");
+  parameters.rate = 2000;
+  EXPECT_EQ(planCorrection(hundredSeconds(), parameters).nrOfOutputs, 199999);
+}
+
+TEST(CorrectionPlan, ThePlugInOnlyDividesTheRate) {
+  CorrectParameters parameters;
+  parameters.asPlugin = true;
   parameters.rate = 300;
   EXPECT_THAT(refusalOf(parameters), HasSubstr("333.333 and 250 Hz are possible"));
-  for (const double rate : {0.0, -5.0, 2000.0, 1e-9}) {
+  parameters.rate = 2000;
+  EXPECT_THAT(refusalOf(parameters), HasSubstr("whole numbers"));
+}
+
+TEST(CorrectionPlan, RatesThatMakeNoSenseAreRefused) {
+  CorrectParameters parameters;
+  for (const double rate : {0.0, -5.0, 10001.0, 1e-9, std::nan("")}) {
     parameters.rate = rate;
     EXPECT_THAT(refusalOf(parameters), HasSubstr("--rate")) << rate;
   }
@@ -87,6 +111,36 @@ TEST(CorrectionPlan, FilterEdgesLieBelowHalfTheSamplingFrequency) {
   parameters = {};
   parameters.lineNoise = {0};
   EXPECT_THAT(refusalOf(parameters), HasSubstr("--line-noise"));
+}
+
+TEST(CorrectionPlan, FiltersBelongBelowTheNewNyquistFrequency) {
+  CorrectParameters parameters;
+  parameters.rate = 100;
+  parameters.lowPass = 40;
+  EXPECT_EQ(refusalOf(parameters), "");
+  parameters.lowPass = 50;
+  EXPECT_THAT(refusalOf(parameters),
+              HasSubstr("--low-pass 50: the frequency lies between 0 and 50 Hz, half of "
+                        "the new sampling frequency"));
+  parameters.lowPass = 0;
+  parameters.notches = {{49, 4}};
+  EXPECT_THAT(refusalOf(parameters), HasSubstr("--notch"));
+  parameters.notches.clear();
+  parameters.highPass = 60;
+  EXPECT_THAT(refusalOf(parameters), HasSubstr("--high-pass"));
+  parameters.highPass = 0;
+  parameters.lineNoise = {60}; // is removed before the rate changes
+  EXPECT_EQ(refusalOf(parameters), "");
+}
+
+TEST(CorrectionPlan, WithThePlugInAllChannelsAreAlike) {
+  RecordingHeader header = hundredSeconds();
+  header.channels.push_back(header.channels[0]);
+  header.channels[1].kind = ChannelKind::Trigger;
+  CorrectParameters parameters;
+  EXPECT_FALSE(planCorrection(header, parameters).channels.changesAll());
+  parameters.asPlugin = true;
+  EXPECT_TRUE(planCorrection(header, parameters).channels.changesAll());
 }
 
 TEST(CorrectionPlan, RecordingsTooSlowOrTooLongAreRefused) {

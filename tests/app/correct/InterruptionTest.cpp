@@ -31,7 +31,7 @@ int interruptAt(const std::string& input, const std::string& messages, const std
     dup2(file, STDERR_FILENO);
     dup2(file, STDOUT_FILENO);
     std::signal(SIGINT, SIG_DFL);
-    execl(EMEG_PROGRAM, "emeg", "correct", input.c_str(), "--bcg", "--verbose", nullptr);
+    execl(EMEG_PROGRAM, "emeg", "correct", input.c_str(), "--bcg", "--verbose", "--memory", "0", nullptr);
     _exit(126);
   }
   int status = 0;
@@ -83,7 +83,7 @@ protected:
 
 TEST_F(Interruption, CtrlCLeavesNothing) {
   for (const char* moment :
-       {"Reading", "Creating chunk #1/", "Pre-processing channel #1", "Removing heart pulse"}) {
+       {"Reading", "Finding the scans", "Finding heart beats", "Removing the gradient artifact"}) {
     EXPECT_EQ(interruptAt(input, messages, moment, SIGINT), 128 + SIGINT) << moment;
     EXPECT_THAT(bytesOf(messages), HasSubstr("nothing was written")) << moment;
     EXPECT_THAT(namesInData(), ElementsAre("run.eeg", "run.vhdr", "run.vmrk")) << moment;
@@ -91,7 +91,7 @@ TEST_F(Interruption, CtrlCLeavesNothing) {
 }
 
 TEST_F(Interruption, AKilledRunLeavesNothingUnderAFinalNameAndTheNextRunWorks) {
-  EXPECT_EQ(interruptAt(input, messages, "Pre-processing channel #1", SIGKILL), 128 + SIGKILL);
+  EXPECT_EQ(interruptAt(input, messages, "Finding the scans", SIGKILL), 128 + SIGKILL);
   const std::vector<std::string> left = namesInData();
   ASSERT_EQ(left.size(), 4u);
   EXPECT_THAT(left[0], HasSubstr(".emeg-scratch-"));

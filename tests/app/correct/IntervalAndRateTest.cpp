@@ -2,12 +2,15 @@
 #include "tests/app/SimulatedFiles.h"
 #include "tests/app/correct/MemoryRecording.h"
 
+#include <algorithm>
+#include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <numbers>
 
 namespace emeg {
 
-// Cut before the correction: the converter never sees the rest.
+// Cut before the correction, which never sees the rest.
 TEST(Interval, GivesWhatARecordingThatWasCutBeforeGives) {
   const TestFolder folder;
   const auto whole = copyOf(scanRecording());
@@ -31,6 +34,47 @@ TEST(Rate, KeepsEveryNthSampleBehindTheLowPass) {
   const MemoryRecording after(folder / "run_dec4_GRA.vhdr");
   EXPECT_EQ(after.header().samplingFrequency, 250);
   EXPECT_EQ(after.header().nrOfTimePoints, 10000);
+}
+
+TEST(Rate, CanBeAnyOther) {
+  const TestFolder folder;
+  const auto recording = copyOf(scanRecording());
+  recording->editableHeader().markers.clear();
+  recording->addMarker("Stimulus", "S", 20000);
+  // A slow wave that no correction touches.
+  for (auto& channel : recording->samples)
+    for (size_t t = 0; t < channel.size(); ++t)
+      channel[t] += 100 * std::sin(2 * std::numbers::pi * 0.4 * static_cast<double>(t) / 1000);
+  recording->save(folder / "run.vhdr");
+  ASSERT_EQ(runEmeg({"correct", folder / "run.vhdr", "--quiet"}).status, 0);
+  const MemoryRecording plain(folder / "run_GRA.vhdr");
+  for (const double rate : {256.0, 512.0, 1500.0}) {
+    const std::string name = "run_" + std::to_string(static_cast<int>(rate)) + "Hz_GRA.vhdr";
+    ASSERT_EQ(runEmeg({"correct", folder / "run.vhdr", "--rate", std::to_string(rate), "--quiet"}).status, 0);
+    const MemoryRecording after(folder / name);
+    EXPECT_EQ(after.header().samplingFrequency, rate);
+    EXPECT_EQ(after.header().nrOfTimePoints, static_cast<int64_t>(39.999 * rate) + 1);
+    const auto marker = std::find_if(after.header().markers.begin(), after.header().markers.end(),
+                                     [](const RecordingMarker& m) { return m.description == "S"; });
+    ASSERT_NE(marker, after.header().markers.end());
+    EXPECT_NEAR(marker->onset, 20 * rate, 1e-6);
+    EXPECT_NEAR(amplitudeAt(after.samples[2], 0.4, rate), amplitudeAt(plain.samples[2], 0.4, 1000), 0.1);
+  }
+}
+
+// A window in whole seconds would be the same for all of them.
+TEST(Window, IsAsManySlicesAsWereAskedFor) {
+  const TestFolder folder;
+  copyOf(scanRecording())->save(folder / "run.vhdr");
+  std::vector<std::vector<double>> results;
+  for (const char* window : {"1", "5", "11"}) {
+    const ProgramRun run = runEmeg({"correct", folder / "run.vhdr", "--slice-wise", "--window", window,
+                                    "--quiet", "-o", folder / "out.vhdr", "--force"});
+    ASSERT_EQ(run.status & ~3, 0) << run.err;
+    results.push_back(MemoryRecording(folder / "out.vhdr").samples[1]);
+  }
+  EXPECT_NE(results[0], results[1]);
+  EXPECT_NE(results[1], results[2]);
 }
 
 TEST(Channels, OnlyTheChosenOnesAreCorrectedAndWritten) {

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace emeg {
 
@@ -32,18 +33,14 @@ RecordingHeader tenSecondsWith(const std::vector<RecordingMarker>& markers) {
   return header;
 }
 
-Findings beatsAt(std::vector<double> times) {
-  Findings found;
-  found.pulseTimes = std::move(times);
-  return found;
-}
-
 CorrectionPlan planFor(int64_t first, int64_t count, int decimation) {
   CorrectionPlan plan;
   plan.firstTimePoint = first;
   plan.nrOfTimePoints = count;
   plan.hasInterval = count != 10000;
-  plan.decimationFactor = decimation;
+  plan.samplesPerOutput = decimation;
+  plan.outputRate = 1000.0 / decimation;
+  plan.nrOfOutputs = (count - 1) / decimation + 1;
   return plan;
 }
 
@@ -111,25 +108,31 @@ TEST(MarkerTransfer, OnsetsThatWereFoundAreAdded) {
             3);
 }
 
-TEST(UnmodelledStretches, ReachIntoTheFirstAndTheLastInterval) {
-  const auto stretches = unmodelledStretches(beatsAt({5, 6, 7, 9}), 20);
-  ASSERT_EQ(stretches.size(), 2u);
-  EXPECT_DOUBLE_EQ(stretches[0].start, 0);
-  EXPECT_DOUBLE_EQ(stretches[0].end, 5.6);
-  EXPECT_DOUBLE_EQ(stretches[1].start, 7.8);
-  EXPECT_DOUBLE_EQ(stretches[1].end, 20);
-  EXPECT_TRUE(unmodelledStretches(beatsAt({5, 6}), 20).empty());
+TEST(MarkerTransfer, StretchesWithoutHeartBeatModelAreBad) {
+  Findings found;
+  found.withoutModel = {{0, 1.5}, {8, 10}};
+  const auto markers = transferMarkers(tenSecondsWith({}), planFor(0, 10000, 4), found, false);
+  ASSERT_EQ(markers.size(), 2u);
+  EXPECT_EQ(markers[0].type, "Bad");
+  EXPECT_EQ(markers[0].description, unmodelledMarkerName);
+  EXPECT_EQ(markers[0].onset, 0);
+  EXPECT_EQ(markers[0].duration, 375);
+  EXPECT_EQ(markers[1].onset, 2000);
+  EXPECT_EQ(markers[1].duration, 500);
 }
 
 TEST(UnmodelledStretches, AreAnnotatedInTheOutput) {
   const TestFolder folder;
   copyOf(heartRecording())->save(folder / "run.vhdr");
-  ASSERT_NE(runEmeg({"correct", folder / "run.vhdr", "--bcg", "--quiet"}).status, 2);
-  const MemoryRecording after(folder / "run_GRA_BCG.vhdr");
-  const auto bad = namedIn(after, unmodelledMarkerName);
-  ASSERT_EQ(bad.size(), 2u);
-  EXPECT_EQ(bad[0].onset, 0);
-  EXPECT_EQ(bad[1].onset + bad[1].duration, static_cast<double>(after.header().nrOfTimePoints));
+  const ProgramRun run = runEmeg({"correct", folder / "run.vhdr", "--bcg", "--json"});
+  ASSERT_NE(run.status, 2);
+  const auto stretches = nlohmann::json::parse(run.out)["Detected"]["HeartBeats"]["StretchesWithoutModel"];
+  const auto bad = namedIn(MemoryRecording(folder / "run_GRA_BCG.vhdr"), unmodelledMarkerName);
+  ASSERT_EQ(bad.size(), stretches.size());
+  for (size_t i = 0; i < bad.size(); ++i) {
+    EXPECT_NEAR(bad[i].onset, 1000 * stretches[i][0].get<double>(), 1);
+    EXPECT_NEAR(bad[i].onset + bad[i].duration, 1000 * stretches[i][1].get<double>(), 1);
+  }
 }
 
 /// Markers of all sorts, through the program, into every format.

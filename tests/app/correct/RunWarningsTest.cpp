@@ -1,7 +1,5 @@
 #include "app/correct/RunWarnings.h"
 
-#include "app/correct/ScanWarnings.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -37,7 +35,7 @@ CorrectionResult goodResult() {
   ChannelQuality quality;
   quality.before = {500, 100, 1, 260000, 100000};
   quality.after = {0.5, 0.5, 1, 0.5, 0.5};
-  result.quality = {QualityFigures{{1, 100}, {quality}, 0, 0}};
+  result.found.quality = {QualityFigures{{1, 100}, {quality}, 0, 0}};
   return result;
 }
 
@@ -64,28 +62,28 @@ TEST(RunWarnings, CountsThatContradictTheLength) {
 
 TEST(RunWarnings, ADriftingVolumeDuration) {
   CorrectionResult result = goodResult();
-  result.quality[0]->drift = -0.0012;
+  result.found.quality[0]->drift = -0.0012;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("1.20 ms earlier")));
 }
 
 TEST(RunWarnings, ScanThatWasNotCounted) {
   CorrectionResult result = goodResult();
-  result.quality[0]->artifactSecondsOutside = 30;
+  result.found.quality[0]->artifactSecondsOutside = 30;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("about 30 s outside the 45 volumes")));
 }
 
 TEST(RunWarnings, ScanThatWasNotCountedAlthoughThereAreMarkers) {
   CorrectionResult result = goodResult();
-  result.plan.timing.markerKind = MarkerKind::Volume;
-  result.quality[0]->artifactSecondsOutside = 30;
+  result.plan.settings.timing.markerKind = MarkerKind::Volume;
+  result.found.quality[0]->artifactSecondsOutside = 30;
   EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("Are markers missing there?")));
 }
 
 TEST(RunWarnings, ANumberOfSlicesThatWasGivenAndNotTaken) {
   CorrectionResult result = goodResult();
-  result.plan.timing.given.nrOfSlicesPerVolume = 20;
+  result.plan.settings.timing.given.nrOfSlicesPerVolume = 20;
   EXPECT_THAT(warnings(result), IsEmpty());
-  result.plan.timing.given.nrOfSlicesPerVolume = 10000;
+  result.plan.settings.timing.given.nrOfSlicesPerVolume = 10000;
   EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("10000 slices per volume do not fit")));
 }
 
@@ -105,7 +103,7 @@ TEST(RunWarnings, GivenVolumesWithLittleInCommon) {
   CorrectionResult result = goodResult();
   result.found.timing.evidence.unlikeVolumes = 0.7;
   EXPECT_THAT(warnings(result), IsEmpty()) << "whoever searched has judged";
-  result.plan.timing.given.volumeDuration = 2;
+  result.plan.settings.timing.given.volumeDuration = 2;
   EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("only 30 % of their power in common")));
   result.found.timing.evidence.unlikeVolumes = 0.4;
   EXPECT_THAT(warnings(result), IsEmpty());
@@ -113,19 +111,19 @@ TEST(RunWarnings, GivenVolumesWithLittleInCommon) {
 
 TEST(RunWarnings, PowerThatWasNotReduced) {
   CorrectionResult result = goodResult();
-  result.quality[0]->channels[0].after = {400, 50, 1, 160000, 80000};
+  result.found.quality[0]->channels[0].after = {400, 50, 1, 160000, 80000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("was not reduced in Cz")));
 }
 
 TEST(RunWarnings, AnArtifactThatGrew) {
   CorrectionResult result = goodResult();
-  result.quality[0]->channels[0].after = {700, 50, 1, 490000, 240000};
+  result.found.quality[0]->channels[0].after = {700, 50, 1, 490000, 240000};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("larger than before in Cz")));
 }
 
 TEST(RunWarnings, ADeadChannelIsNoReason) {
   CorrectionResult result = goodResult();
-  result.quality[0]->channels.push_back({});
+  result.found.quality[0]->channels.push_back({});
   result.header.channels.push_back(result.header.channels[0]);
   result.plan.channels = planChannels(result.header, {});
   EXPECT_THAT(warnings(result), IsEmpty());
@@ -133,7 +131,7 @@ TEST(RunWarnings, ADeadChannelIsNoReason) {
 
 TEST(RunWarnings, TooFewVolumes) {
   CorrectionResult result = goodResult();
-  result.quality[0].reset();
+  result.found.quality[0].reset();
   result.found.timing.scans[0].sequence.nrOfVolumes = 3;
   EXPECT_THAT(warnings(result), Contains(HasSubstr("only 3 volumes")));
 }
@@ -146,20 +144,35 @@ TEST(RunWarnings, FewPulses) {
 
 TEST(RunWarnings, AChainThatCoversAPart) {
   CorrectionResult result = goodResult();
-  result.found.pulseTimes.erase(result.found.pulseTimes.begin(), result.found.pulseTimes.begin() + 30);
-  EXPECT_THAT(warnings(result), Contains(HasSubstr("does not cover 0.0 to 31.6 s")));
+  result.found.withoutModel = {{0, 2.9}, {68.4, 100}};
+  EXPECT_THAT(warnings(result),
+              ElementsAre(HasSubstr("does not cover 68.4 to 100.0 s: the heart beat artifact, "
+                                    "if there is one, is left there")));
+  result.plan.settings.method = asThePluginDoes;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("everything below 35 Hz was removed there")));
 }
 
-TEST(RunWarnings, WhatDoesNotRepeatIsNoScan) {
+TEST(RunWarnings, ARecordingWithoutScan) {
   CorrectionResult result = goodResult();
-  result.quality[0]->channels[0].before = {5, 5, 6, 1.2, 1.1};
-  EXPECT_FALSE(looksLikeScan(result));
+  result.found.timing.scans.clear();
   EXPECT_THAT(warnings(result), Contains(HasSubstr("no scanner sequence")));
+}
+
+TEST(RunWarnings, ScansThatWereNotMeasuredAreNoReason) {
+  CorrectionResult result = goodResult();
+  result.found.quality.clear();
+  EXPECT_THAT(warnings(result), IsEmpty());
+}
+
+TEST(RunWarnings, SamplesThatAreNoNumbers) {
+  CorrectionResult result = goodResult();
+  result.found.nrOfNotFinite = 12;
+  EXPECT_THAT(warnings(result), ElementsAre(HasSubstr("12 samples are no numbers")));
 }
 
 TEST(RunWarnings, SaturatedSamplesThatStay) {
   CorrectionResult result = goodResult();
-  result.repaired = {{0, 10, 4}};
+  result.found.repaired = {{0, 10, 4}};
   EXPECT_THAT(warnings(result), Contains(HasSubstr("4 saturated samples at its ends")));
 }
 

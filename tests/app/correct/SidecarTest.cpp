@@ -26,12 +26,14 @@ TEST(Sidecar, HoldsParametersInputFindingsAndFigures) {
   EXPECT_EQ(sidecar["GeneratedBy"]["Name"], "emeg correct");
   EXPECT_EQ(sidecar["Input"]["Files"].size(), 3u);
   EXPECT_EQ(sidecar["Input"]["Files"][0]["SHA256"].get<std::string>().size(), 64u);
-  EXPECT_EQ(sidecar["Parameters"]["Averaging"], "slice-wise");
+  EXPECT_EQ(sidecar["Parameters"]["SliceWise"], true);
+  EXPECT_EQ(sidecar["Parameters"]["TR"], nullptr);
+  EXPECT_EQ(sidecar["Parameters"]["Interval"], nullptr);
   EXPECT_EQ(sidecar["Parameters"]["WindowHalfLengthSlices"], 80);
   EXPECT_EQ(sidecar["Parameters"]["HighPass"], 0.5);
   EXPECT_EQ(sidecar["Detected"]["Scans"][0]["SlicesPerVolume"], 20);
   EXPECT_GT(sidecar["Detected"]["HeartBeats"]["NumberOfBeats"].get<int>(), 30);
-  EXPECT_EQ(sidecar["Detected"]["HeartBeats"]["StretchesWithoutModel"].size(), 2u);
+  EXPECT_TRUE(sidecar["Detected"]["HeartBeats"]["StretchesWithoutModel"].is_array());
   EXPECT_TRUE(sidecar["Warnings"].empty());
   ASSERT_EQ(sidecar["Channels"].size(), 6u);
   const json& channel = sidecar["Channels"][1];

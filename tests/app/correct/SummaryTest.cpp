@@ -23,7 +23,7 @@ CorrectionResult resultWith(const std::vector<int32_t>& nrsOfVolumes) {
     scan.sequence.nrOfVolumes = nrOfVolumes;
     scan.sequence.sliceDuration = 0.1;
     result.found.timing.scans.push_back(scan);
-    result.quality.push_back(QualityFigures{{1, 100}, {ChannelQuality()}, 0, 0});
+    result.found.quality.push_back(QualityFigures{{1, 100}, {ChannelQuality()}, 0, 0});
   }
   result.files = {"run_GRA.vhdr"};
   return result;

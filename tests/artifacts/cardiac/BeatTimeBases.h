@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/BeatTimeBase.h"
-#include "artifacts/cardiac/WarpTable.h"
+#include "artifacts/cardiac/model/BeatTimeBase.h"
+#include "artifacts/cardiac/model/WarpTable.h"
 #include "tests/artifacts/PulseModelSamples.h"
 #include "tests/artifacts/reference/LiteralWarpTable.h"
 

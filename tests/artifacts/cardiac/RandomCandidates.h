@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/PulseCandidates.h"
-#include "artifacts/cardiac/PulseChains.h"
+#include "artifacts/cardiac/search/PulseCandidates.h"
+#include "artifacts/cardiac/search/PulseChains.h"
 #include "tests/artifacts/reference/LiteralPathSearch.h"
 
 #include <cstdint>

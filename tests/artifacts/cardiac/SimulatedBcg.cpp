@@ -1,6 +1,7 @@
 #include "tests/artifacts/cardiac/SimulatedBcg.h"
 
 #include "app/simulation/Simulation.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FrequencyFilter.h"
 
 #include <algorithm>
@@ -67,11 +68,12 @@ SimulatedBcg simulateBcg(const SimulationParameters& parameters) {
   result.length = (n - 1) / step + 1;
   result.rate = static_cast<float>(fs / static_cast<double>(step));
   std::vector<double> signal(size_t{1} << log2N);
+  FFTWorkspace workspace;
   for (int c = 0; c < block.nrOfChannels; ++c) {
     for (int64_t i = 0; i < n; ++i)
       signal[static_cast<size_t>(i)] = static_cast<double>(static_cast<float>(block.recorded(c, i)));
-    filterSignalFFT(signal.data(), n, highPass);
-    filterSignalFFT(signal.data(), n, lowPass);
+    filterSignalFFT(signal.data(), n, highPass, workspace);
+    filterSignalFFT(signal.data(), n, lowPass, workspace);
     std::vector<double> series;
     std::vector<double> artifact;
     for (int64_t i = 0; i < n; i += step) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/simulation/SimulationParameters.h"
-#include "artifacts/cardiac/BcgSeries.h"
+#include "artifacts/cardiac/series/BcgSeries.h"
 
 #include <cstdint>
 #include <vector>

@@ -2,8 +2,8 @@
 
 #include "app/simulation/HeartBeats.h"
 #include "app/simulation/RandomGenerator.h"
-#include "artifacts/cardiac/RPeaks.h"
-#include "artifacts/cardiac/ZeroPhaseBand.h"
+#include "artifacts/cardiac/known/RPeaks.h"
+#include "artifacts/cardiac/series/ZeroPhaseBand.h"
 #include "tests/artifacts/cardiac/SimulatedBcg.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "artifacts/cardiac/BcgSeries.h"
-#include "artifacts/cardiac/HeartPeriod.h"
+#include "artifacts/cardiac/search/HeartPeriod.h"
+#include "artifacts/cardiac/series/BcgSeries.h"
 #include "tests/artifacts/reference/LiteralHeartPeriod.h"
 
 #include <gtest/gtest.h>

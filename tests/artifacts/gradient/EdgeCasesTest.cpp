@@ -1,7 +1,8 @@
-#include "artifacts/gradient/BurstDelay.h"
-#include "artifacts/gradient/FirstTrigger.h"
-#include "artifacts/gradient/SequenceDetection.h"
-#include "artifacts/gradient/SliceCounts.h"
+#include "artifacts/gradient/timing/pauses/BurstDelay.h"
+#include "artifacts/gradient/timing/pauses/FirstTrigger.h"
+#include "artifacts/gradient/timing/pauses/SequenceDetection.h"
+#include "artifacts/gradient/timing/pauses/SliceCounts.h"
+#include "dsp/FFTWorkspace.h"
 #include "tests/artifacts/BurstTrain.h"
 #include "tests/artifacts/gradient/SplinedRecording.h"
 #include "tests/artifacts/reference/LiteralSequenceDetection.h"
@@ -16,8 +17,10 @@ namespace {
 std::vector<std::string> logOfFailedDetection(const std::vector<double>& signal, double fs) {
   const SplinedRecording recording(signal);
   std::vector<std::string> log;
-  const MRSequence sequence = detectMRSequence(recording.view(), fs, literalLog2Length(signal.size() + 10),
-                                               [&](const std::string& line) { log.push_back(line); });
+  FFTWorkspace workspace;
+  const MRSequence sequence =
+      detectMRSequence(recording.view(), fs, literalLog2Length(signal.size() + 10), workspace,
+                       [&](const std::string& line) { log.push_back(line); });
   EXPECT_EQ(sequence.nrOfVolumes, 0);
   EXPECT_EQ(sequence.nrOfSlicesPerVolume, 0);
   EXPECT_EQ(sequence.sliceDuration, 0);
@@ -50,8 +53,9 @@ TEST(SequenceDetection, EndsOnHugeAndTinyAmplitudes) {
     std::vector<double> signal = train.recording();
     for (double& sample : signal) sample *= scale;
     const SplinedRecording recording(signal);
+    FFTWorkspace workspace;
     detectMRSequence(recording.view(), train.samplingFrequency, literalLog2Length(signal.size() + 10),
-                     [](const std::string&) {});
+                     workspace, [](const std::string&) {});
   }
 }
 

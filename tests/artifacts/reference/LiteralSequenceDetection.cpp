@@ -1,6 +1,7 @@
 #include "tests/artifacts/reference/LiteralSequenceDetection.h"
 
 #include "artifacts/CubicSplines.h"
+#include "dsp/FFTWorkspace.h"
 #include "dsp/FrequencyFilter.h"
 
 #include <algorithm>
@@ -58,13 +59,14 @@ std::vector<double> literalEnvelope(const std::vector<double>& channelSignal, do
   std::vector<double> work(std::size_t{1} << log2FftLength, 0.0);
   for (std::size_t i = 0; i < n; ++i) work[i] = channelSignal[i];
 
+  FFTWorkspace workspace;
   FilterStageList stages;
   stages.addFilterStage(EdgeKind::HighPass, 200.0 / samplingFrequency, 5.0);
-  filterSignalFFT(work.data(), static_cast<int64_t>(n), makeFilterResponse(stages, log2FftLength));
+  filterSignalFFT(work.data(), static_cast<int64_t>(n), makeFilterResponse(stages, log2FftLength), workspace);
   for (std::size_t i = 0; i < n; ++i) work[i] = std::fabs(work[i]);
   stages.clear();
   stages.addFilterStage(EdgeKind::LowPass, 200.0 / samplingFrequency, 5.0);
-  filterSignalFFT(work.data(), static_cast<int64_t>(n), makeFilterResponse(stages, log2FftLength));
+  filterSignalFFT(work.data(), static_cast<int64_t>(n), makeFilterResponse(stages, log2FftLength), workspace);
 
   work.resize(n);
   return work;

@@ -135,12 +135,17 @@ void expectAsStored(const FrozenRun& run) {
 
   const std::string reason = whyHashesMayDiffer();
   if (reason.empty()) {
-    ASSERT_EQ(firstDifference(given, storedHashes("given", run.name)), "")
-        << "The input is another one: look at what simulates it and at the file formats, not at the plug-in.";
+    const std::string difference = firstDifference(given, storedHashes("given", run.name));
+    ASSERT_TRUE(difference.empty())
+        << "The input is another one: look at what simulates it and at the file formats, not at the "
+           "plug-in.\n"
+        << difference;
   }
-  EXPECT_EQ(firstDifference(calls, storedLines("transcripts", run.name)), "") << "(calls of the host)";
+  const std::string inCalls = firstDifference(calls, storedLines("transcripts", run.name));
+  EXPECT_TRUE(inCalls.empty()) << "Calls of the host: " << inCalls;
   if (!reason.empty()) GTEST_SKIP() << "the files are not compared: " << reason;
-  EXPECT_EQ(firstDifference(left, storedHashes("left", run.name)), "") << "(files that the run left)";
+  const std::string inFiles = firstDifference(left, storedHashes("left", run.name));
+  EXPECT_TRUE(inFiles.empty()) << "Files that the run left: " << inFiles;
 }
 
 } // namespace emeg::test

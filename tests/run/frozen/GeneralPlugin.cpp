@@ -2,9 +2,9 @@
 // options stand in the environment variable EMEG_RUN_OPTIONS, as words with a blank between them. The only
 // file here that knows the converter.
 
-#include "converter/Converter.h"
 #include "plugin/RunPlugin.h"
 #include "plugin/bridge/HostFunctions.h"
+#include "plugin/converter/Converter.h"
 
 #include <cstdlib>
 #include <new>

@@ -85,12 +85,12 @@ TEST_P(ReferenceRecordings, AreTimedExactlyAndCorrectedInBothModes) {
     EXPECT_LT(std::fabs(found->volumeDuration / truth.volumeDuration - 1), 1e-6);
 
     const std::string command = std::string(EMEG_PROGRAM) + " correct " + (folder_ / "run.ctc") + " -o " +
-                                (folder_ / "emeg.ctc") + " --force --quiet" +
+                                (folder_ / "emeg.ctc") + " --as-plugin --force --quiet" +
                                 (volumeWise ? "" : " --slice-wise") + " > " + (folder_ / "summary.txt");
     ASSERT_EQ(std::system(command.c_str()), 0);
     const std::string samples = samplesOf(folder_ / "run_GRA.ctc");
     EXPECT_FALSE(samples.empty());
-    EXPECT_TRUE(samplesOf(folder_ / "emeg.ctc") == samples) << "emeg correct gives other samples";
+    EXPECT_TRUE(samplesOf(folder_ / "emeg.ctc") == samples) << "emeg correct --as-plugin gives other samples";
 
     for (const ChannelResidual& channel : measureResiduals(folder_ / "run_GRA.ctc", truth)) {
       EXPECT_GE(channel.decibels(), demandedDecibels(GetParam().samplingFrequency, volumeWise))

@@ -1,4 +1,4 @@
-#include "converter/steps/MachineResources.h"
+#include "plugin/converter/run/MachineResources.h"
 
 #include <array>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // Scans whose waveform differs from channel to channel, and what goes wrong with channels.
 
-#include "artifacts/gradient/timing/ScanDetection.h"
+#include "artifacts/gradient/timing/volumes/ScanDetection.h"
 
 #include "tests/artifacts/gradient/timing/AxesScan.h"
 

@@ -1,5 +1,5 @@
-#include "artifacts/gradient/timing/MarkerTiming.h"
-#include "artifacts/gradient/timing/ScanDetection.h"
+#include "artifacts/gradient/timing/markers/MarkerTiming.h"
+#include "artifacts/gradient/timing/volumes/ScanDetection.h"
 #include "tests/artifacts/gradient/timing/SimulatedScan.h"
 
 #include <gtest/gtest.h>

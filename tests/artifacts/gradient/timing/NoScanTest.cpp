@@ -1,6 +1,6 @@
 // What repeats itself in recordings without a scanner.
 
-#include "artifacts/gradient/timing/ScanDetection.h"
+#include "artifacts/gradient/timing/volumes/ScanDetection.h"
 
 #include "tests/artifacts/gradient/timing/AxesScan.h"
 
