@@ -25,6 +25,7 @@ std::string joined(const std::vector<std::string>& words) {
 
 std::string namesOf(const std::vector<DeclaredCommand>& commands) {
   std::vector<std::string> names;
+  names.reserve(commands.size());
   for (const DeclaredCommand& command : commands) names.push_back(command.name);
   return joined(names);
 }
