@@ -1,8 +1,8 @@
 #include "app/correct/CorrectRun.h"
 
-#include "app/correct/InputRecording.h"
 #include "app/correct/OutputRecording.h"
 #include "app/correct/ProgressObserver.h"
+#include "app/correct/RecordingSource.h"
 #include "app/correct/RunNotes.h"
 #include "app/correct/RunStore.h"
 #include "app/correct/RunWarnings.h"
@@ -16,7 +16,7 @@ namespace emeg {
 namespace {
 
 CorrectionResult run(const CorrectParameters& parameters, RunReport& report) {
-  InputRecording input(parameters);
+  RecordingSource input(parameters);
   CorrectionResult result;
   result.header = input.header();
   result.plan = planCorrection(result.header, parameters);

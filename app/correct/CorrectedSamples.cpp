@@ -6,8 +6,8 @@
 
 namespace emeg {
 
-CorrectedSamples::CorrectedSamples(RecordingWriter& writer, InputRecording& input, const CorrectionPlan& plan,
-                                   std::function<void(double)> progress)
+CorrectedSamples::CorrectedSamples(RecordingWriter& writer, RecordingSource& input,
+                                   const CorrectionPlan& plan, std::function<void(double)> progress)
     : writer_(writer), input_(input), plan_(plan), progress_(std::move(progress)),
       instants_(input.header().samplingFrequency, plan.outputRate) {}
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/correct/CorrectionPlan.h"
-#include "app/correct/InputRecording.h"
+#include "app/correct/RecordingSource.h"
 #include "dsp/OutputInstants.h"
 #include "engine/Correction.h"
 #include "files/exchange/RecordingWriter.h"
@@ -18,7 +18,7 @@ namespace emeg {
 class CorrectedSamples : public CorrectedSink {
 public:
   /// `progress` is told the written part and may throw.
-  CorrectedSamples(RecordingWriter& writer, InputRecording& input, const CorrectionPlan& plan,
+  CorrectedSamples(RecordingWriter& writer, RecordingSource& input, const CorrectionPlan& plan,
                    std::function<void(double)> progress);
 
   void take(int64_t count, std::span<const double> values) override;
@@ -29,7 +29,7 @@ private:
                 std::span<double> values);
 
   RecordingWriter& writer_;
-  InputRecording& input_;
+  RecordingSource& input_;
   const CorrectionPlan& plan_;
   std::function<void(double)> progress_;
   OutputInstants instants_;

@@ -25,7 +25,7 @@ OutputRecording::OutputRecording(const CorrectParameters& parameters, Correction
                            transferMarkers(result.header, result.plan, result.found, atWholeSamples));
 }
 
-void OutputRecording::write(Correction& correction, InputRecording& input, ProgressObserver& observer) {
+void OutputRecording::write(Correction& correction, RecordingSource& input, ProgressObserver& observer) {
   WriteOptions options;
   options.overwrite = parameters_.force;
   const bool isKeptFirst = needsRanges(result_);

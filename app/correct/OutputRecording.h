@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/correct/CorrectionResult.h"
-#include "app/correct/InputRecording.h"
 #include "app/correct/ProgressObserver.h"
+#include "app/correct/RecordingSource.h"
 #include "app/correct/RunReport.h"
 #include "engine/Correction.h"
 #include "files/exchange/RecordingWriter.h"
@@ -22,7 +22,7 @@ public:
   OutputRecording(const CorrectParameters& parameters, CorrectionResult& result);
 
   /// Corrects, and writes what comes out.
-  void write(Correction& correction, InputRecording& input, ProgressObserver& observer);
+  void write(Correction& correction, RecordingSource& input, ProgressObserver& observer);
 
   /// Gives the files their names: companions and the sidecar first, the recording last. Notes are added to
   /// the report; the result gets its files.

@@ -1,4 +1,4 @@
-#include "app/correct/InputRecording.h"
+#include "app/correct/RecordingSource.h"
 
 #include "app/correct/BidsDataset.h"
 #include "app/correct/Interrupt.h"
@@ -16,7 +16,7 @@ bool isFloat(double value) {
 
 } // namespace
 
-InputRecording::InputRecording(const CorrectParameters& parameters) {
+RecordingSource::RecordingSource(const CorrectParameters& parameters) {
   try {
     OpenOptions options;
     options.channels = parameters.channels;
@@ -29,8 +29,8 @@ InputRecording::InputRecording(const CorrectParameters& parameters) {
   checksums_ = std::make_unique<FileChecksums>(header_.files);
 }
 
-void InputRecording::takeInto(Correction& correction, const CorrectionPlan& plan,
-                              ProgressObserver& observer) {
+void RecordingSource::takeInto(Correction& correction, const CorrectionPlan& plan,
+                               ProgressObserver& observer) {
   observer.takesIn();
   reader_->showBytesTo(checksums_.get());
   const int64_t blockLength = convenientBlockLength(header_.nrOfChannels());
@@ -50,7 +50,7 @@ void InputRecording::takeInto(Correction& correction, const CorrectionPlan& plan
   reader_->showBytesTo(nullptr);
 }
 
-void InputRecording::lookForInexactValues(const CorrectionPlan& plan, int64_t count) {
+void RecordingSource::lookForInexactValues(const CorrectionPlan& plan, int64_t count) {
   for (int channel = 0; channel < header_.nrOfChannels(); ++channel) {
     if (!plan.channels.roles[static_cast<size_t>(channel)].passesUnchanged) continue;
     const auto first = block_.begin() + channel * count;
@@ -61,7 +61,7 @@ void InputRecording::lookForInexactValues(const CorrectionPlan& plan, int64_t co
   }
 }
 
-std::vector<InputFile> InputRecording::checksums() {
+std::vector<InputFile> RecordingSource::checksums() {
   return checksums_->finish(InterruptWatch::check);
 }
 

@@ -13,10 +13,10 @@ namespace emeg {
 
 /// The recording that is corrected. Its samples are read once, and checksums of its files are taken on the
 /// way.
-class InputRecording {
+class RecordingSource {
 public:
   /// Opens it. Throws UnusableInput.
-  explicit InputRecording(const CorrectParameters& parameters);
+  explicit RecordingSource(const CorrectParameters& parameters);
 
   const RecordingHeader& header() const { return header_; }
 
