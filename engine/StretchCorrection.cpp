@@ -107,7 +107,7 @@ size_t StretchCorrection::correctStretch(PositionRange stretch) {
       stretchPlan_.resampler ? stretchPlan_.resampler->outputsIn(stretch, n) : stretch;
   const auto count = static_cast<size_t>(outputs.length());
   block_.resize(count * plan_.roles.size());
-  work_.referenceOfStretch.assign(count, 0.0);
+  work_.referenceOfStretch.assign(plan_.useAverageReference ? count : 0, 0.0);
   int number = 0;
   for (int channel = 0; channel < static_cast<int>(plan_.roles.size()); ++channel) {
     const double done =
@@ -134,8 +134,13 @@ void StretchCorrection::measureAfter(size_t count) {
   for (size_t c = 0; meter_ != nullptr && c < plan_.roles.size(); ++c) {
     if (plan_.roles[c].passesUnchanged) continue;
     const std::span<const float> samples = std::span<const float>(block_).subspan(c * count, count);
-    values_.assign(samples.begin(), samples.end());
-    meter_->addAfter(number++, values_, figureWork_);
+    constexpr size_t longest = size_t{1} << 15;
+    for (size_t done = 0; done < count; done += longest) {
+      const auto part = samples.subspan(done, std::min(longest, count - done));
+      values_.assign(part.begin(), part.end());
+      meter_->addAfter(number, values_, figureWork_);
+    }
+    ++number;
   }
 }
 

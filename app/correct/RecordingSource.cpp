@@ -33,7 +33,7 @@ void RecordingSource::takeInto(Correction& correction, const CorrectionPlan& pla
                                ProgressObserver& observer) {
   observer.takesIn();
   reader_->showBytesTo(checksums_.get());
-  const int64_t blockLength = convenientBlockLength(header_.nrOfChannels());
+  const int64_t blockLength = std::max<int64_t>(convenientBlockLength(header_.nrOfChannels()) / 4, 1);
   for (int64_t done = 0; done < plan.nrOfTimePoints;) {
     const int64_t count = std::min(blockLength, plan.nrOfTimePoints - done);
     block_.resize(static_cast<size_t>(count) * header_.channels.size());
@@ -48,6 +48,7 @@ void RecordingSource::takeInto(Correction& correction, const CorrectionPlan& pla
     observer.progress(static_cast<double>(done) / static_cast<double>(plan.nrOfTimePoints));
   }
   reader_->showBytesTo(nullptr);
+  std::vector<double>().swap(block_); // megabytes that nobody needs meanwhile
 }
 
 void RecordingSource::lookForInexactValues(const CorrectionPlan& plan, int64_t count) {

@@ -31,8 +31,8 @@ struct ChannelQuality {
 struct QualityFigures {
   FrequencyRange range;
   std::vector<ChannelQuality> channels;
-  double drift = 0; ///< seconds; median of the witnesses (see witnessesOf)
-  /// Seconds of artifact outside all scans; median of the witnesses.
+  double drift = 0; ///< seconds; median of up to seven witnesses (see witnessesOf)
+  /// Seconds of artifact outside all scans; median of the same witnesses.
   double artifactSecondsOutside = 0;
 };
 

@@ -13,6 +13,7 @@ namespace {
 constexpr double lowestComparedHz = 1;
 constexpr double highestComparedHz = 100;
 constexpr double usablePartOfRate = 0.4;
+constexpr size_t mostAsked = 7; // witnesses of what concerns the whole scan
 
 } // namespace
 
@@ -99,7 +100,10 @@ QualityFigures GradientMeter::figuresOf(const Scan& scan, size_t measurable) con
     figures.channels.push_back(
         qualityOf(scan, channel.before.scans[measurable], channel.after.scans[measurable]));
   std::vector<double> drifts, outside;
-  for (const size_t c : witnessesOf(figures.channels, correction_.showsScan)) {
+  const std::vector<size_t> witnesses = witnessesOf(figures.channels, correction_.showsScan);
+  const size_t asked = std::min(witnesses.size(), mostAsked);
+  for (size_t i = 0; i < asked; ++i) {
+    const size_t c = witnesses[(2 * i + 1) * witnesses.size() / (2 * asked)];
     const VolumeAverage& average = channels_[c].before.scans[measurable].average;
     drifts.push_back(average.drift());
     outside.push_back(average.artifactSecondsOutside());

@@ -24,7 +24,7 @@ void sendStored(ChannelStore& store, int64_t nrOfSamples, std::span<const double
 }
 
 void sendBlock(std::span<const float> block, size_t nrOfChannels, CorrectedSink& sink) {
-  constexpr size_t valuesOfPart = size_t{1} << 20;
+  constexpr size_t valuesOfPart = size_t{1} << 18;
   const size_t count = block.size() / nrOfChannels;
   const size_t longest = std::max<size_t>(valuesOfPart / nrOfChannels, 1);
   std::vector<double> values;

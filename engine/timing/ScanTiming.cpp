@@ -53,7 +53,7 @@ FoundScan foundScanOf(const ScanSegment& segment, double samplingFrequency, int 
   return scan;
 }
 
-/// Measures the scan in a few channels as they are: noise has rhythms of its own.
+/// Measures the scan in a few channels as they are, until one shows it: noise has rhythms of its own.
 bool standsOut(CachedChannels& recording, const std::vector<int>& channels, int64_t nrOfSamples,
                double samplingFrequency, const FoundScans& found) {
   // Other ways compare volumes with each other, which says more.
@@ -62,20 +62,22 @@ bool standsOut(CachedChannels& recording, const std::vector<int>& channels, int6
   const int witnesses = std::min(nrOfChannels, mostWitnesses);
   MeteredCorrection metered;
   metered.scans = {found.longest()};
-  metered.nrOfChannels = witnesses;
-  metered.showsScan.assign(static_cast<size_t>(witnesses), true);
+  metered.nrOfChannels = 1;
+  metered.showsScan = {true};
   metered.samplingFrequency = metered.samplingFrequencyAfter = samplingFrequency;
   metered.nrOfTimePoints = metered.nrOfTimePointsAfter = nrOfSamples;
-  GradientMeter meter(metered);
   FigureWorkspace workspace;
   std::vector<double> samples;
+  // One channel that shows it is enough.
   for (int i = 0; i < witnesses; ++i) {
     recording.read(channels[static_cast<size_t>((2 * i + 1) * nrOfChannels / (2 * witnesses))], samples);
-    meter.addBefore(i, samples, workspace);
-    meter.addAfter(i, samples, workspace);
+    GradientMeter meter(metered);
+    meter.addBefore(0, samples, workspace);
+    meter.addAfter(0, samples, workspace);
+    const auto figures = meter.figures();
+    if (looksLikeScan(found.source, figures.front() ? &*figures.front() : nullptr)) return true;
   }
-  const auto figures = meter.figures();
-  return looksLikeScan(found.source, figures.front() ? &*figures.front() : nullptr);
+  return false;
 }
 
 } // namespace
